@@ -1,0 +1,34 @@
+# All tests: of the subsystems, of what spans them, of the public headers and of the tools.
+
+include(quorvance_public_headers)
+
+file(GLOB_RECURSE unitTests CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*_test.cpp)
+quorvance_add_tests(quorvance_tests
+  LINK quorvance_testing quorvance_static Threads::Threads CURL::libcurl
+  SOURCES ${unitTests})
+
+file(GLOB_RECURSE integrationTests CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/test/*_test.cpp)
+if(integrationTests AND TARGET risk_server_lib)
+  quorvance_add_tests(quorvance_integration_tests
+    LINK quorvance_testing quorvance_static risk_server_lib
+    SOURCES ${integrationTests})
+elseif(integrationTests)
+  message(STATUS "Tests that span subsystems are left out: they need the apps")
+endif()
+# For tests that are not GoogleTest cases: packaging, programs that must die.
+if(EXISTS ${PROJECT_SOURCE_DIR}/test/CMakeLists.txt)
+  add_subdirectory(${PROJECT_SOURCE_DIR}/test ${PROJECT_BINARY_DIR}/test)
+endif()
+
+# What only reads the sources is the same in every build.
+if(NOT QUORVANCE_SANITIZE)
+  find_package(Python3 REQUIRED COMPONENTS Interpreter)
+  foreach(check check_includes check_words)
+    add_test(NAME tools.${check}
+      COMMAND Python3::Interpreter -B ${PROJECT_SOURCE_DIR}/tools/${check}.py)
+  endforeach()
+  foreach(tool check_includes check_words report_sizes test_summary)
+    add_test(NAME tools.${tool}_test
+      COMMAND Python3::Interpreter -B ${PROJECT_SOURCE_DIR}/tools/${tool}_test.py)
+  endforeach()
+endif()
