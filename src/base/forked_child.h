@@ -1,0 +1,12 @@
+#pragma once
+
+namespace quorvance {
+
+/// Begins to watch for forks of this process; once is enough, more does nothing.
+void watchForForks() noexcept;
+
+/// Whether this process is a fork of one that had the library in use: its threads are gone and its
+/// locks may be held by nobody, so the library does nothing there. Any thread.
+bool isForkedChild() noexcept;
+
+}  // namespace quorvance

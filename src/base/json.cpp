@@ -1,0 +1,137 @@
+#include "base/json.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace quorvance {
+namespace {
+
+constexpr int kCompact = -1;
+constexpr int kIndent = 2;
+
+bool canBeWritten(const Json& value, std::size_t depth) {
+  if (depth > kMaxJsonDepth) return false;
+  if (value.is_number_float()) return std::isfinite(*value.get_ptr<const Json::number_float_t*>());
+  if (!value.is_structured()) return !value.is_discarded() && !value.is_binary();
+  return std::all_of(value.begin(), value.end(),
+                     [&](const Json& child) { return canBeWritten(child, depth + 1); });
+}
+
+std::optional<std::string> dumpJson(const Json& value, int indent) {
+  if (!canBeWritten(value, 0)) return std::nullopt;
+  return value.dump(indent, ' ', false, Json::error_handler_t::replace);
+}
+
+// The parser itself has no limit. Brackets inside texts do not count.
+bool isNestedTooDeep(std::string_view text) {
+  std::size_t depth = 0;
+  bool inText = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (inText) {
+      if (c == '\\') ++i;
+      if (c == '"') inText = false;
+    } else if (c == '"') {
+      inText = true;
+    } else if (c == '[' || c == '{') {
+      if (++depth > kMaxJsonDepth) return true;
+    } else if ((c == ']' || c == '}') && depth > 0) {
+      --depth;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+std::optional<std::string> writeJson(const Json& value) { return dumpJson(value, kCompact); }
+
+std::optional<std::string> writeJsonIndented(const Json& value) { return dumpJson(value, kIndent); }
+
+std::string textOf(const Json& value) { return writeJson(value).value_or("nil"); }
+
+std::optional<Json> parseJson(std::string_view text) {
+  if (isNestedTooDeep(text)) return std::nullopt;
+  Json value = Json::parse(text.begin(), text.end(), nullptr, false);
+  if (value.is_discarded()) return std::nullopt;
+  return value;
+}
+
+Json makeObject(std::size_t members) {
+  Json object = Json::object();
+  object.get_ref<Json::object_t&>().reserve(members);
+  return object;
+}
+
+void putMember(Json& object, std::string_view key, Json value) {
+  object.get_ref<Json::object_t&>().emplace_back(std::string(key), std::move(value));
+}
+
+void setMember(Json& object, std::string_view key, Json value) {
+  auto& members = object.get_ref<Json::object_t&>();
+  const auto found = std::find_if(members.begin(), members.end(),
+                                  [&](const auto& member) { return member.first == key; });
+  if (found == members.end()) {
+    putMember(object, key, std::move(value));
+  } else {
+    found->second = std::move(value);
+  }
+}
+
+const Json* findMember(const Json& object, std::string_view key) {
+  if (!object.is_object()) return nullptr;
+  const auto& members = object.get_ref<const Json::object_t&>();
+  const auto found = std::find_if(members.begin(), members.end(),
+                                  [&](const auto& member) { return member.first == key; });
+  return found == members.end() ? nullptr : &found->second;
+}
+
+const std::string* findText(const Json& object, std::string_view key) {
+  const Json* member = findMember(object, key);
+  return member == nullptr ? nullptr : member->get_ptr<const std::string*>();
+}
+
+std::optional<std::int64_t> integerOf(const Json& value) {
+  if (value.is_number_unsigned()) {
+    const auto number = *value.get_ptr<const Json::number_unsigned_t*>();
+    if (number > std::uint64_t{std::numeric_limits<std::int64_t>::max()}) return std::nullopt;
+    return static_cast<std::int64_t>(number);
+  }
+  if (!value.is_number_integer()) return std::nullopt;
+  return *value.get_ptr<const Json::number_integer_t*>();
+}
+
+std::optional<double> numberOf(const Json& value) {
+  if (!value.is_number()) return std::nullopt;
+  return value.get<double>();
+}
+
+std::optional<std::int64_t> findInteger(const Json& object, std::string_view key) {
+  const Json* member = findMember(object, key);
+  return member == nullptr ? std::nullopt : integerOf(*member);
+}
+
+std::optional<double> findNumber(const Json& object, std::string_view key) {
+  const Json* member = findMember(object, key);
+  return member == nullptr ? std::nullopt : numberOf(*member);
+}
+
+std::optional<bool> findBool(const Json& object, std::string_view key) {
+  const Json* member = findMember(object, key);
+  if (member == nullptr || !member->is_boolean()) return std::nullopt;
+  return *member->get_ptr<const bool*>();
+}
+
+const Json* findObject(const Json& object, std::string_view key) {
+  const Json* member = findMember(object, key);
+  return member != nullptr && member->is_object() ? member : nullptr;
+}
+
+const Json* findArray(const Json& object, std::string_view key) {
+  const Json* member = findMember(object, key);
+  return member != nullptr && member->is_array() ? member : nullptr;
+}
+
+}  // namespace quorvance

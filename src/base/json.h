@@ -1,0 +1,58 @@
+#pragma once
+
+// The only doors between JSON text and JSON values, and readers that test the exact type: `get<>`
+// narrows in silence, and a const `[]` on a missing key is undefined.
+
+#include <cstddef>
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "quorvance/json.h"
+
+namespace quorvance {
+
+/// Deeper values are neither written nor read: writing and copying recurse.
+inline constexpr std::size_t kMaxJsonDepth = 128;
+
+/// Compact text. Text that is not UTF-8 is replaced (U+FFFD). Absent for a value that cannot be
+/// JSON: it holds a NaN or an infinity, or is nested deeper than kMaxJsonDepth.
+std::optional<std::string> writeJson(const Json& value);
+
+/// As above, indented by two spaces.
+std::optional<std::string> writeJsonIndented(const Json& value);
+
+/// The text form of a value in traces and debug lines: compact, "nil" for what cannot be JSON.
+std::string textOf(const Json& value);
+
+/// Absent for text that is no JSON, holds more than one value, or is nested deeper than
+/// kMaxJsonDepth.
+std::optional<Json> parseJson(std::string_view text);
+
+/// A JSON object with room for `members`: growing an object that holds others copies them all.
+Json makeObject(std::size_t members);
+
+/// Appends a member whose key is new: nothing is looked up.
+void putMember(Json& object, std::string_view key, Json value);
+/// Overwrites the member of that key in its place, or appends one.
+void setMember(Json& object, std::string_view key, Json value);
+
+/// The member, or null when `object` is no object or has no such key.
+const Json* findMember(const Json& object, std::string_view key);
+
+// Null or absent for a missing key and for a value of another type. An integer written with a
+// fraction or an exponent is a double; one that does not fit 64 bits signed is no integer.
+const std::string* findText(const Json& object, std::string_view key);
+std::optional<std::int64_t> findInteger(const Json& object, std::string_view key);
+std::optional<double> findNumber(const Json& object, std::string_view key);
+std::optional<bool> findBool(const Json& object, std::string_view key);
+const Json* findObject(const Json& object, std::string_view key);
+const Json* findArray(const Json& object, std::string_view key);
+
+// The same for a value at hand.
+std::optional<std::int64_t> integerOf(const Json& value);
+std::optional<double> numberOf(const Json& value);
+
+}  // namespace quorvance
