@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace quorvance {
+
+enum class CrashModelType : std::int64_t { signal = 0, exception = 1 };
+
+/// One crash, in texts; an unknown version is empty.
+struct CrashModel {
+  CrashModelType type = CrashModelType::signal;
+  /// Name of the signal or of the exception.
+  std::string name;
+  std::string reason;
+  /// Version of the library.
+  std::string sdkVer;
+  /// Version of the operating system.
+  std::string iosVer;
+  std::string devModel;
+  /// Symbols of the crashing thread's call stack, one a line.
+  std::string callStack;
+};
+
+}  // namespace quorvance

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "quorvance/platform/queues.h"
+#include "quorvance/platform_error.h"
+
+#pragma GCC visibility push(default)
+
+namespace quorvance {
+
+/// One POST. The session adds Host and Content-Length and no other header.
+struct HttpRequest {
+  std::string url;
+  std::string contentType;
+  std::string body;
+  /// Bounds the whole exchange, from the start of the connection to the last byte of the reply.
+  std::chrono::milliseconds timeout{60'000};
+};
+
+/// What came of a request: a transport error, or a status with a body (an empty one included).
+struct HttpReply {
+  std::optional<PlatformError> transportError;
+  /// Also set beside a transport error when the reply broke off after its head.
+  std::optional<int> status;
+  /// Only a reply that came whole has a body.
+  std::optional<std::string> body;
+};
+
+using HttpCompletion = std::function<void(HttpReply)>;
+
+/// Sends requests, several at a time, each exactly once: a request whose connection dies unanswered
+/// is a transport error and is never repeated. All of a session's work happens on one thread of its
+/// own. Called from any thread; returns at once, never throws.
+class HttpSession {
+ public:
+  virtual ~HttpSession() = default;
+  /// Runs the task on the session's thread, after what was dispatched before.
+  virtual void dispatch(Task task) = 0;
+  /// Runs `completion` exactly once on the session's thread, never inside the call. A session that
+  /// is destroyed drops the completions that wait.
+  virtual void send(HttpRequest request, HttpCompletion completion) = 0;
+};
+
+}  // namespace quorvance
+
+#pragma GCC visibility pop

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#pragma GCC visibility push(default)
+
+namespace quorvance {
+
+/// What a key holds.
+struct StoredEntry {
+  enum class Kind { absent, text, other };
+  Kind kind = Kind::absent;
+  /// Set for Kind::text. A value of another type was put there by someone else and is kept as is.
+  std::string text;
+};
+
+/// The small state of one application that survives restarts. Called from any thread; throws
+/// nothing. A read sees every earlier write of the process at once, whatever the disk does.
+class KeyValueStore {
+ public:
+  virtual ~KeyValueStore() = default;
+  virtual StoredEntry read(std::string_view key) = 0;
+  /// Returns without waiting for the disk.
+  virtual void write(std::string_view key, std::string_view text) = 0;
+  /// Asks for what was written to reach the disk; returns without waiting for it.
+  virtual void synchronize() = 0;
+};
+
+}  // namespace quorvance
+
+#pragma GCC visibility pop

@@ -1,0 +1,53 @@
+#pragma once
+
+// The seam between the library and the system that it runs on: narrow interfaces, carried by one
+// plain value. Everything above it is portable and runs in virtual time in tests. Hosts may replace
+// any member. Start reading here.
+
+#include <memory>
+
+#include "quorvance/platform/authorization.h"
+#include "quorvance/platform/clock.h"
+#include "quorvance/platform/device_facts.h"
+#include "quorvance/platform/environment.h"
+#include "quorvance/platform/face_detection.h"
+#include "quorvance/platform/host_application.h"
+#include "quorvance/platform/http.h"
+#include "quorvance/platform/identity.h"
+#include "quorvance/platform/key_value_store.h"
+#include "quorvance/platform/queues.h"
+#include "quorvance/platform/user_data.h"
+
+namespace quorvance {
+
+/// The groups of device facts; a missing one answers "unknown".
+struct DeviceFactSources {
+  std::shared_ptr<FactSource<SystemFacts>> system;
+  std::shared_ptr<FactSource<ScreenFacts>> screen;
+  std::shared_ptr<FactSource<FontFacts>> fonts;
+  std::shared_ptr<FactSource<PowerFacts>> power;
+  std::shared_ptr<FactSource<AccessibilityFacts>> accessibility;
+  std::shared_ptr<FactSource<NetworkFacts>> network;
+};
+
+/// Making one is passive: no thread, no file, no bus.
+struct Platform {
+  // Required: their absence is a programming error and stops the process.
+  std::shared_ptr<WallClock> clock;
+  std::shared_ptr<MainQueue> mainQueue;
+  std::shared_ptr<BackgroundQueue> backgroundQueue;
+  std::shared_ptr<HttpSession> http;
+  std::shared_ptr<KeyValueStore> defaults;
+
+  // Optional: without one, what it would have told stays unknown.
+  HostApplication hostApplication;
+  std::shared_ptr<IdentitySource> identity;
+  std::shared_ptr<EnvironmentSource> environment;
+  DeviceFactSources facts;
+  std::shared_ptr<AuthorizationSource> authorization;
+  std::shared_ptr<LocationSource> location;
+  std::shared_ptr<UserDataSource> userData;
+  std::shared_ptr<FaceDetection> faceDetection;
+};
+
+}  // namespace quorvance

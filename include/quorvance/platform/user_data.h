@@ -1,0 +1,19 @@
+#pragma once
+
+#include "quorvance/json.h"
+
+#pragma GCC visibility push(default)
+
+namespace quorvance {
+
+/// The host's user data (contacts, photo counts, calendars, reminders). Read on the fact lane.
+class UserDataSource {
+ public:
+  virtual ~UserDataSource() = default;
+  /// A JSON object; it is sent as it stands.
+  virtual Json collect() = 0;
+};
+
+}  // namespace quorvance
+
+#pragma GCC visibility pop

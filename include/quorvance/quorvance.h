@@ -1,0 +1,27 @@
+#pragma once
+
+// Everything that a host includes. Start reading at quorvance_manager.h.
+
+#include "quorvance/account_check_points.h"
+#include "quorvance/add_payment_method.h"
+#include "quorvance/check_point.h"
+#include "quorvance/check_point_type.h"
+#include "quorvance/crash_model.h"
+#include "quorvance/currency_code.h"
+#include "quorvance/json.h"
+#include "quorvance/mobile_permission.h"
+#include "quorvance/payment.h"
+#include "quorvance/platform/linux_platform.h"
+#include "quorvance/platform/platform.h"
+#include "quorvance/platform/view.h"
+#include "quorvance/platform_error.h"
+#include "quorvance/quorvance_error.h"
+#include "quorvance/quorvance_manager.h"
+#include "quorvance/risk.h"
+#include "quorvance/screen_listener.h"
+#include "quorvance/screen_listener_type.h"
+#include "quorvance/transaction.h"
+#include "quorvance/transaction_type.h"
+#include "quorvance/user.h"
+#include "quorvance/version.h"
+#include "quorvance/vocabulary.h"

@@ -1,0 +1,146 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "quorvance/check_point.h"
+#include "quorvance/crash_model.h"
+#include "quorvance/mobile_permission.h"
+#include "quorvance/platform/platform.h"
+#include "quorvance/platform/view.h"
+#include "quorvance/platform_error.h"
+#include "quorvance/quorvance_error.h"
+#include "quorvance/risk.h"
+#include "quorvance/screen_listener.h"
+#include "quorvance/screen_listener_type.h"
+
+#pragma GCC visibility push(default)
+
+namespace quorvance {
+
+class ManagerCore;
+
+/// The verdict of the server, the same signed by it ("-1" when there is none), and the identifier
+/// under which the outcome is reported later. Runs once, on a background thread of the library; a
+/// host that needs its own thread hops there. An exception that leaves it ends the process.
+using RiskCompletion =
+    std::function<void(Risk risk, std::string signedRisk, std::string requestID)>;
+
+/// The one object through which a host drives the library.
+///
+/// Set it up once with the server's URL and the user; from then on the configuration is fetched,
+/// and fetched again every 10 s until the server answers. Ask for a device identifier with
+/// initializeDeviceId; once the server sends one, the session is announced, again until it is
+/// accepted. Then report checkpoints. Everything that can fail retries by itself or is final; only
+/// an empty server URL is ever reported to the host.
+///
+/// Every operation may be called from any thread, returns without waiting for a network, a disk or
+/// a bus, and throws nothing. In a forked child of the host every operation returns at once and
+/// does nothing.
+class QuorvanceManager {
+ public:
+  /// Stands over the process's one context, as shared() does. Its platform is the Linux platform
+  /// unless usePlatform() chose another one.
+  QuorvanceManager();
+  /// A context of its own over the given platform, for tests and for hosts that keep two apart. A
+  /// missing required member is a programming error and stops the process.
+  explicit QuorvanceManager(Platform platform);
+  ~QuorvanceManager();
+  QuorvanceManager(const QuorvanceManager&) = delete;
+  QuorvanceManager& operator=(const QuorvanceManager&) = delete;
+
+  /// Made on first use; the host may replace it. Setup is not run again for the new one.
+  static std::shared_ptr<QuorvanceManager> shared();
+  static void setShared(std::shared_ptr<QuorvanceManager> manager);
+  /// Chooses the platform of the process's context; false once anything has used that context.
+  static bool usePlatform(Platform platform);
+
+  /// Prints diagnostic lines to the console and runs the emulator check. One per process.
+  static bool isInDebugMode();
+  static void setIsInDebugMode(bool on);
+  /// A plain switch, cleared by every payload; nothing acts on it. One per process.
+  static bool sessionDataCollect();
+  static void setSessionDataCollect(bool on);
+  /// Prints the value in debug mode.
+  static void log(const std::optional<std::string>& value);
+  /// Records the error in the trace log of the process's context; in debug mode prints it too.
+  static void exceptionQV(const std::optional<PlatformError>& error);
+
+  /// Absent until setup or the host sets it; must end in "/", since paths are glued to it.
+  std::optional<std::string> serverUrl() const;
+  void setServerUrl(std::optional<std::string> serverUrl);
+  /// The user of this run; absent after a logout. Requests then carry the stored user.
+  std::optional<std::string> userId() const;
+  void setUserId(std::optional<std::string> userId);
+  /// True from a logout until the host clears it.
+  bool logoutEventNow() const;
+  void setLogoutEventNow(bool logoutEventNow);
+
+  /// Stores both, then fetches the configuration. False, and nothing else happens, when the URL is
+  /// empty: `error`, when given, then tells so. An absent user changes nothing.
+  bool setupWithServerUrl(const std::string& serverUrl, const std::optional<std::string>& userId,
+                          PlatformError* error = nullptr);
+  /// Absent changes the field and leaves the stored value.
+  void configureWithServerUrl(const std::optional<std::string>& serverUrl);
+  /// Absent changes nothing.
+  void configureWithUserId(const std::optional<std::string>& userId);
+  /// Takes the user identifier out of a login or a registration; other checkpoints change nothing.
+  void configureUserId(const CheckPoint& checkPoint);
+
+  /// In 10 s, fetches the configuration unless it has come by then.
+  void getSdkConfigurationThread();
+  /// Asks the server for a device identifier now, and again 10 s after each failure.
+  void initializeDeviceId();
+  /// In 10 s, does the same unless an identifier is stored by then.
+  void getDeviceIdThread();
+  /// The stored device identifier, "no_device_id" until the server has sent one.
+  std::optional<std::string> getDeviceId() const;
+  /// The running session; made by the first call that needs it, replaced by logout.
+  std::optional<std::string> getSessionId() const;
+  /// Sends the session's device data now, and again 10 s after each refusal.
+  void sendDataWithNewSession();
+  /// In 10 s, does the same unless the server has accepted the session by then.
+  void sendDataWithNewSessionThread();
+  /// Starts one more trace upload loop, a run every 30 s; loops never stop and are not merged.
+  void sendingTracingData();
+  /// Ends the user's session: the stored user becomes "UNKNOWN" and a new session begins.
+  void logout();
+
+  /// Reports the checkpoint and asks for a verdict. The completion runs exactly once, also when no
+  /// answer comes (level "undefined", signature "-1").
+  void getRiskForCheckPoint(const CheckPoint& checkPoint, RiskCompletion completion);
+  /// Reports the checkpoint.
+  void arriveToCheckPoint(const CheckPoint& checkPoint);
+  /// Reports what became of the operation that a verdict was asked for. The transaction identifier
+  /// is dropped unless the type is TRANSACTION.
+  void updateCheckPointStatus(CheckPointType type, const std::string& requestID,
+                              CheckPointStatus status,
+                              const std::optional<std::string>& transactionID);
+
+  /// Watches a screen; the host's main thread only. Never null.
+  std::shared_ptr<QuorvanceScreenListener> startNewScreenListener(ScreenListenerType type,
+                                                                  std::int64_t actionId,
+                                                                  std::shared_ptr<View> view);
+  /// In debug mode started by itself after a new device identifier; its result travels as device
+  /// data.
+  void checkSensorForEmulator();
+
+  /// Records that the host asked its user for this permission.
+  void onRequestAccessWithTypeMobilePermission(MobilePermission type);
+  /// From the permissions as last read; false for a number outside the vocabulary.
+  bool ifAuthorizedWithTypeMobilePermission(MobilePermission type) const;
+
+  /// Keeps the crash as a report, to be sent later.
+  void crashEyeDidCatchCrash(const CrashModel& crash);
+
+ private:
+  std::shared_ptr<ManagerCore> core_;
+};
+
+}  // namespace quorvance
+
+#pragma GCC visibility pop

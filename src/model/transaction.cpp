@@ -1,0 +1,120 @@
+#include "quorvance/transaction.h"
+
+#include <utility>
+
+#include "base/milliseconds.h"
+#include "base/record.h"
+#include "model/check_point_json.h"
+
+namespace quorvance {
+namespace {
+
+constexpr std::string_view kAmountKey = "amount";
+
+constexpr RecordField kMerchantFields[] = {
+    field<&MerchantDetails::merchantName>("merchant_name"),
+    field<&MerchantDetails::merchantCode>("merchant_code"),
+    field<&MerchantDetails::merchantAddress>("merchant_address"),
+};
+
+constexpr RecordField kAuthorizationFields[] = {
+    field<&AuthorizationResponse::verificationStatus>("verificationStatus"),
+    field<&AuthorizationResponse::aVSResultCode>("aVSResultCode"),
+    field<&AuthorizationResponse::declineReasonCode>("declineReasonCode"),
+    field<&AuthorizationResponse::declineReasonMessage>("declineReasonMessage"),
+    field<&AuthorizationResponse::acquirerResponseCode>("acquirerResponseCode"),
+    field<&AuthorizationResponse::acquirerResponseMessage>("acquirerResponseMessage"),
+    field<&AuthorizationResponse::threeDSResponseStatus>("threeDSResponseStatus"),
+    field<&AuthorizationResponse::threeDSResponseEnrolled>("threeDSResponseEnrolled"),
+    field<&AuthorizationResponse::threeDSResponseECI>("threeDSResponseECI"),
+};
+
+// What follows "amount", up to "additionalData".
+constexpr RecordField kHeadFields[] = {
+    field<&TransactionFields::timeStamp>("timeStamp"),
+    field<&TransactionFields::actType>("transactionType"),
+    field<&TransactionFields::curType>("curType"),
+};
+
+// What follows "additionalData".
+constexpr RecordField kTailFields[] = {
+    field<&TransactionFields::destinationId>("destinationId"),
+    field<&TransactionFields::user>("user", RecordOrEmptyField<User>::kCodec),
+    field<&TransactionFields::billingAddress>("billingAddress",
+                                              RecordOrEmptyField<Address>::kCodec),
+    field<&TransactionFields::shippingAddress>("shippingAddress",
+                                               RecordOrEmptyField<Address>::kCodec),
+    field<&TransactionFields::payment>("payment", RecordOrEmptyField<Payment>::kCodec),
+    field<&TransactionFields::authorizationResponse>(
+        "authorizationResponse", RecordOrEmptyField<AuthorizationResponse>::kCodec),
+    field<&TransactionFields::merchantDetails>("merchant_details",
+                                               RecordOrEmptyField<MerchantDetails>::kCodec),
+};
+
+// Read before the table, whose "transactionType" then beats it; it is never written.
+constexpr RecordField kReadFirst[] = {field<&TransactionFields::actType>("actType")};
+
+constexpr std::size_t kMostMembers = 3 + std::size(kHeadFields) + std::size(kTailFields);
+
+void writeFields(Json& object, const TransactionFields& fields,
+                 std::span<const RecordField> table) {
+  for (const RecordField& entry : table) {
+    entry.codec->write(object, entry.key, entry.member(&fields));
+  }
+}
+
+}  // namespace
+
+Json MerchantDetails::getJson() const { return recordToJson(this, kMerchantFields); }
+
+MerchantDetails MerchantDetails::fromJson(const Json& json) {
+  MerchantDetails details;
+  recordFromJson(json, &details, kMerchantFields);
+  return details;
+}
+
+Json AuthorizationResponse::getJson() const { return recordToJson(this, kAuthorizationFields); }
+
+AuthorizationResponse AuthorizationResponse::fromJson(const Json& json) {
+  AuthorizationResponse response;
+  recordFromJson(json, &response, kAuthorizationFields);
+  return response;
+}
+
+Transaction::Transaction(TransactionFields fields)
+    : CheckPoint(CheckPointType::TRANSACTION), fields_(std::move(fields)) {}
+
+Transaction::Transaction(std::chrono::duration<double> sinceEpoch, TransactionType actType,
+                         CurrencyCode curType, std::string userId, double amount,
+                         std::string destinationId, std::string_view paymentMethod)
+    : Transaction(TransactionFields{
+          .timeStamp = millisecondsFromSeconds(sinceEpoch.count()),
+          .actType = actType,
+          .curType = curType,
+          .destinationId = std::move(destinationId),
+          .amount = amount,
+          .user = std::make_shared<User>(User{.userId = std::move(userId)}),
+          .payment = std::make_shared<Payment>(
+              Payment{.paymentMethod = PaymentMethodTypeToString::fromString(paymentMethod)})}) {}
+
+std::unique_ptr<Transaction> Transaction::fromJson(const Json& json) {
+  TransactionFields fields;
+  fields.amount = findNumber(json, kAmountKey).value_or(0);
+  recordFromJson(json, &fields, kReadFirst);
+  recordFromJson(json, &fields, kHeadFields);
+  recordFromJson(json, &fields, kTailFields);
+  auto transaction = std::make_unique<Transaction>(std::move(fields));
+  transaction->readAdditionalData(json);
+  return transaction;
+}
+
+Json Transaction::getJson() const {
+  Json object = openCheckPoint(CheckPointType::TRANSACTION, kMostMembers);
+  putMember(object, kAmountKey, fields_.amount);
+  writeFields(object, fields_, kHeadFields);
+  putAdditionalData(object, *this);
+  writeFields(object, fields_, kTailFields);
+  return object;
+}
+
+}  // namespace quorvance
