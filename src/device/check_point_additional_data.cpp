@@ -1,0 +1,36 @@
+#include "device/check_point_additional_data.h"
+
+#include "base/record.h"
+
+namespace quorvance {
+namespace {
+
+constexpr RecordField kLocationFields[] = {
+    field<&LocationFix::accuracy>("accuracy"),
+    field<&LocationFix::altitude>("altitude"),
+    field<&LocationFix::latitude>("latitude"),
+    field<&LocationFix::longitude>("longitude"),
+};
+
+Json permissionWords(const std::vector<MobilePermission>& permissions) {
+  Json words = Json::array();
+  words.get_ref<Json::array_t&>().reserve(permissions.size());
+  for (const MobilePermission permission : permissions) {
+    words.push_back(MobilePermissionToString::toString(permission));
+  }
+  return words;
+}
+
+}  // namespace
+
+Json CheckPointAdditionalData::getJson() const {
+  Json object = makeObject(5);
+  if (collectTime) putMember(object, "collectTime", *collectTime);
+  if (location) putMember(object, "location", recordToJson(&*location, kLocationFields));
+  putMember(object, "permissions", permissionWords(permissions));
+  putMember(object, "ignorePermissions", permissionWords(ignorePermissions));
+  putMember(object, "askedPermissions", permissionWords(askPermissions));
+  return object;
+}
+
+}  // namespace quorvance

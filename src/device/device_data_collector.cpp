@@ -1,0 +1,133 @@
+#include "device/device_data_collector.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/debug.h"
+#include "state/system_texts.h"
+
+namespace quorvance {
+namespace {
+
+std::optional<MobilePermission> permissionNamed(std::string_view word) {
+  const auto words = MobilePermissionEnumerator::dictionary();
+  const auto found = words.find(std::string(word));
+  if (found == words.end()) return std::nullopt;
+  return MobilePermissionEnumerator::fromRawValue(found->second);
+}
+
+bool contains(const std::vector<MobilePermission>& list, MobilePermission permission) {
+  return std::find(list.begin(), list.end(), permission) != list.end();
+}
+
+}  // namespace
+
+std::vector<MobilePermission> readPermissionList(std::string_view stored) {
+  std::vector<MobilePermission> permissions;
+  while (!stored.empty()) {
+    const std::size_t comma = std::min(stored.find(','), stored.size());
+    const auto permission = permissionNamed(stored.substr(0, comma));
+    if (permission && !contains(permissions, *permission)) permissions.push_back(*permission);
+    stored.remove_prefix(std::min(comma + 1, stored.size()));
+  }
+  return permissions;
+}
+
+std::string writePermissionList(const std::vector<MobilePermission>& permissions) {
+  std::string stored;
+  for (const MobilePermission permission : permissions) {
+    if (!stored.empty()) stored += ',';
+    stored += MobilePermissionToString::toString(permission);
+  }
+  return stored;
+}
+
+DeviceDataCollector::DeviceDataCollector(const Platform& platform,
+                                         std::shared_ptr<InnerQuorvanceData> state,
+                                         std::shared_ptr<DeviceFactsCache> facts)
+    : state_(std::move(state)),
+      facts_(std::move(facts)),
+      identity_(platform.identity),
+      environment_(platform.environment),
+      userData_(platform.userData) {}
+
+SnapshotInputs DeviceDataCollector::inputs(const DeviceFacts& facts) const {
+  SnapshotInputs result{.facts = facts,
+                        .vendorIdentifier = state_->vendorIdentifier(),
+                        .advertisingIdentifier = std::nullopt,
+                        .now = state_->now(),
+                        .isInDebugMode = isInDebugMode()};
+  if (identity_) result.advertisingIdentifier = identity_->advertisingIdentifier();
+  result.isEmulator = environment_ && environment_->variable(kSimulatorModelVariable).has_value();
+  return result;
+}
+
+Json DeviceDataCollector::configurationBody() const {
+  const auto facts = facts_->snapshot();
+  return DeviceData{.iosVersion = facts->system.systemVersion,
+                    .model = facts->system.model,
+                    .kindModel = facts->system.kindModel}
+      .getJson();
+}
+
+Json DeviceDataCollector::deviceIdBody() const {
+  DeviceData data{.collectTime = state_->now(), .uuid = state_->vendorIdentifier()};
+  if (identity_) data.idfa = identity_->advertisingIdentifier();
+  // Room for "keys", "session" and "version".
+  Json body = makeObject(4);
+  putMember(body, "device_data", data.getJson());
+  return body;
+}
+
+Json DeviceDataCollector::deviceDataJson() const {
+  const auto facts = facts_->snapshot();
+  Json json = buildDeviceData(inputs(*facts)).getJson();
+  if (isInDebugMode()) debugPrint("device_data:  " + textOf(json));
+  return json;
+}
+
+Json DeviceDataCollector::settingDataJson() const {
+  const auto facts = facts_->snapshot();
+  return buildSettingData(inputs(*facts)).getJson();
+}
+
+Json DeviceDataCollector::simDataJson() const {
+  const auto facts = facts_->snapshot();
+  return buildSimData(inputs(*facts)).getJson();
+}
+
+Json DeviceDataCollector::collectUserData() const {
+  return userData_ ? userData_->collect() : Json::object();
+}
+
+void DeviceDataCollector::setPendingUserData(Json userData) {
+  const std::lock_guard lock(mutex_);
+  pendingUserData_ = std::move(userData);
+}
+
+std::optional<Json> DeviceDataCollector::takePendingUserData() {
+  const std::lock_guard lock(mutex_);
+  return std::exchange(pendingUserData_, std::nullopt);
+}
+
+std::vector<MobilePermission>& DeviceDataCollector::askedLocked() {
+  if (!askPermissions_) {
+    const auto stored = state_->readText(StoredKey::permissionList);
+    askPermissions_ = readPermissionList(stored.value_or(std::string()));
+  }
+  return *askPermissions_;
+}
+
+std::vector<MobilePermission> DeviceDataCollector::askPermissions() {
+  const std::lock_guard lock(mutex_);
+  return askedLocked();
+}
+
+void DeviceDataCollector::recordAsked(MobilePermission permission) {
+  const std::lock_guard lock(mutex_);
+  auto& asked = askedLocked();
+  if (!contains(asked, permission)) asked.push_back(permission);
+  state_->write(StoredKey::permissionList, writePermissionList(asked));
+}
+
+}  // namespace quorvance

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/json.h"
+#include "device/device_facts_cache.h"
+#include "device/snapshot_builders.h"
+#include "quorvance/mobile_permission.h"
+#include "quorvance/platform/platform.h"
+#include "state/inner_quorvance_data.h"
+
+namespace quorvance {
+
+/// The stored form of the asked-for permissions: wire words in the order of asking, joined by ",".
+/// Unknown words and repetitions are skipped when it is read.
+std::vector<MobilePermission> readPermissionList(std::string_view stored);
+std::string writePermissionList(const std::vector<MobilePermission>& permissions);
+
+/// The running values that payloads are built from: cached facts, the permissions that the host
+/// asked for, and at most one pending user-data record. Any thread, guarded by one mutex.
+class DeviceDataCollector {
+ public:
+  DeviceDataCollector(const Platform& platform, std::shared_ptr<InnerQuorvanceData> state,
+                      std::shared_ptr<DeviceFactsCache> facts);
+
+  /// The body of the configuration request: the model facts at the top level, in every mode.
+  Json configurationBody() const;
+  /// The body of the device-identifier request, under "device_data".
+  Json deviceIdBody() const;
+
+  Json deviceDataJson() const;
+  Json settingDataJson() const;
+  Json simDataJson() const;
+  /// {} without a source. Waits for the platform: fact lane or background only.
+  Json collectUserData() const;
+
+  /// Kept until the next payload takes it.
+  void setPendingUserData(Json userData);
+  std::optional<Json> takePendingUserData();
+
+  /// Read from the stored list at first use, so it is always set.
+  std::vector<MobilePermission> askPermissions();
+  /// Adds the kind to the list and stores it; each kind once.
+  void recordAsked(MobilePermission permission);
+
+  DeviceFactsCache& facts() const { return *facts_; }
+
+ private:
+  SnapshotInputs inputs(const DeviceFacts& facts) const;
+  std::vector<MobilePermission>& askedLocked();
+
+  const std::shared_ptr<InnerQuorvanceData> state_;
+  const std::shared_ptr<DeviceFactsCache> facts_;
+  const std::shared_ptr<IdentitySource> identity_;
+  const std::shared_ptr<EnvironmentSource> environment_;
+  const std::shared_ptr<UserDataSource> userData_;
+
+  std::mutex mutex_;
+  std::optional<Json> pendingUserData_;
+  std::optional<std::vector<MobilePermission>> askPermissions_;
+};
+
+}  // namespace quorvance

@@ -1,0 +1,126 @@
+#include "device/device_facts_cache.h"
+
+#include <atomic>
+#include <utility>
+
+namespace quorvance {
+namespace {
+
+template <class Facts>
+Facts readOrUnknown(const std::shared_ptr<FactSource<Facts>>& source) {
+  return source ? source->read() : Facts{};
+}
+
+}  // namespace
+
+// Whoever comes first, the facts or the clock, lets the task go.
+struct DeviceFactsCache::Waiter {
+  std::shared_ptr<BackgroundQueue> queue;
+  Task task;
+  std::atomic<bool> isReleased{false};
+
+  void release() {
+    if (isReleased.exchange(true)) return;
+    queue->post(WorkLane::completions, std::exchange(task, nullptr));
+  }
+};
+
+DeviceFactsCache::DeviceFactsCache(const Platform& platform, std::shared_ptr<SystemTexts> texts)
+    : sources_(platform.facts),
+      authorization_(platform.authorization),
+      location_(platform.location),
+      backgroundQueue_(platform.backgroundQueue),
+      mainQueue_(platform.mainQueue),
+      texts_(std::move(texts)) {}
+
+std::shared_ptr<const DeviceFacts> DeviceFactsCache::snapshot() const {
+  const std::lock_guard lock(mutex_);
+  return facts_;
+}
+
+std::shared_ptr<DeviceFactsCache::Waiter> DeviceFactsCache::waitFor(Task task) {
+  auto waiter = std::make_shared<Waiter>();
+  waiter->queue = backgroundQueue_;
+  waiter->task = std::move(task);
+  mainQueue_->postAfter(kFactsPatience, [waiter] { waiter->release(); });
+  return waiter;
+}
+
+void DeviceFactsCache::whenSystemKnown(Task task) {
+  const auto waiter = waitFor(std::move(task));
+  backgroundQueue_->post(WorkLane::facts, [self = shared_from_this(), waiter] {
+    self->readSystem();
+    waiter->release();
+  });
+}
+
+void DeviceFactsCache::whenRefreshed(Task task) {
+  const auto waiter = waitFor(std::move(task));
+  backgroundQueue_->post(WorkLane::facts, [self = shared_from_this(), waiter] {
+    self->readSystem();
+    self->readAll();
+    waiter->release();
+  });
+}
+
+void DeviceFactsCache::refreshPermissions() {
+  {
+    const std::lock_guard lock(mutex_);
+    if (std::exchange(isPermissionRefreshWaiting_, true)) return;
+  }
+  backgroundQueue_->post(WorkLane::facts, [self = shared_from_this()] {
+    {
+      const std::lock_guard lock(self->mutex_);
+      self->isPermissionRefreshWaiting_ = false;
+    }
+    self->readPermissions();
+  });
+}
+
+template <class Change>
+void DeviceFactsCache::change(Change&& changeFacts) {
+  auto fresh = std::make_shared<DeviceFacts>(*snapshot());
+  changeFacts(*fresh);
+  const std::lock_guard lock(mutex_);
+  facts_ = std::move(fresh);
+}
+
+// Hardware and system do not change under a running process.
+void DeviceFactsCache::readSystem() {
+  {
+    const std::lock_guard lock(mutex_);
+    if (std::exchange(isSystemKnown_, true)) return;
+  }
+  SystemFacts system = readOrUnknown(sources_.system);
+  texts_->setSystemVersion(system.systemVersion);
+  change([&](DeviceFacts& facts) { facts.system = std::move(system); });
+}
+
+void DeviceFactsCache::readAll() {
+  DeviceFacts fresh;
+  fresh.screen = readOrUnknown(sources_.screen);
+  fresh.fonts = readOrUnknown(sources_.fonts);
+  fresh.power = readOrUnknown(sources_.power);
+  fresh.accessibility = readOrUnknown(sources_.accessibility);
+  fresh.network = readOrUnknown(sources_.network);
+  change([&](DeviceFacts& facts) {
+    fresh.system = facts.system;
+    fresh.permissions = facts.permissions;
+    fresh.location = facts.location;
+    facts = std::move(fresh);
+  });
+  readPermissions();
+}
+
+void DeviceFactsCache::readPermissions() {
+  PermissionPicture picture;
+  if (authorization_) picture = PermissionPicture::readFrom(*authorization_);
+  std::optional<LocationFix> fix;
+  if (picture.mayLocate() && location_) fix = location_->lastFix();
+  change([&](DeviceFacts& facts) {
+    facts.permissions = picture;
+    facts.location = fix;
+  });
+}
+
+}  // namespace quorvance

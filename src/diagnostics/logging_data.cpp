@@ -1,0 +1,31 @@
+#include "diagnostics/logging_data.h"
+
+#include <utility>
+
+#include "base/milliseconds.h"
+#include "base/vocabulary_table.h"
+
+namespace quorvance {
+
+template <>
+struct VocabularyTable<StatusLogginType> {
+  static constexpr auto kWords = std::to_array<std::string_view>({"Start", "End", "Middle"});
+};
+
+Json LoggingData::getJson() const {
+  Json object = makeObject(5);
+  putMember(object, "date", dateText(timestamp));
+  if (call->threadName) putMember(object, "threadName", *call->threadName);
+  if (call->methodName) putMember(object, "methodName", *call->methodName);
+  // The key says "Logging", the type "Loggin".
+  if (statusLogginType) {
+    putMember(object, "statusLoggingType", std::string(wordOf(*statusLogginType)));
+  }
+  Json parameters = Json::array();
+  parameters.get_ref<Json::array_t&>().reserve(call->paramList.size());
+  for (const std::string& parameter : call->paramList) parameters.push_back(parameter);
+  putMember(object, "paramList", std::move(parameters));
+  return object;
+}
+
+}  // namespace quorvance

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/json.h"
+
+namespace quorvance {
+
+/// The phase of a traced operation (spelled so, as the interface is). End is raw 1, before Middle.
+enum class StatusLogginType : std::int64_t { start = 0, end = 1, middle = 2 };
+
+/// One trace record. A plain value: copies share what does not change, so that a completion keeps
+/// its own and no lock is needed.
+struct LoggingData {
+  /// What is traced; the same for every entry of one operation.
+  struct Call {
+    std::optional<std::string> threadName;
+    std::optional<std::string> methodName;
+    std::vector<std::string> paramList;
+  };
+
+  /// Milliseconds since 1970.
+  std::int64_t timestamp = 0;
+  std::optional<StatusLogginType> statusLogginType;
+  /// Never null.
+  std::shared_ptr<const Call> call;
+
+  Json getJson() const;
+};
+
+}  // namespace quorvance

@@ -1,0 +1,103 @@
+#include "diagnostics/tracing_manager.h"
+
+#include <sstream>
+#include <thread>
+#include <utility>
+
+#include "base/debug.h"
+
+namespace quorvance {
+namespace {
+
+// Made once a thread: it does not change.
+const std::string& currentThreadName() {
+  thread_local const std::string name = [] {
+    std::ostringstream text;
+    text << "thread " << std::this_thread::get_id();
+    return text.str();
+  }();
+  return name;
+}
+
+}  // namespace
+
+TracingManager::TracingManager(std::shared_ptr<InnerQuorvanceData> state,
+                               std::shared_ptr<SystemTexts> texts)
+    : state_(std::move(state)), texts_(std::move(texts)) {}
+
+std::optional<LoggingData> TracingManager::traceStart(bool enabled, std::string_view methodName,
+                                                      std::vector<std::string> paramList) {
+  if (!enabled) return std::nullopt;
+  LoggingData record{state_->now(), StatusLogginType::start,
+                     std::make_shared<const LoggingData::Call>(LoggingData::Call{
+                         currentThreadName(), std::string(methodName), std::move(paramList)})};
+  add(record);
+  return record;
+}
+
+void TracingManager::traceEnd(bool enabled, std::optional<LoggingData>& record) {
+  if (enabled && record) addRestamped(*record, StatusLogginType::end);
+}
+
+void TracingManager::traceAppend(bool enabled, std::optional<LoggingData>& record,
+                                 std::string text) {
+  if (!enabled || !record) return;
+  auto call = std::make_shared<LoggingData::Call>(*record->call);
+  call->paramList.push_back(std::move(text));
+  record->call = std::move(call);
+  addRestamped(*record, StatusLogginType::middle);
+}
+
+void TracingManager::addRestamped(LoggingData& record, StatusLogginType status) {
+  record.statusLogginType = status;
+  record.timestamp = state_->now();
+  add(record);
+}
+
+void TracingManager::traceException(const PlatformError& error) {
+  ErrorLogData record = ErrorLogData::stamped(*texts_, state_->now());
+  record.errorStack = error.description;
+  record.cause = error.failureReason;
+  record.errorType = error.domain;
+  record.errorCode = error.code;
+  add(std::move(record));
+}
+
+void TracingManager::add(Entry entry) {
+  if (isInDebugMode()) {
+    debugPrint("length dataLogging: Optional(" + std::to_string(size()) + ")");
+  }
+  const auto cap = state_->traceLevels().maxTraceData();
+  const std::lock_guard lock(mutex_);
+  if (!cap || std::cmp_greater(dataLogging_.size(), *cap)) return;
+  dataLogging_.push_back(std::move(entry));
+}
+
+void TracingManager::clear() {
+  std::vector<Entry> dropped;
+  const std::lock_guard lock(mutex_);
+  dataLogging_.swap(dropped);
+}
+
+bool TracingManager::isEmpty() const { return size() == 0; }
+
+std::size_t TracingManager::size() const {
+  const std::lock_guard lock(mutex_);
+  return dataLogging_.size();
+}
+
+Json TracingManager::entries() const {
+  std::vector<Entry> copy;
+  {
+    const std::lock_guard lock(mutex_);
+    copy = dataLogging_;
+  }
+  Json list = Json::array();
+  list.get_ref<Json::array_t&>().reserve(copy.size());
+  for (const Entry& entry : copy) {
+    list.push_back(std::visit([](const auto& record) { return record.getJson(); }, entry));
+  }
+  return list;
+}
+
+}  // namespace quorvance

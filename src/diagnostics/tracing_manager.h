@@ -1,0 +1,60 @@
+#pragma once
+
+// What happened, kept until it is sent: traces in memory, reports on disk, crashes. Nothing here
+// sends anything. Start reading at tracing_manager.h and report_keeper.h.
+
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "diagnostics/error_log_data.h"
+#include "diagnostics/logging_data.h"
+#include "quorvance/platform_error.h"
+#include "state/inner_quorvance_data.h"
+#include "state/system_texts.h"
+
+namespace quorvance {
+
+/// The in-memory log of what the library did. Any thread, guarded by one mutex. Entries stay flat
+/// records; they become JSON when they are sent.
+class TracingManager {
+ public:
+  using Entry = std::variant<LoggingData, ErrorLogData>;
+
+  TracingManager(std::shared_ptr<InnerQuorvanceData> state, std::shared_ptr<SystemTexts> texts);
+
+  /// Absent when not enabled. Otherwise the record is returned even when the buffer refuses its
+  /// entry; the caller keeps it for the end.
+  std::optional<LoggingData> traceStart(bool enabled, std::string_view methodName,
+                                        std::vector<std::string> paramList);
+  /// Adds a second entry for the record, marked "End" and restamped.
+  void traceEnd(bool enabled, std::optional<LoggingData>& record);
+  /// The record gains the text as one more parameter and is added again, marked "Middle".
+  void traceAppend(bool enabled, std::optional<LoggingData>& record, std::string text);
+  /// Recorded whatever the levels say.
+  void traceException(const PlatformError& error);
+
+  /// Refused, in silence, when the configuration has no cap or more entries than the cap are held:
+  /// one more than the cap fits, and that is intended.
+  void add(Entry entry);
+  void clear();
+  bool isEmpty() const;
+  std::size_t size() const;
+  /// A JSON array of all entries, in order.
+  Json entries() const;
+
+ private:
+  void addRestamped(LoggingData& record, StatusLogginType status);
+
+  const std::shared_ptr<InnerQuorvanceData> state_;
+  const std::shared_ptr<SystemTexts> texts_;
+  mutable std::mutex mutex_;
+  std::vector<Entry> dataLogging_;
+};
+
+}  // namespace quorvance

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "base/json.h"
+#include "diagnostics/exception_logger.h"
+#include "diagnostics/report_keeper.h"
+#include "diagnostics/tracing_manager.h"
+#include "network/responce_object.h"
+#include "quorvance/platform/http.h"
+#include "quorvance/platform/queues.h"
+#include "state/inner_quorvance_data.h"
+#include "state/system_texts.h"
+
+namespace quorvance {
+
+/// What waits for a call: exactly one of the two runs, once. `done` runs on the background queue.
+/// `dropped` runs when the call ends without an answer by contract (a URL that does not parse, a
+/// body that cannot be JSON) or when the work that held it is thrown away; it runs wherever that
+/// happens and must only hand work on.
+class CallCompletion {
+ public:
+  CallCompletion(std::function<void(ResponceObject)> done, std::function<void()> dropped);
+  ~CallCompletion();
+  CallCompletion(const CallCompletion&) = delete;
+  CallCompletion& operator=(const CallCompletion&) = delete;
+
+  void complete(ResponceObject response);
+
+ private:
+  std::function<void(ResponceObject)> done_;
+  std::function<void()> dropped_;
+};
+
+/// What every call uses.
+struct CallServices {
+  std::shared_ptr<HttpSession> http;
+  std::shared_ptr<BackgroundQueue> backgroundQueue;
+  std::shared_ptr<InnerQuorvanceData> state;
+  std::shared_ptr<SystemTexts> texts;
+  std::shared_ptr<TracingManager> tracing;
+  std::shared_ptr<ExceptionLogger> exceptions;
+  std::shared_ptr<ReportKeeper> reports;
+};
+
+/// The one place that talks HTTP: posts a JSON body and says what came back. Never throws, never
+/// retries, keeps no state of its own.
+///
+/// A call lives on two threads. On the session's: "version" is added, the time-out read, the start
+/// traced, the body serialised and sent, and the reply turned into an outcome. On the background
+/// queue: report, debug print, end trace, and the completion last of all.
+class NetworkCallMaker : public std::enable_shared_from_this<NetworkCallMaker> {
+ public:
+  explicit NetworkCallMaker(CallServices services);
+
+  /// Returns at once; any thread. `reportErrors` absent means true.
+  void requestFromServer(std::string url, Json params, std::string requestId,
+                         std::optional<bool> reportErrors,
+                         std::shared_ptr<CallCompletion> completion);
+
+ private:
+  const std::shared_ptr<const CallServices> services_;
+};
+
+}  // namespace quorvance

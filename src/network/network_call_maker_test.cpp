@@ -1,0 +1,212 @@
+#include "network/network_call_maker.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+
+#include "network/quorvance_network_manager.h"
+#include "platform/testing/test_world.h"
+
+namespace quorvance {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class KeptReports : public ReportKeeper {
+ public:
+  std::vector<Json> reports;
+  void storeReport(Json report, ReportCategory category) override {
+    EXPECT_EQ(category, ReportCategory::communicationError);
+    reports.push_back(std::move(report));
+  }
+};
+
+struct CallWorld : TestWorld {
+  std::shared_ptr<InnerQuorvanceData> state =
+      std::make_shared<InnerQuorvanceData>(time, store, identity);
+  std::shared_ptr<SystemTexts> texts = std::make_shared<SystemTexts>(environment);
+  std::shared_ptr<TracingManager> tracing = std::make_shared<TracingManager>(state, texts);
+  std::shared_ptr<KeptReports> reports = std::make_shared<KeptReports>();
+  std::shared_ptr<NetworkCallMaker> maker = std::make_shared<NetworkCallMaker>(CallServices{
+      http, time, state, texts, tracing, std::make_shared<ExceptionLogger>(tracing), reports});
+  std::vector<ResponceObject> responses;
+  int dropped = 0;
+
+  void call(const std::string& url, Json params, std::optional<bool> reportErrors = std::nullopt) {
+    maker->requestFromServer(
+        url, std::move(params), "mine", reportErrors,
+        std::make_shared<CallCompletion>(
+            [this](ResponceObject response) { responses.push_back(std::move(response)); },
+            [this] { ++dropped; }));
+  }
+
+  std::vector<std::string> phases() const {
+    std::vector<std::string> texts_;
+    for (const Json& entry : tracing->entries()) {
+      const std::string* phase = findText(entry, "statusLoggingType");
+      texts_.push_back(phase == nullptr ? "exception" : *phase);
+    }
+    return texts_;
+  }
+};
+
+Json objectWith(std::string_view key, Json value) {
+  Json object = Json::object();
+  object[std::string(key)] = std::move(value);
+  return object;
+}
+
+TEST(CallMakerTest, SendsTheBodyWithTheLibrarysVersion) {
+  CallWorld world;
+  world.call("http://risk.test/p", objectWith("version", "theirs"));
+  EXPECT_THAT(world.http->sent(), IsEmpty());
+  world.time->run();
+  const auto sent = world.http->sent();
+  ASSERT_EQ(sent.size(), 1U);
+  EXPECT_EQ(sent[0].request.body, R"({"version":"1.0.0"})");
+  EXPECT_EQ(sent[0].request.contentType, "application/json; charset=utf-8");
+  ASSERT_EQ(world.responses.size(), 1U);
+  EXPECT_TRUE(world.responses[0].succeeded());
+  EXPECT_EQ(world.dropped, 0);
+}
+
+TEST(CallMakerTest, EarlyFaultsEndInSilenceAndTellTheOwner) {
+  for (const char* url : {"", "http://risk.test/a b", "http://risk.test/%4", "http://r\xC3\xA9/",
+                          "http://risk.test/\n"}) {
+    CallWorld world;
+    world.state->replaceSdkConfig(
+        SdkConfig::fromJson(*parseJson(R"({"tracing_manager":{"level_sending_data":true}})")));
+    world.call(url, Json::object());
+    world.time->run();
+    EXPECT_THAT(world.http->sent(), IsEmpty()) << url;
+    EXPECT_THAT(world.responses, IsEmpty()) << url;
+    EXPECT_THAT(world.phases(), IsEmpty()) << url;
+    EXPECT_EQ(world.dropped, 1) << url;
+  }
+  CallWorld world;
+  world.state->replaceSdkConfig(
+      SdkConfig::fromJson(*parseJson(R"({"tracing_manager":{"level_sending_data":true}})")));
+  world.call("http://risk.test/p", objectWith("amount", std::nan("")));
+  world.time->run();
+  EXPECT_THAT(world.http->sent(), IsEmpty());
+  EXPECT_THAT(world.phases(), ElementsAre("Start", "exception"));
+  EXPECT_THAT(world.reports->reports, IsEmpty());
+  EXPECT_EQ(world.dropped, 1);
+}
+
+TEST(CallMakerTest, FailuresAreReportedUnlessTheCallSaysNo) {
+  CallWorld world;
+  world.texts->setSystemVersion("12");
+  world.environment->variables["SIMULATOR_MODEL_IDENTIFIER"] = "Simulated";
+  world.http->answerOnce("p", refusedReply());
+  world.http->answerOnce("p", statusReply(503));
+  world.http->answerOnce("p", okReply("no JSON"));
+  world.http->answerOnce("p", statusReply(503));
+  for (int i = 0; i < 3; ++i) world.call("http://risk.test/p", Json::object());
+  world.call("http://risk.test/p", Json::object(), false);
+  world.time->run();
+  ASSERT_EQ(world.reports->reports.size(), 2U);
+  EXPECT_EQ(textOf(world.reports->reports[0]),
+            R"({"error_stack":"http://risk.test/p","version":"12","device_model":"Simulated",)"
+            R"("sdk_version":"1.0.0","cause":"test 111: connection refused",)"
+            R"("error_type":"test 111: connection refused","error_code":0,)"
+            R"("error_timestamp":1700000000000})");
+  EXPECT_EQ(*findText(world.reports->reports[1], "error_type"), "Connection");
+  EXPECT_EQ(findInteger(world.reports->reports[1], "error_code"), 503);
+  EXPECT_EQ(world.responses[3].error, 503);
+}
+
+TEST(CallMakerTest, EndIsTracedBeforeTheCompletionUnderTheSwitchOfTheStart) {
+  CallWorld world;
+  world.state->replaceSdkConfig(
+      SdkConfig::fromJson(*parseJson(R"({"tracing_manager":{"level_sending_data":true}})")));
+  world.http->answer("p", [&](const SentRequest&) {
+    world.state->replaceSdkConfig({});
+    return okReply("{}");
+  });
+  std::vector<std::string> atCompletion;
+  world.maker->requestFromServer(
+      "http://risk.test/p", Json::object(), "mine", std::nullopt,
+      std::make_shared<CallCompletion>(
+          [&](const ResponceObject&) { atCompletion = world.phases(); }, nullptr));
+  world.time->run();
+  EXPECT_THAT(atCompletion, ElementsAre("Start", "End"));
+  EXPECT_EQ(textOf(world.tracing->entries()[0]["paramList"]), R"(["http://risk.test/p"])");
+  EXPECT_EQ(textOf(world.tracing->entries()[0]["methodName"]), R"("requestFromServer")");
+}
+
+TEST(CallMakerTest, CallOutlivesItsMakerWithoutVersionAndReport) {
+  CallWorld world;
+  world.http->answer("p", statusReply(500));
+  world.call("http://risk.test/p", Json::object());
+  world.maker.reset();
+  world.time->run();
+  EXPECT_EQ(world.http->sent()[0].request.body, "{}");
+  EXPECT_THAT(world.reports->reports, IsEmpty());
+  ASSERT_EQ(world.responses.size(), 1U);
+  EXPECT_EQ(world.responses[0].error, 500);
+}
+
+TEST(CallMakerTest, DroppedWorkTellsItsOwnerOnce) {
+  CallWorld world;
+  world.http->neverAnswer();
+  world.call("http://risk.test/p", Json::object());
+  world.time->run();
+  EXPECT_EQ(world.dropped, 0);
+  world.http->dropAll();
+  EXPECT_EQ(world.dropped, 1);
+  EXPECT_THAT(world.responses, IsEmpty());
+}
+
+TEST(CallMakerTest, DebugPrintsAllButTransportErrors) {
+  CallWorld world;
+  const DebugLines debug;
+  world.http->answerOnce("p", refusedReply());
+  world.call("http://risk.test/p", Json::object());
+  world.time->run();
+  EXPECT_TRUE(debug.contain("jsonObj {\"version\":\"1.0.0\"}"));
+  EXPECT_FALSE(debug.contain("Network Responce: "));
+  world.call("http://risk.test/p", Json::object());
+  world.time->run();
+  EXPECT_TRUE(debug.contain("Network Responce: reqID: mine url: Optional(http://risk.test/p)"));
+}
+
+TEST(ClientTest, AddsTheCommonBlocksAndGluesUrlAndPath) {
+  CallWorld world;
+  QuorvanceNetworkManager client(world.state, world.maker);
+  Json body = objectWith("keys", 1);
+  body["session"] = 2;
+  const auto done = std::make_shared<CallCompletion>(nullptr, nullptr);
+  const PreparedCall call = client.prepare({"d", "a b&c%", "http://risk.test"},
+                                           Service::getCheckpointRisk, CheckPointType::LOGIN);
+  client.send(call, body, done);
+  const PreparedCall next = client.prepare({"d", "u", std::nullopt}, Service::getDeviceId);
+  client.send(next, Json::object(), done);
+  world.time->run();
+  const auto sent = world.http->sent();
+  ASSERT_EQ(sent.size(), 2U);
+  EXPECT_EQ(sent[0].request.url, "http://risk.testqrsk-med/3.0/GetCheckpointRisk/");
+  EXPECT_EQ(sent[1].request.url, "http://risk.testqrsk-med/3.0//GetDeviceID/");
+  EXPECT_EQ(sent[0].request.body,
+            R"({"keys":{"user_id":"a%20b&c%25","device_id":"d","requestID":")" + call.requestId +
+                R"(","app_uuid":"0F1E2D3C-4B5A-4978-8796-A5B4C3D2E1F0","checkpoint":"LOGIN",)" +
+                R"("version":"1.0.0"},"session":)" +
+                textOf(world.state->currentSession().getJson()) + R"(,"version":"1.0.0"})");
+  EXPECT_NE(call.requestId, next.requestId);
+}
+
+TEST(ClientTest, FaceImageGoesAsItStands) {
+  CallWorld world;
+  QuorvanceNetworkManager client(world.state, world.maker);
+  client.sendImage({"d", "u", "http://risk.test/"}, objectWith("image", "x"),
+                   std::make_shared<CallCompletion>(nullptr, nullptr));
+  world.http->answer("SendBiometricImage/", statusReply(500));
+  world.time->run();
+  EXPECT_EQ(world.http->sent()[0].request.body, R"({"image":"x","version":"1.0.0"})");
+  EXPECT_THAT(world.reports->reports, IsEmpty());
+}
+
+}  // namespace
+}  // namespace quorvance

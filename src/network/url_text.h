@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string_view>
+
+namespace quorvance {
+
+/// Whether the text is a URL at all (RFC 3986): not empty, printable ASCII without spaces, every
+/// "%" followed by two hexadecimal digits. What parses may still be impossible to send to.
+bool parsesAsUrl(std::string_view text);
+
+}  // namespace quorvance

@@ -1,0 +1,144 @@
+#include "state/inner_quorvance_data.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "base/milliseconds.h"
+#include "base/uuid.h"
+
+namespace quorvance {
+namespace {
+
+struct KeyRow {
+  // The storage format: the mixed styles stay.
+  std::string_view name;
+  bool isPersistent;
+};
+
+constexpr std::array<KeyRow, 6> kKeyRows = {{
+    {"permissionList", true},
+    {"deviceId", true},
+    {"user_id", true},
+    {"QV_SESSION_TIME", false},
+    {"QV_SESSION_ID", false},
+    {"serverUrl", true},
+}};
+
+const KeyRow& rowOf(StoredKey key) { return kKeyRows[static_cast<std::size_t>(key)]; }
+
+bool isAbsent(const StoredValue& value) { return std::holds_alternative<std::monostate>(value); }
+
+}  // namespace
+
+InnerQuorvanceData::InnerQuorvanceData(std::shared_ptr<WallClock> clock,
+                                       std::shared_ptr<KeyValueStore> defaults,
+                                       std::shared_ptr<IdentitySource> identity)
+    : clock_(std::move(clock)), defaults_(std::move(defaults)), identity_(std::move(identity)) {}
+
+std::int64_t InnerQuorvanceData::now() const {
+  return millisecondsFromSeconds(clock_->secondsSince1970());
+}
+
+std::optional<std::string> InnerQuorvanceData::vendorIdentifier() const {
+  return identity_ ? identity_->vendorIdentifier() : std::nullopt;
+}
+
+StoredValue InnerQuorvanceData::read(StoredKey key) {
+  return rowOf(key).isPersistent ? readPersistent(key) : readMemory(key);
+}
+
+StoredValue InnerQuorvanceData::readPersistent(StoredKey key) {
+  StoredEntry entry = defaults_->read(rowOf(key).name);
+  if (entry.kind == StoredEntry::Kind::text) return std::move(entry.text);
+  if (entry.kind == StoredEntry::Kind::other) return OtherStoredValue{};
+  StoredValue value = defaultValue(key);
+  write(key, value);
+  return value;
+}
+
+// Two threads that read first must get one value, so the test and the store share the lock; the
+// default is computed before it, since it asks the platform.
+StoredValue InnerQuorvanceData::readMemory(StoredKey key) {
+  {
+    const std::lock_guard lock(mutex_);
+    const auto found = dictData_.find(rowOf(key).name);
+    if (found != dictData_.end()) return found->second;
+  }
+  StoredValue fresh = defaultValue(key);
+  const std::lock_guard lock(mutex_);
+  return dictData_.emplace(rowOf(key).name, std::move(fresh)).first->second;
+}
+
+std::optional<std::string> InnerQuorvanceData::readText(StoredKey key) {
+  StoredValue value = read(key);
+  auto* text = std::get_if<std::string>(&value);
+  return text == nullptr ? std::nullopt : std::optional(std::move(*text));
+}
+
+StoredValue InnerQuorvanceData::defaultValue(StoredKey key) {
+  switch (key) {
+    case StoredKey::permissionList:
+      return std::string();
+    case StoredKey::deviceId:
+      return std::string(kNoDeviceId);
+    case StoredKey::userId:
+      return std::string(kUnknownUser);
+    case StoredKey::sessionTime:
+      return now();
+    case StoredKey::sessionId:
+      return newSessionId();
+    case StoredKey::serverUrl:
+      break;
+  }
+  return std::monostate();
+}
+
+// Two sessions of one millisecond must differ: the number never repeats and never goes back.
+std::string InnerQuorvanceData::newSessionId() {
+  const std::string owner = vendorIdentifier().value_or(randomUuid());
+  const std::int64_t time = now();
+  const std::lock_guard lock(mutex_);
+  lastSessionNumber_ = lastSessionNumber_ ? std::max(time, *lastSessionNumber_ + 1) : time;
+  return owner + "-" + std::to_string(*lastSessionNumber_);
+}
+
+void InnerQuorvanceData::write(StoredKey key, const StoredValue& value) {
+  if (isAbsent(value)) return;
+  const KeyRow& row = rowOf(key);
+  if (!row.isPersistent) {
+    const std::lock_guard lock(mutex_);
+    dictData_.insert_or_assign(std::string(row.name), value);
+    return;
+  }
+  if (const auto* text = std::get_if<std::string>(&value)) {
+    defaults_->write(row.name, *text);
+    defaults_->synchronize();
+  }
+}
+
+void InnerQuorvanceData::startNewSession() {
+  write(StoredKey::sessionId, defaultValue(StoredKey::sessionId));
+  write(StoredKey::sessionTime, defaultValue(StoredKey::sessionTime));
+}
+
+Session InnerQuorvanceData::currentSession() {
+  const StoredValue time = read(StoredKey::sessionTime);
+  const auto* milliseconds = std::get_if<std::int64_t>(&time);
+  return {readText(StoredKey::sessionId).value_or(std::string()),
+          milliseconds == nullptr ? 0 : *milliseconds};
+}
+
+std::shared_ptr<const SdkConfig> InnerQuorvanceData::sdkConfig() const {
+  const std::lock_guard lock(configMutex_);
+  return sdkConfig_;
+}
+
+void InnerQuorvanceData::replaceSdkConfig(SdkConfig config) {
+  auto fresh = std::make_shared<const SdkConfig>(std::move(config));
+  const std::lock_guard lock(configMutex_);
+  traceLevels_.set(fresh->tracingDataQvData);
+  sdkConfig_.swap(fresh);
+}
+
+}  // namespace quorvance

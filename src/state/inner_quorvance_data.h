@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <variant>
+
+#include "quorvance/platform/clock.h"
+#include "quorvance/platform/identity.h"
+#include "quorvance/platform/key_value_store.h"
+#include "state/sdk_config.h"
+#include "state/session.h"
+#include "state/trace_levels.h"
+
+namespace quorvance {
+
+/// The first four persist; a session lives in memory only, so every process starts without one.
+enum class StoredKey { permissionList, deviceId, userId, sessionTime, sessionId, serverUrl };
+
+/// What stands under a key that is neither text nor integer.
+struct OtherStoredValue {
+  friend bool operator==(const OtherStoredValue&, const OtherStoredValue&) = default;
+};
+
+/// monostate = absent.
+using StoredValue = std::variant<std::monostate, std::string, std::int64_t, OtherStoredValue>;
+
+/// The state behind the library: stored identifiers, the running session, the configuration in
+/// force. Any thread; a write is finished when it returns, so that a read after it sees it.
+class InnerQuorvanceData {
+ public:
+  InnerQuorvanceData(std::shared_ptr<WallClock> clock, std::shared_ptr<KeyValueStore> defaults,
+                     std::shared_ptr<IdentitySource> identity);
+
+  /// The stored value. When nothing is stored the default is computed, stored and returned, so the
+  /// first read makes the value that later reads return; an absent default stores nothing.
+  StoredValue read(StoredKey key);
+  /// The read value when it is text.
+  std::optional<std::string> readText(StoredKey key);
+  /// Computed afresh at each call: a new time, a new session identifier.
+  StoredValue defaultValue(StoredKey key);
+  /// An absent value changes nothing.
+  void write(StoredKey key, const StoredValue& value);
+
+  /// The identifier of a new session is written before its time.
+  void startNewSession();
+  Session currentSession();
+
+  std::shared_ptr<const SdkConfig> sdkConfig() const;
+  void replaceSdkConfig(SdkConfig config);
+  const TraceLevels& traceLevels() const { return traceLevels_; }
+
+  /// Milliseconds since 1970, now.
+  std::int64_t now() const;
+  /// The vendor identifier as upper-case UUID text; absent when the platform gives none.
+  std::optional<std::string> vendorIdentifier() const;
+
+ private:
+  StoredValue readPersistent(StoredKey key);
+  StoredValue readMemory(StoredKey key);
+  std::string newSessionId();
+
+  const std::shared_ptr<WallClock> clock_;
+  const std::shared_ptr<KeyValueStore> defaults_;
+  const std::shared_ptr<IdentitySource> identity_;
+
+  // Guards dictData_ and lastSessionNumber_.
+  std::mutex mutex_;
+  std::map<std::string, StoredValue, std::less<>> dictData_;
+  std::optional<std::int64_t> lastSessionNumber_;
+
+  mutable std::mutex configMutex_;
+  std::shared_ptr<const SdkConfig> sdkConfig_ = std::make_shared<const SdkConfig>();
+  TraceLevels traceLevels_;
+};
+
+/// What the server's device identifier is until one has come.
+inline constexpr std::string_view kNoDeviceId = "no_device_id";
+/// The user while none has signed in.
+inline constexpr std::string_view kUnknownUser = "UNKNOWN";
+
+}  // namespace quorvance
