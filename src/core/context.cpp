@@ -1,0 +1,102 @@
+#include "core/context.h"
+
+#include <mutex>
+#include <optional>
+#include <utility>
+
+#include "base/fatal.h"
+#include "base/forked_child.h"
+#include "quorvance/platform/linux_platform.h"
+
+namespace quorvance {
+namespace {
+
+// Without a store a report is dropped, as with a folder that cannot be had.
+class DroppingReportKeeper : public ReportKeeper {
+ public:
+  void storeReport(Json /*report*/, ReportCategory /*category*/) override {}
+};
+
+class IdleReportUploader : public ReportUploader {
+ public:
+  void uploadStoredReports(ReportCategory /*category*/,
+                           std::shared_ptr<QuorvanceNetworkManager> /*client*/,
+                           PreparedCall /*identity*/) override {}
+};
+
+class IdleCrashCatcher : public CrashCatcher {
+ public:
+  void install(std::weak_ptr<CrashEyeDelegate> /*delegate*/) override {}
+};
+
+Platform checked(Platform platform) {
+  if (!platform.clock || !platform.mainQueue || !platform.backgroundQueue || !platform.http ||
+      !platform.defaults) {
+    fatalError("a platform lacks its clock, a queue, its HTTP session or its key-value store");
+  }
+  watchForForks();
+  return platform;
+}
+
+template <class Part, class Default>
+std::shared_ptr<Part> partOr(std::shared_ptr<Part> part, Default makeDefault) {
+  return part ? std::move(part) : makeDefault();
+}
+
+// Leaked on purpose: threads of the library may outlive every static destructor.
+struct ProcessState {
+  std::mutex mutex;
+  std::optional<Platform> chosenPlatform;
+  std::shared_ptr<Context> context;
+};
+
+ProcessState& processState() {
+  static auto* const state = new ProcessState();
+  return *state;
+}
+
+}  // namespace
+
+Context::Context(Platform usedPlatform, ContextParts parts)
+    : platform(checked(std::move(usedPlatform))),
+      state(std::make_shared<InnerQuorvanceData>(platform.clock, platform.defaults,
+                                                 platform.identity)),
+      texts(std::make_shared<SystemTexts>(platform.environment)),
+      tracing(std::make_shared<TracingManager>(state, texts)),
+      exceptions(std::make_shared<ExceptionLogger>(tracing)),
+      reports(partOr(std::move(parts.reports),
+                     [] { return std::make_shared<DroppingReportKeeper>(); })),
+      crashCatcher(partOr(std::move(parts.crashCatcher),
+                          [] { return std::make_shared<IdleCrashCatcher>(); })),
+      facts(std::make_shared<DeviceFactsCache>(platform, texts)),
+      collector(std::make_shared<DeviceDataCollector>(platform, state, facts)),
+      deviceData(std::make_shared<DeviceDataManager>(state, collector)),
+      screens(partOr(std::move(parts.screens),
+                     [] { return std::make_shared<InertScreenListenerMaker>(); })),
+      uploader(partOr(std::move(parts.uploader),
+                      [] { return std::make_shared<IdleReportUploader>(); })) {}
+
+CallServices Context::callServices() const {
+  return {platform.http, platform.backgroundQueue, state, texts, tracing, exceptions, reports};
+}
+
+std::shared_ptr<Context> processContext() {
+  ProcessState& process = processState();
+  const std::lock_guard lock(process.mutex);
+  if (!process.context) {
+    process.context = std::make_shared<Context>(
+        process.chosenPlatform ? std::move(*process.chosenPlatform) : makeLinuxPlatform());
+    process.chosenPlatform.reset();
+  }
+  return process.context;
+}
+
+bool chooseProcessPlatform(Platform platform) {
+  ProcessState& process = processState();
+  const std::lock_guard lock(process.mutex);
+  if (process.context) return false;
+  process.chosenPlatform = std::move(platform);
+  return true;
+}
+
+}  // namespace quorvance

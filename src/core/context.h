@@ -1,0 +1,60 @@
+#pragma once
+
+// The manager and what it stands on: start-up, checkpoints, sessions, the upload loops. Start
+// reading at manager_core.h.
+
+#include <memory>
+
+#include "biometrics/screen_listener_maker.h"
+#include "core/report_uploader.h"
+#include "device/device_data_collector.h"
+#include "device/device_data_manager.h"
+#include "device/device_facts_cache.h"
+#include "diagnostics/crash_catcher.h"
+#include "diagnostics/exception_logger.h"
+#include "diagnostics/report_keeper.h"
+#include "diagnostics/tracing_manager.h"
+#include "network/network_call_maker.h"
+#include "quorvance/platform/platform.h"
+#include "state/inner_quorvance_data.h"
+#include "state/system_texts.h"
+
+namespace quorvance {
+
+/// Members of a context that a test replaces; null stands for the real one.
+struct ContextParts {
+  std::shared_ptr<ReportKeeper> reports;
+  std::shared_ptr<ReportUploader> uploader;
+  std::shared_ptr<CrashCatcher> crashCatcher;
+  std::shared_ptr<ScreenListenerMaker> screens;
+};
+
+/// What is process-wide, once per platform. Members stand in the order of the layers, and each is
+/// given only what stands above it.
+struct Context {
+  explicit Context(Platform usedPlatform, ContextParts parts = {});
+
+  /// What a service client needs of this context.
+  CallServices callServices() const;
+
+  const Platform platform;
+  const std::shared_ptr<InnerQuorvanceData> state;
+  const std::shared_ptr<SystemTexts> texts;
+  const std::shared_ptr<TracingManager> tracing;
+  const std::shared_ptr<ExceptionLogger> exceptions;
+  const std::shared_ptr<ReportKeeper> reports;
+  const std::shared_ptr<CrashCatcher> crashCatcher;
+  const std::shared_ptr<DeviceFactsCache> facts;
+  const std::shared_ptr<DeviceDataCollector> collector;
+  const std::shared_ptr<DeviceDataManager> deviceData;
+  const std::shared_ptr<ScreenListenerMaker> screens;
+  const std::shared_ptr<ReportUploader> uploader;
+};
+
+/// The process's one context, made on first use and never destroyed.
+std::shared_ptr<Context> processContext();
+
+/// Chooses its platform; false once it has been made.
+bool chooseProcessPlatform(Platform platform);
+
+}  // namespace quorvance

@@ -1,0 +1,110 @@
+#include <utility>
+
+#include "base/debug.h"
+#include "base/text.h"
+#include "core/manager_core.h"
+#include "model/transaction_update.h"
+#include "network/risk_verdict.h"
+#include "quorvance/account_check_points.h"
+
+namespace quorvance {
+namespace {
+
+// A login and a registration are told by their class, not by their type.
+const User* userSigningIn(const CheckPoint& checkPoint) {
+  if (const auto* login = dynamic_cast<const Login*>(&checkPoint)) return login->user().get();
+  const auto* registration = dynamic_cast<const Register*>(&checkPoint);
+  return registration == nullptr ? nullptr : registration->user().get();
+}
+
+void hand(const RiskCompletion& completion, RiskVerdict verdict) {
+  if (completion) {
+    completion(verdict.risk, std::move(verdict.signedRisk), std::move(verdict.requestId));
+  }
+}
+
+// Host code runs on the background queue alone, also when its call was thrown away.
+std::shared_ptr<CallCompletion> verdictCompletion(std::shared_ptr<BackgroundQueue> queue,
+                                                  RiskCompletion completion,
+                                                  std::string requestId) {
+  auto shared = std::make_shared<const RiskCompletion>(std::move(completion));
+  return std::make_shared<CallCompletion>(
+      [shared](const ResponceObject& response) { hand(*shared, readVerdict(response)); },
+      [shared, queue = std::move(queue), requestId = std::move(requestId)] {
+        queue->post(WorkLane::completions,
+                    [shared, requestId] { hand(*shared, answerlessVerdict(requestId)); });
+      });
+}
+
+}  // namespace
+
+void ManagerCore::configureUserId(const CheckPoint& checkPoint) {
+  configureUserId(checkPoint, checkPoint.getJson());
+}
+
+void ManagerCore::configureUserId(const CheckPoint& checkPoint, const Json& json) {
+  OperationTrace trace = openTrace("configureUserId", [&] { return std::vector{textOf(json)}; });
+  const User* user = userSigningIn(checkPoint);
+  if (user != nullptr && user->userId) configureUserId(user->userId);
+  trace.close();
+}
+
+// Takes the user out of a login first, so that the body already carries it.
+Json ManagerCore::checkPointBody(const CheckPoint& checkPoint, Json json) {
+  uploadStoredReports(ReportCategory::activity);
+  configureUserId(checkPoint, json);
+  Json body = context_->deviceData->getJson(checkPoint.type(), false);
+  setMember(body, CheckPointTypeToString::toString(checkPoint.type()), std::move(json));
+  context_->facts->refreshPermissions();
+  return body;
+}
+
+void ManagerCore::getRiskForCheckPoint(const CheckPoint& checkPoint, RiskCompletion completion) {
+  Json json = checkPoint.getJson();
+  OperationTrace trace =
+      openTrace("getRiskForCheckPoint", [&] { return std::vector{textOf(json)}; });
+  Json body = checkPointBody(checkPoint, std::move(json));
+  const PreparedCall call = prepare(Service::getCheckpointRisk, checkPoint.type());
+  networkManager_->send(
+      call, std::move(body),
+      verdictCompletion(context_->platform.backgroundQueue, std::move(completion), call.requestId));
+  trace.close();
+}
+
+void ManagerCore::arriveToCheckPoint(const CheckPoint& checkPoint) {
+  Json json = checkPoint.getJson();
+  OperationTrace trace = openTrace("arriveToCheckPoint", [&] { return std::vector{textOf(json)}; });
+  Json body = checkPointBody(checkPoint, std::move(json));
+  networkManager_->send(
+      prepare(Service::sendCheckpointEvent, checkPoint.type()), std::move(body),
+      std::make_shared<CallCompletion>(
+          [self = shared_from_this(), kept = trace](const ResponceObject& response) mutable {
+            printResponse(response);
+            if (kept.isEnabled()) kept.append("response: " + responseText(response));
+          },
+          nullptr));
+  trace.close();
+}
+
+void ManagerCore::updateCheckPointStatus(CheckPointType type, const std::string& requestID,
+                                         CheckPointStatus status,
+                                         const std::optional<std::string>& transactionID) {
+  OperationTrace trace = openTrace("updateCheckPointStatus", [&] {
+    return std::vector{CheckPointTypeToString::toString(type), requestID,
+                       CheckPointStatusToString::toString(status), textOrNil(transactionID)};
+  });
+  TransactionUpdate update{.requestID = requestID, .transactionID = {}, .status = status};
+  if (type == CheckPointType::TRANSACTION) update.transactionID = transactionID;
+  Json body = makeObject(4);
+  putMember(body, "transactionUpdate", update.getJson());
+  const auto print = [weak = weak_from_this()](const ResponceObject& response) {
+    if (weak.expired()) return;
+    debugPrint(std::string("updateTransactionStatus: ") +
+               (response.succeeded() ? "true" : "false"));
+  };
+  networkManager_->send(prepare(Service::updateTransactionResult, std::nullopt, requestID),
+                        std::move(body), std::make_shared<CallCompletion>(print, nullptr));
+  trace.close();
+}
+
+}  // namespace quorvance

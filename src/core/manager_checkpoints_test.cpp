@@ -1,0 +1,222 @@
+#include <gmock/gmock.h>
+
+#include <cmath>
+
+#include "core/recording_parts_test_support.h"
+#include "quorvance/account_check_points.h"
+#include "quorvance/transaction.h"
+
+namespace quorvance {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct HandedVerdict {
+  std::string level;
+  std::string signedRisk;
+  std::string requestId;
+};
+
+RiskCompletion keepVerdicts(std::vector<HandedVerdict>& verdicts) {
+  return [&verdicts](Risk risk, std::string signedRisk, std::string requestId) {
+    verdicts.push_back({risk.stringValue(), std::move(signedRisk), std::move(requestId)});
+  };
+}
+
+std::shared_ptr<User> userNamed(std::string id) {
+  return std::make_shared<User>(User{.userId = std::move(id)});
+}
+
+TEST(CheckpointTest, VerdictIsReadFromTheReply) {
+  const std::vector<std::tuple<HttpReply, std::string, std::string, std::string>> replies = {
+      {okReply(R"({"risk":3,"signedRisk":"s","requestID":"r"})"), "VERY_HIGH", "s", "r"},
+      {okReply(R"({"risk":-2,"signedRisk":7,"requestID":7})"), "expire", "-1", ""},
+      {okReply(R"({"risk":4})"), "undefined", "-1", ""},
+      {okReply(R"({"risk":-3})"), "undefined", "-1", ""},
+      {okReply(R"({"risk":"2"})"), "undefined", "-1", ""},
+      {okReply(R"({"risk":1.0})"), "undefined", "-1", ""},
+      {okReply("[]"), "undefined", "-1", ""},
+      {okReply("no json"), "undefined", "-1", ""},
+      {statusReply(500, R"({"risk":3,"requestID":"r"})"), "undefined", "-1", ""},
+      {refusedReply(), "undefined", "-1", ""},
+  };
+  for (const auto& [reply, level, signedRisk, requestId] : replies) {
+    ManagerWorld world;
+    world.http->answer(ManagerWorld::kRiskPath, reply);
+    world.setup();
+    std::vector<HandedVerdict> verdicts;
+    world.manager->getRiskForCheckPoint(Launch(), keepVerdicts(verdicts));
+    EXPECT_THAT(verdicts, IsEmpty());
+    world.time->run();
+    ASSERT_EQ(verdicts.size(), 1U);
+    EXPECT_EQ(verdicts[0].level, level);
+    EXPECT_EQ(verdicts[0].signedRisk, signedRisk);
+    const std::string own =
+        *findText(world.http->sentTo(ManagerWorld::kRiskPath)[0].body["keys"], "requestID");
+    EXPECT_EQ(verdicts[0].requestId, requestId.empty() ? own : requestId);
+  }
+}
+
+TEST(CheckpointTest, LoginChangesTheStoredUserBeforeTheBodyIsBuilt) {
+  ManagerWorld world;
+  world.setup("before");
+  world.time->run();
+  world.manager->arriveToCheckPoint(Login(userNamed("måns 1/2")));
+  EXPECT_EQ(world.store->read("user_id").text, "måns 1/2");
+  world.time->run();
+  const Json body = world.http->sentTo(ManagerWorld::kEventPath)[0].body;
+  EXPECT_EQ(textOf(body["keys"]["user_id"]), R"("m%C3%A5ns%201/2")");
+  EXPECT_EQ(textOf(body["LOGIN"]["user"]["user_id"]), R"("måns 1/2")");
+  // Only the two that sign in do so, told by their class.
+  world.manager->arriveToCheckPoint(General("g"));
+  world.manager->arriveToCheckPoint(PasswordChange(userNamed("p")));
+  world.manager->arriveToCheckPoint(CheckPoint(CheckPointType::LOGIN));
+  world.manager->arriveToCheckPoint(Login(nullptr));
+  EXPECT_EQ(world.store->read("user_id").text, "måns 1/2");
+  world.manager->arriveToCheckPoint(Register(userNamed("r")));
+  EXPECT_EQ(world.manager->userId(), "r");
+}
+
+TEST(CheckpointTest, StepsComeInTheirOrder) {
+  ManagerWorld world;
+  world.http->answer(ManagerWorld::kRiskPath, okReply(R"({"risk":0})"));
+  world.configure(ManagerWorld::kTraceManager);
+  world.context->tracing->clear();
+  world.manager->getRiskForCheckPoint(Login(userNamed("u2")), nullptr);
+  EXPECT_THAT(world.asked->lines, ElementsAre("upload activity under u1"));
+  EXPECT_THAT(world.traces(), ElementsAre("getRiskForCheckPoint Start", "configureUserId Start",
+                                          "configure(userId:) Start", "configure(userId:) End",
+                                          "configureUserId End", "getRiskForCheckPoint End"));
+  const Json entries = world.context->tracing->entries();
+  EXPECT_EQ(entries[0]["paramList"], entries[1]["paramList"]);
+  EXPECT_EQ(*entries[0]["paramList"][0].get_ptr<const std::string*>(),
+            textOf(Login(userNamed("u2")).getJson()));
+  world.time->run();
+  EXPECT_EQ(world.traces().size(), 6U);
+  world.manager->arriveToCheckPoint(Launch());
+  world.time->run();
+  EXPECT_EQ(world.traces().back(), "arriveToCheckPoint Middle");
+}
+
+TEST(CheckpointTest, BodyFollowsTheTypeAndUpdateDetailsCarriesNoDeviceData) {
+  ManagerWorld world;
+  world.setup();
+  General general;
+  general.setType(CheckPointType::PASSWORD_CHANGE);
+  world.manager->arriveToCheckPoint(general);
+  world.manager->arriveToCheckPoint(CheckPoint(CheckPointType::UPDATE_DETAILS));
+  world.time->run();
+  const auto sent = world.http->sentTo(ManagerWorld::kEventPath);
+  ASSERT_EQ(sent.size(), 2U);
+  EXPECT_EQ(textOf(sent[0].body["PASSWORD_CHANGE"]), R"({"checkpoint_type":"GENERAL"})");
+  EXPECT_EQ(textOf(sent[0].body["keys"]["checkpoint"]), R"("PASSWORD_CHANGE")");
+  EXPECT_NE(findMember(sent[0].body, "checkpoint_additional_data"), nullptr);
+  EXPECT_EQ(findMember(sent[1].body, "checkpoint_additional_data"), nullptr);
+  EXPECT_EQ(sent[1].body.size(), 4U);  // the checkpoint, "keys", "session", "version"
+}
+
+TEST(CheckpointTest, EveryVerdictComesExactlyOnce) {
+  ManagerWorld world;
+  world.setup();
+  std::vector<HandedVerdict> verdicts;
+  // A body that cannot be JSON, then a URL that does not parse: neither is ever sent.
+  world.manager->getRiskForCheckPoint(Transaction({.amount = std::nan("")}),
+                                      keepVerdicts(verdicts));
+  world.manager->setServerUrl("http://risk.test/%zz/");
+  world.manager->getRiskForCheckPoint(Launch(), keepVerdicts(verdicts));
+  world.time->run();
+  EXPECT_EQ(world.http->countTo(ManagerWorld::kRiskPath), 0U);
+  ASSERT_EQ(verdicts.size(), 2U);
+  EXPECT_EQ(verdicts[0].level, "undefined");
+  EXPECT_EQ(verdicts[0].requestId.size(), 36U);
+  EXPECT_NE(verdicts[0].requestId, verdicts[1].requestId);
+  world.time->advance(1h);
+  EXPECT_EQ(verdicts.size(), 2U);
+}
+
+TEST(CheckpointTest, CallsWaitForNoDiskNoBusAndNoNetwork) {
+  ManagerWorld world;
+  world.http->neverAnswer();
+  world.time->hold(WorkLane::files);
+  world.time->hold(WorkLane::facts);
+  world.setup();
+  std::vector<HandedVerdict> verdicts;
+  world.manager->getRiskForCheckPoint(Launch(), keepVerdicts(verdicts));
+  world.manager->arriveToCheckPoint(Launch());
+  world.manager->updateCheckPointStatus(CheckPointType::LOGIN, "r", CheckPointStatus::DENIED, "t");
+  world.manager->logout();
+  world.time->advance(1h);
+  EXPECT_THAT(verdicts, IsEmpty());
+}
+
+TEST(CheckpointTest, OutcomeCarriesTheHostsRequestAndATransactionOnlyForTransactions) {
+  ManagerWorld world;
+  world.configure(ManagerWorld::kTraceManager);
+  world.context->tracing->clear();
+  world.manager->updateCheckPointStatus(CheckPointType::LOGIN, "R-1", CheckPointStatus::DENIED,
+                                        "T-1");
+  world.manager->updateCheckPointStatus(CheckPointType::TRANSACTION, "R-2",
+                                        CheckPointStatus::APPROVED, "T-2");
+  world.manager->updateCheckPointStatus(CheckPointType::TRANSACTION, "R-3",
+                                        CheckPointStatus::CANCELLED, std::nullopt);
+  world.time->run();
+  const auto sent = world.http->sentTo(ManagerWorld::kResultPath);
+  ASSERT_EQ(sent.size(), 3U);
+  EXPECT_EQ(textOf(sent[0].body["transactionUpdate"]), R"({"requestID":"R-1","status":"DENIED"})");
+  EXPECT_EQ(textOf(sent[1].body["transactionUpdate"]),
+            R"({"requestID":"R-2","transactionID":"T-2","status":"APPROVED"})");
+  EXPECT_EQ(textOf(sent[2].body["transactionUpdate"]),
+            R"({"requestID":"R-3","status":"CANCELLED"})");
+  EXPECT_EQ(textOf(sent[1].body["keys"]["requestID"]), R"("R-2")");
+  EXPECT_EQ(findMember(sent[1].body["keys"], "checkpoint"), nullptr);
+  // The dropped identifier still stands among the traced arguments.
+  EXPECT_EQ(textOf(world.context->tracing->entries()[0]["paramList"]),
+            R"(["LOGIN","R-1","DENIED","T-1"])");
+}
+
+TEST(CheckpointTest, PendingUserDataGoesWithTheNextPayloadOnly) {
+  ManagerWorld world;
+  world.setup();
+  Json userData = Json::object();
+  userData["contacts"] = 3;
+  world.context->collector->setPendingUserData(userData);
+  world.manager->arriveToCheckPoint(CheckPoint(CheckPointType::UPDATE_DETAILS));
+  world.manager->arriveToCheckPoint(Launch());
+  world.manager->arriveToCheckPoint(Launch());
+  world.time->run();
+  const auto sent = world.http->sentTo(ManagerWorld::kEventPath);
+  ASSERT_EQ(sent.size(), 3U);
+  EXPECT_EQ(findMember(sent[0].body, "user_data"), nullptr);
+  EXPECT_EQ(textOf(sent[1].body["user_data"]), R"({"contacts":3})");
+  EXPECT_EQ(findMember(sent[2].body, "user_data"), nullptr);
+}
+
+TEST(CheckpointTest, BadlyEncodedUserCostsNoVerdict) {
+  ManagerWorld world;
+  world.http->answer(ManagerWorld::kRiskPath, okReply(R"({"risk":1})"));
+  world.setup("u\xFF");
+  std::vector<HandedVerdict> verdicts;
+  world.manager->getRiskForCheckPoint(Login(userNamed("u\xFF")), keepVerdicts(verdicts));
+  world.time->run();
+  ASSERT_EQ(verdicts.size(), 1U);
+  EXPECT_EQ(verdicts[0].level, "MEDIUM");
+  const Json body = world.http->sentTo(ManagerWorld::kRiskPath)[0].body;
+  EXPECT_EQ(textOf(body["keys"]["user_id"]), R"("u%EF%BF%BD")");
+}
+
+TEST(CheckpointTest, DebugLinesTellTheAnswers) {
+  ManagerWorld world;
+  const DebugLines debug;
+  world.setup();
+  world.manager->arriveToCheckPoint(Launch());
+  world.manager->updateCheckPointStatus(CheckPointType::LOGIN, "r", CheckPointStatus::DENIED, {});
+  world.http->answer(ManagerWorld::kResultPath, statusReply(500));
+  world.time->run();
+  EXPECT_TRUE(debug.contain("QuorvanceManager response: {}"));
+  EXPECT_TRUE(debug.contain("updateTransactionStatus: false"));
+}
+
+}  // namespace
+}  // namespace quorvance

@@ -1,0 +1,64 @@
+#include <chrono>
+#include <utility>
+
+#include "core/manager_core.h"
+#include "diagnostics/activity_map.h"
+#include "diagnostics/crash_report.h"
+
+namespace quorvance {
+namespace {
+
+constexpr std::chrono::milliseconds kEmulatorProbeDelay{500};
+
+}  // namespace
+
+std::shared_ptr<QuorvanceScreenListener> ManagerCore::startNewScreenListener(
+    ScreenListenerType type, std::int64_t actionId, std::shared_ptr<View> view) {
+  OperationTrace trace = openTrace("startNewScreenListener");
+  const std::int64_t now = context_->state->now();
+  const auto config = context_->state->sdkConfig();
+  if (config->watches(type, actionId)) {
+    networkManager_->send(prepare(Service::thirdPartyCacheEnrichment), makeObject(3),
+                          std::make_shared<CallCompletion>(&printResponse, nullptr));
+  }
+  if (config->activityMap.value_or(false) && flags_.isStartApp.exchange(false)) {
+    storeStartApp(now);
+  }
+  trace.close();
+  return context_->screens->makeListener(type, actionId, std::move(view));
+}
+
+// How long the application took to reach its first watched screen.
+void ManagerCore::storeStartApp(std::int64_t now) {
+  InnerQuorvanceData& state = *context_->state;
+  const HostApplication& host = context_->platform.hostApplication;
+  ActivityMap record;
+  if (!host.identifier.empty()) record.appID = host.identifier;
+  record.appVer = host.shortVersion;
+  record.deviceId = state.readText(StoredKey::deviceId);
+  record.userId = state.readText(StoredKey::userId);
+  record.sessionId = state.readText(StoredKey::sessionId);
+  record.timestampStart = startAppTime_;
+  record.timestampEnd = now;
+  context_->reports->storeReport(record.startAppJson(), ReportCategory::activity);
+}
+
+void ManagerCore::checkSensorForEmulator() {
+  OperationTrace trace = openTrace("checkSensorForEmulator");
+  schedule(kEmulatorProbeDelay, [](ManagerCore& self) { self.context_->screens->probeSensors(); });
+  trace.close();
+}
+
+void ManagerCore::onRequestAccess(MobilePermission type) { context_->collector->recordAsked(type); }
+
+bool ManagerCore::ifAuthorized(MobilePermission type) {
+  context_->facts->refreshPermissions();
+  return context_->facts->snapshot()->permissions.isAuthorized(type);
+}
+
+void ManagerCore::crashEyeDidCatchCrash(const CrashModel& crash) {
+  context_->reports->storeReport(crashReport(crash, context_->state->now()).getJson(),
+                                 ReportCategory::crash);
+}
+
+}  // namespace quorvance

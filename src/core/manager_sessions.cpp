@@ -1,0 +1,63 @@
+#include <chrono>
+#include <utility>
+
+#include "base/fatal.h"
+#include "core/manager_core.h"
+
+namespace quorvance {
+namespace {
+
+constexpr std::chrono::seconds kSessionRetryDelay{10};
+
+bool isAccepted(const ResponceObject& response) {
+  if (!response.succeeded() || !response.output) return false;
+  const std::string* answer = findText(*response.output, "response");
+  return answer != nullptr && answer->find("OK") != std::string::npos;
+}
+
+}  // namespace
+
+// No trace entry, by contract. Identity and session are those of now; the snapshots are built in
+// the background, once they have been read.
+void ManagerCore::sendDataWithNewSession() {
+  flags_.isDataSendAfterSession = false;
+  context_->facts->whenRefreshed(
+      [self = shared_from_this(), call = prepare(Service::sendSessionData)] {
+        self->networkManager_->send(
+            call, self->context_->deviceData->getJson(CheckPointType::GENERAL, true),
+            std::make_shared<CallCompletion>(
+                [self](const ResponceObject& response) { self->receiveSessionAnswer(response); },
+                nullptr));
+      });
+}
+
+void ManagerCore::receiveSessionAnswer(const ResponceObject& response) {
+  printResponse(response);
+  if (isAccepted(response)) {
+    flags_.isDataSendAfterSession = true;
+  } else {
+    sendDataWithNewSessionThread();
+  }
+}
+
+void ManagerCore::sendDataWithNewSessionThread() {
+  schedule(kSessionRetryDelay, [](ManagerCore& self) {
+    if (!self.flags_.isDataSendAfterSession) self.sendDataWithNewSession();
+  });
+}
+
+void ManagerCore::logout() {
+  OperationTrace trace = openTrace("logout()");
+  uploadStoredReports(ReportCategory::activity);
+  InnerQuorvanceData& state = *context_->state;
+  state.write(StoredKey::userId, state.defaultValue(StoredKey::userId));
+  setUserId(std::nullopt);
+  if (!state.readText(StoredKey::userId)) fatalError("the stored user cannot be read");
+  state.startNewSession();
+  sendDataWithNewSession();
+  flags_.logoutEventNow = true;
+  if (const auto& face = context_->platform.faceDetection) face->reset();
+  trace.close();
+}
+
+}  // namespace quorvance

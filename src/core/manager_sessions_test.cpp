@@ -1,0 +1,142 @@
+#include <gmock/gmock.h>
+
+#include "core/recording_parts_test_support.h"
+#include "quorvance/account_check_points.h"
+
+namespace quorvance {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+
+std::vector<std::string> keysOf(const Json& object) {
+  std::vector<std::string> keys;
+  for (const auto& item : object.items()) keys.push_back(item.key());
+  return keys;
+}
+
+TEST(SessionTest, BeginsWithTheFirstReadAndStaysUntilLogout) {
+  ManagerWorld world;
+  const auto first = world.manager->getSessionId();
+  ASSERT_TRUE(first);
+  EXPECT_EQ(*first, "0F1E2D3C-4B5A-4978-8796-A5B4C3D2E1F0-1700000000000");
+  world.time->advance(1h);
+  EXPECT_EQ(world.manager->getSessionId(), first);
+  world.restart();
+  EXPECT_NE(world.manager->getSessionId(), first);
+}
+
+TEST(SessionTest, PayloadCarriesAllSnapshotsAndNoCheckpoint) {
+  ManagerWorld world;
+  world.setup();
+  world.manager->sendDataWithNewSession();
+  world.time->run();
+  const auto sent = world.http->sentTo(ManagerWorld::kSessionPath);
+  ASSERT_EQ(sent.size(), 1U);
+  EXPECT_THAT(keysOf(sent[0].body),
+              ElementsAre("session", "checkpoint_additional_data", "device_data", "sim_data",
+                          "user_data", "settings_data", "keys", "version"));
+  EXPECT_EQ(findMember(sent[0].body["keys"], "checkpoint"), nullptr);
+}
+
+TEST(SessionTest, IsAcceptedByAnyTextThatContainsOk) {
+  const std::vector<std::pair<HttpReply, bool>> replies = {
+      {okReply(R"({"response":"OK"})"), true},
+      {okReply(R"({"response":"session OK, thanks"})"), true},
+      {okReply(R"({"response":"ok"})"), false},
+      {okReply(R"({"response":true})"), false},
+      {okReply(R"({"OK":"OK"})"), false},
+      {okReply("[\"OK\"]"), false},
+      {okReply("OK"), false},
+      {statusReply(201, R"({"response":"OK"})"), false},
+      {refusedReply(), false},
+  };
+  for (const auto& [reply, isAccepted] : replies) {
+    ManagerWorld world;
+    world.http->answerOnce(ManagerWorld::kSessionPath, reply);
+    world.http->answer(ManagerWorld::kSessionPath, okReply(R"({"response":"OK"})"));
+    world.setup();
+    world.manager->sendDataWithNewSession();
+    world.time->advance(10s - 1ms);
+    EXPECT_EQ(world.http->countTo(ManagerWorld::kSessionPath), 1U);
+    world.time->advance(10min);
+    EXPECT_EQ(world.http->countTo(ManagerWorld::kSessionPath), isAccepted ? 1U : 2U)
+        << reply.body.value_or("none");
+  }
+}
+
+TEST(SessionTest, EachRefusalIsFollowedByARetryTenSecondsLater) {
+  ManagerWorld world;
+  const std::int64_t start = world.time->nowMilliseconds();
+  world.http->answer(ManagerWorld::kSessionPath, okReply(R"({"response":"later"})"));
+  world.setup();
+  world.manager->sendDataWithNewSession();
+  world.time->advance(4s);
+  world.manager->sendDataWithNewSession();
+  world.time->advance(17s);
+  std::vector<std::int64_t> seconds;
+  for (const SentRequest& sent : world.http->sentTo(ManagerWorld::kSessionPath)) {
+    seconds.push_back((sent.sentAt - start) / 1000);
+  }
+  EXPECT_THAT(seconds, ElementsAre(0, 4, 10, 14, 20));
+}
+
+TEST(SessionTest, SendLeavesNoTraceEntry) {
+  ManagerWorld world;
+  world.configure(ManagerWorld::kTraceManager);
+  world.context->tracing->clear();
+  world.manager->sendDataWithNewSession();
+  world.time->run();
+  EXPECT_TRUE(world.context->tracing->isEmpty());
+}
+
+TEST(SessionTest, LogoutSendsTheLeavingUsersActivityThenBeginsANewSession) {
+  ManagerWorld world;
+  world.configure(ManagerWorld::kTraceManager);
+  const auto left = world.manager->getSessionId();
+  world.time->advance(5ms);
+  world.context->tracing->clear();
+  world.manager->logout();
+  world.time->run();
+  EXPECT_THAT(world.asked->lines, ElementsAre("upload activity under u1"));
+  EXPECT_EQ(world.asked->uploads[0].session.idSession, left);
+  EXPECT_EQ(world.store->read("user_id").text, "UNKNOWN");
+  EXPECT_EQ(world.manager->userId(), std::nullopt);
+  EXPECT_TRUE(world.manager->logoutEventNow());
+  EXPECT_EQ(world.face->resets, 1);
+  EXPECT_THAT(world.traces(), ElementsAre("logout() Start", "logout() End"));
+  const auto sent = world.http->sentTo(ManagerWorld::kSessionPath);
+  ASSERT_EQ(sent.size(), 1U);
+  EXPECT_EQ(textOf(sent[0].body["keys"]["user_id"]), R"("UNKNOWN")");
+  EXPECT_EQ(textOf(sent[0].body["session"]), R"({"idSession":")" + *world.manager->getSessionId() +
+                                                 R"(","timeSession":1700000000005})");
+  EXPECT_NE(world.manager->getSessionId(), left);
+}
+
+TEST(SessionTest, TwoLogoutsInOneMillisecondMakeTwoSessions) {
+  ManagerWorld world;
+  world.setup();
+  world.manager->logout();
+  const auto first = world.manager->getSessionId();
+  world.manager->logout();
+  EXPECT_NE(world.manager->getSessionId(), first);
+  EXPECT_EQ(world.context->state->currentSession().timeSession, 1'700'000'000'000);
+  world.manager->setLogoutEventNow(false);
+  EXPECT_FALSE(world.manager->logoutEventNow());
+}
+
+TEST(SessionTest, RetryAfterLogoutCarriesTheSessionOfItsTime) {
+  ManagerWorld world;
+  world.http->answerOnce(ManagerWorld::kSessionPath, refusedReply());
+  world.http->answer(ManagerWorld::kSessionPath, okReply(R"({"response":"OK"})"));
+  world.setup();
+  world.manager->sendDataWithNewSession();
+  world.time->run();
+  world.manager->logout();
+  world.time->advance(1min);
+  // The logout's send was accepted, so the retry that waited has nothing to do.
+  EXPECT_EQ(world.http->countTo(ManagerWorld::kSessionPath), 2U);
+}
+
+}  // namespace
+}  // namespace quorvance

@@ -1,0 +1,192 @@
+#include <chrono>
+#include <utility>
+
+#include "base/debug.h"
+#include "base/text.h"
+#include "core/manager_core.h"
+
+namespace quorvance {
+namespace {
+
+constexpr std::chrono::seconds kStartupRetryDelay{10};
+constexpr std::chrono::seconds kTraceUploadDelay{30};
+
+// "deviceID" is looked for in the object under "response" first, then at the top of the reply.
+const std::string* deviceIdIn(const Json& reply) {
+  if (const Json* response = findObject(reply, "response")) {
+    if (const std::string* deviceId = findText(*response, "deviceID")) return deviceId;
+  }
+  return findText(reply, "deviceID");
+}
+
+bool hasAnyLevel(const std::optional<TracingDataQvData>& levels) {
+  return levels &&
+         (levels->levelException.value_or(false) || levels->levelQvManager.value_or(false) ||
+          levels->levelSendingData.value_or(false) ||
+          levels->levelFaceVerificationData.value_or(false));
+}
+
+}  // namespace
+
+bool ManagerCore::setup(const std::string& serverUrl, const std::optional<std::string>& userId,
+                        PlatformError* error) {
+  OperationTrace trace = openTrace("setup", [&] {
+    return std::vector{serverUrl, textOrNil(userId)};
+  });
+  if (serverUrl.empty()) {
+    // The entry stays open: a setup that failed never ended.
+    if (error != nullptr) *error = QuorvanceError::platformError();
+    return false;
+  }
+  configureServerUrl(serverUrl);
+  configureUserId(userId);
+  const auto& version = context_->platform.hostApplication.shortVersion;
+  if (version) debugPrint(*version);
+  // Nothing is measured between the two readings; the line is kept as it stands.
+  const std::int64_t before = context_->state->now();
+  const std::int64_t after = context_->state->now();
+  if (isInDebugMode()) {
+    debugPrint("QuorvanceManager: time to init device data manager: " +
+               textOf(static_cast<double>(after - before)));
+  }
+  getSdkConfiguration();
+  trace.close();
+  return true;
+}
+
+void ManagerCore::configureServerUrl(const std::optional<std::string>& serverUrl) {
+  OperationTrace trace =
+      openTrace("configure(serverUrl:)", [&] { return std::vector{textOrNil(serverUrl)}; });
+  setServerUrl(serverUrl);
+  if (serverUrl) context_->state->write(StoredKey::serverUrl, *serverUrl);
+  trace.close();
+}
+
+void ManagerCore::configureUserId(const std::optional<std::string>& userId) {
+  OperationTrace trace =
+      openTrace("configure(userId:)", [&] { return std::vector{textOrNil(userId)}; });
+  if (userId) {
+    context_->state->write(StoredKey::userId, *userId);
+    setUserId(userId);
+  }
+  trace.close();
+}
+
+void ManagerCore::configureDeviceId(const std::string& deviceId) {
+  OperationTrace trace = openTrace("configure(deviceId:)", [&] { return std::vector{deviceId}; });
+  {
+    const std::lock_guard lock(mutex_);
+    deviceId_ = deviceId;
+  }
+  context_->state->write(StoredKey::deviceId, deviceId);
+  trace.close();
+}
+
+// The body names the system, which is read off this thread; identity and session are those of now.
+void ManagerCore::getSdkConfiguration() {
+  OperationTrace trace = openTrace("getSdkConfiguration");
+  context_->facts->whenSystemKnown(
+      [self = shared_from_this(), trace, call = prepare(Service::getSdkConfiguration)] {
+        self->networkManager_->send(call, self->context_->collector->configurationBody(),
+                                    std::make_shared<CallCompletion>(
+                                        [self, trace](const ResponceObject& response) {
+                                          self->receiveSdkConfiguration(response, trace);
+                                        },
+                                        nullptr));
+      });
+  trace.close();
+}
+
+void ManagerCore::receiveSdkConfiguration(const ResponceObject& response, OperationTrace trace) {
+  if (!response.succeeded() || !response.output) {
+    getSdkConfigurationThread();
+    return;
+  }
+  flags_.repeatSdkConfig = false;
+  if (trace.isEnabled()) trace.append("response: " + responseText(response));
+  saveSdkConfiguration(*response.output);
+}
+
+void ManagerCore::getSdkConfigurationThread() {
+  schedule(kStartupRetryDelay, [](ManagerCore& self) {
+    if (self.flags_.repeatSdkConfig) self.getSdkConfiguration();
+  });
+}
+
+void ManagerCore::saveSdkConfiguration(const Json& dictionary) {
+  OperationTrace trace =
+      openTrace("saveSdkConfiguration", [&] { return std::vector{textOf(dictionary)}; });
+  const SdkConfig config = SdkConfig::fromJson(dictionary);
+  context_->state->replaceSdkConfig(config);
+  flags_.repeatSdkConfig = false;
+  if (config.enableCrashEye.value_or(false)) context_->crashCatcher->install(weak_from_this());
+  if (hasAnyLevel(config.tracingDataQvData)) sendingTracingData();
+  trace.close();
+}
+
+void ManagerCore::getDeviceIdThread() {
+  schedule(kStartupRetryDelay, [](ManagerCore& self) {
+    InnerQuorvanceData& state = *self.context_->state;
+    if (state.read(StoredKey::deviceId) == state.defaultValue(StoredKey::deviceId)) {
+      self.initializeDeviceId();
+    }
+  });
+}
+
+void ManagerCore::initializeDeviceId() {
+  OperationTrace trace = openTrace("initializeDeviceId");
+  networkManager_->send(prepare(Service::getDeviceId), context_->collector->deviceIdBody(),
+                        std::make_shared<CallCompletion>(
+                            [self = shared_from_this(), trace](const ResponceObject& response) {
+                              self->receiveDeviceId(response, trace);
+                            },
+                            nullptr));
+  trace.close();
+}
+
+void ManagerCore::receiveDeviceId(const ResponceObject& response, OperationTrace trace) {
+  if (!response.succeeded() || !response.output) {
+    getDeviceIdThread();
+    return;
+  }
+  if (trace.isEnabled()) trace.append("response: " + responseText(response));
+  const std::string* deviceId = deviceIdIn(*response.output);
+  if (deviceId != nullptr && *deviceId != kNoDeviceId) acceptDeviceId(*deviceId);
+}
+
+// The same identifier again does all of it again.
+void ManagerCore::acceptDeviceId(const std::string& deviceId) {
+  configureDeviceId(deviceId);
+  uploadStoredReports(ReportCategory::communicationError);
+  uploadStoredReports(ReportCategory::crash);
+  sendDataWithNewSession();
+  if (isInDebugMode()) checkSensorForEmulator();
+}
+
+void ManagerCore::sendingTracingData() {
+  schedule(kTraceUploadDelay, [](ManagerCore& self) { self.uploadTraces(); });
+}
+
+// One link of a loop that never stops. The entries become JSON off the main queue; what is added
+// between the copy and the clear is lost with it, and that is accepted.
+void ManagerCore::uploadTraces() {
+  if (context_->tracing->isEmpty()) {
+    sendingTracingData();
+    return;
+  }
+  context_->platform.backgroundQueue->post(
+      WorkLane::completions, [self = shared_from_this(), call = prepare(Service::tracingData)] {
+        Json body = makeObject(4);
+        putMember(body, "tracingData", self->context_->tracing->entries());
+        self->networkManager_->send(call, std::move(body),
+                                    std::make_shared<CallCompletion>(
+                                        [self](const ResponceObject& response) {
+                                          if (response.succeeded())
+                                            self->context_->tracing->clear();
+                                          self->sendingTracingData();
+                                        },
+                                        [self] { self->sendingTracingData(); }));
+      });
+}
+
+}  // namespace quorvance

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "quorvance/platform/authorization.h"
+#include "quorvance/platform/device_facts.h"
+#include "quorvance/platform/environment.h"
+#include "quorvance/platform/face_detection.h"
+#include "quorvance/platform/identity.h"
+
+namespace quorvance {
+
+// Device facts that a test sets before they are read.
+
+class FakeIdentity : public IdentitySource {
+ public:
+  std::optional<std::string> vendor = "0F1E2D3C-4B5A-4978-8796-A5B4C3D2E1F0";
+  std::optional<std::string> advertising;
+
+  std::optional<std::string> vendorIdentifier() override { return vendor; }
+  std::optional<std::string> advertisingIdentifier() override { return advertising; }
+};
+
+class FakeEnvironment : public EnvironmentSource {
+ public:
+  std::map<std::string, std::string, std::less<>> variables;
+  std::string machineName = "x86_64";
+
+  std::optional<std::string> variable(std::string_view name) override {
+    const auto found = variables.find(name);
+    return found == variables.end() ? std::nullopt : std::optional(found->second);
+  }
+  std::string machine() override { return machineName; }
+};
+
+template <class Facts>
+class FakeFacts : public FactSource<Facts> {
+ public:
+  Facts facts;
+  Facts read() override { return facts; }
+};
+
+class FakeAuthorization : public AuthorizationSource {
+ public:
+  bool isLocationOn = true;
+  std::map<AuthorizationSubject, AuthorizationStatus> answers;
+
+  bool locationServicesEnabled() override { return isLocationOn; }
+  AuthorizationStatus status(AuthorizationSubject subject) override {
+    const auto found = answers.find(subject);
+    return found == answers.end() ? AuthorizationStatus::notDetermined : found->second;
+  }
+};
+
+class FakeLocation : public LocationSource {
+ public:
+  std::optional<LocationFix> fix;
+  std::optional<LocationFix> lastFix() override { return fix; }
+};
+
+class FakeFaceDetection : public FaceDetection {
+ public:
+  int resets = 0;
+  void reset() override { ++resets; }
+};
+
+}  // namespace quorvance
