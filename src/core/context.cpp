@@ -6,23 +6,12 @@
 
 #include "base/fatal.h"
 #include "base/forked_child.h"
+#include "core/stored_report_uploader.h"
+#include "diagnostics/queued_report_keeper.h"
 #include "quorvance/platform/linux_platform.h"
 
 namespace quorvance {
 namespace {
-
-// Without a store a report is dropped, as with a folder that cannot be had.
-class DroppingReportKeeper : public ReportKeeper {
- public:
-  void storeReport(Json /*report*/, ReportCategory /*category*/) override {}
-};
-
-class IdleReportUploader : public ReportUploader {
- public:
-  void uploadStoredReports(ReportCategory /*category*/,
-                           std::shared_ptr<QuorvanceNetworkManager> /*client*/,
-                           PreparedCall /*identity*/) override {}
-};
 
 class IdleCrashCatcher : public CrashCatcher {
  public:
@@ -64,8 +53,12 @@ Context::Context(Platform usedPlatform, ContextParts parts)
       texts(std::make_shared<SystemTexts>(platform.environment)),
       tracing(std::make_shared<TracingManager>(state, texts)),
       exceptions(std::make_shared<ExceptionLogger>(tracing)),
+      reportStore(std::make_shared<ReportStore>(platform.documents, exceptions)),
       reports(partOr(std::move(parts.reports),
-                     [] { return std::make_shared<DroppingReportKeeper>(); })),
+                     [this] {
+                       return std::make_shared<QueuedReportKeeper>(reportStore,
+                                                                   platform.backgroundQueue);
+                     })),
       crashCatcher(partOr(std::move(parts.crashCatcher),
                           [] { return std::make_shared<IdleCrashCatcher>(); })),
       facts(std::make_shared<DeviceFactsCache>(platform, texts)),
@@ -73,8 +66,9 @@ Context::Context(Platform usedPlatform, ContextParts parts)
       deviceData(std::make_shared<DeviceDataManager>(state, collector)),
       screens(partOr(std::move(parts.screens),
                      [] { return std::make_shared<InertScreenListenerMaker>(); })),
-      uploader(partOr(std::move(parts.uploader),
-                      [] { return std::make_shared<IdleReportUploader>(); })) {}
+      uploader(partOr(std::move(parts.uploader), [this] {
+        return std::make_shared<StoredReportUploader>(reportStore, platform.backgroundQueue);
+      })) {}
 
 CallServices Context::callServices() const {
   return {platform.http, platform.backgroundQueue, state, texts, tracing, exceptions, reports};

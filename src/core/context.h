@@ -13,6 +13,7 @@
 #include "diagnostics/crash_catcher.h"
 #include "diagnostics/exception_logger.h"
 #include "diagnostics/report_keeper.h"
+#include "diagnostics/report_store.h"
 #include "diagnostics/tracing_manager.h"
 #include "network/network_call_maker.h"
 #include "quorvance/platform/platform.h"
@@ -42,6 +43,7 @@ struct Context {
   const std::shared_ptr<SystemTexts> texts;
   const std::shared_ptr<TracingManager> tracing;
   const std::shared_ptr<ExceptionLogger> exceptions;
+  const std::shared_ptr<ReportStore> reportStore;
   const std::shared_ptr<ReportKeeper> reports;
   const std::shared_ptr<CrashCatcher> crashCatcher;
   const std::shared_ptr<DeviceFactsCache> facts;

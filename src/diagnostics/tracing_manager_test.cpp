@@ -67,15 +67,12 @@ TEST(TracingTest, RecordsAreRestampedAndAppendedTextStaysWithItsCopy) {
     entry.erase("threadName");
     return textOf(entry);
   };
-  EXPECT_EQ(withoutThread(0),
-            R"({"date":"2023-11-14T22:13:20.000Z","methodName":"logout",)"
-            R"("statusLoggingType":"Start","paramList":["a"]})");
-  EXPECT_EQ(withoutThread(1),
-            R"({"date":"2023-11-14T22:13:20.123Z","methodName":"logout",)"
-            R"("statusLoggingType":"Middle","paramList":["a","response: {}"]})");
-  EXPECT_EQ(withoutThread(3),
-            R"({"date":"2023-11-14T22:13:21.123Z","methodName":"logout",)"
-            R"("statusLoggingType":"End","paramList":["a"]})");
+  EXPECT_EQ(withoutThread(0), R"({"date":"2023-11-14T22:13:20.000Z","methodName":"logout",)"
+                              R"("statusLoggingType":"Start","paramList":["a"]})");
+  EXPECT_EQ(withoutThread(1), R"({"date":"2023-11-14T22:13:20.123Z","methodName":"logout",)"
+                              R"("statusLoggingType":"Middle","paramList":["a","response: {}"]})");
+  EXPECT_EQ(withoutThread(3), R"({"date":"2023-11-14T22:13:21.123Z","methodName":"logout",)"
+                              R"("statusLoggingType":"End","paramList":["a"]})");
 }
 
 TEST(TracingTest, ExceptionsAreRecordedWithAllLevelsOff) {

@@ -9,6 +9,7 @@
 #include "quorvance/platform/authorization.h"
 #include "quorvance/platform/clock.h"
 #include "quorvance/platform/device_facts.h"
+#include "quorvance/platform/documents.h"
 #include "quorvance/platform/environment.h"
 #include "quorvance/platform/face_detection.h"
 #include "quorvance/platform/host_application.h"
@@ -39,7 +40,9 @@ struct Platform {
   std::shared_ptr<HttpSession> http;
   std::shared_ptr<KeyValueStore> defaults;
 
-  // Optional: without one, what it would have told stays unknown.
+  // Optional: without one, what it would have told stays unknown, and what it would have kept is
+  // dropped.
+  std::shared_ptr<DocumentsFolder> documents;
   HostApplication hostApplication;
   std::shared_ptr<IdentitySource> identity;
   std::shared_ptr<EnvironmentSource> environment;

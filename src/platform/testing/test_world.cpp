@@ -38,6 +38,7 @@ Platform TestWorld::platform() const {
   platform.backgroundQueue = time;
   platform.http = http;
   platform.defaults = store;
+  platform.documents = documents;
   platform.hostApplication = {"com.bank.app", "4.2"};
   platform.identity = identity;
   platform.environment = environment;

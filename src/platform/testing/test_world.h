@@ -4,6 +4,7 @@
 
 #include "platform/testing/fake_device.h"
 #include "platform/testing/manual_executor.h"
+#include "platform/testing/memory_documents.h"
 #include "platform/testing/memory_store.h"
 #include "platform/testing/scripted_http.h"
 #include "quorvance/platform/platform.h"
@@ -23,6 +24,7 @@ struct TestWorld {
   std::shared_ptr<ManualExecutor> time = std::make_shared<ManualExecutor>();
   std::shared_ptr<ScriptedHttp> http = std::make_shared<ScriptedHttp>(time);
   std::shared_ptr<MemoryStore> store = std::make_shared<MemoryStore>();
+  std::shared_ptr<MemoryDocuments> documents = std::make_shared<MemoryDocuments>();
   std::shared_ptr<FakeIdentity> identity = std::make_shared<FakeIdentity>();
   std::shared_ptr<FakeEnvironment> environment = std::make_shared<FakeEnvironment>();
   std::shared_ptr<FakeFacts<SystemFacts>> system = std::make_shared<FakeFacts<SystemFacts>>();

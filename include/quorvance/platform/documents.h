@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "quorvance/platform_error.h"
+
+#pragma GCC visibility push(default)
+
+namespace quorvance {
+
+struct DocumentEntry {
+  std::string name;
+  /// When it was last changed or renamed, since 1970; only compared.
+  std::int64_t changedNanoseconds = 0;
+};
+
+/// What came of reading a file.
+struct DocumentRead {
+  enum class Kind {
+    whole,
+    /// It is no plain file, or larger than kMaxDocumentBytes: it will never be readable.
+    unreadable,
+    /// This time only, as far as one can tell.
+    failed,
+  };
+  Kind kind = Kind::whole;
+  std::optional<PlatformError> error;
+};
+
+/// No report comes near this size.
+inline constexpr std::size_t kMaxDocumentBytes = 8UL * 1024 * 1024;
+
+/// One flat folder of small files that belongs to this application. Every call may wait for the
+/// disk, so it is made on the file lane. Errors are values; an absent one is success.
+class DocumentsFolder {
+ public:
+  virtual ~DocumentsFolder() = default;
+  /// Makes the folder when it is missing; false when there is none to be had.
+  virtual bool prepare() = 0;
+  /// Every entry but hidden ones, in the folder's own order.
+  virtual std::optional<PlatformError> list(std::vector<DocumentEntry>& entries) = 0;
+  virtual DocumentRead read(const std::string& name, std::string& bytes) = 0;
+  /// The file appears whole or not at all, and survives the end of the process.
+  virtual std::optional<PlatformError> write(const std::string& name, std::string_view bytes) = 0;
+  virtual std::optional<PlatformError> rename(const std::string& from, const std::string& to) = 0;
+  virtual std::optional<PlatformError> remove(const std::string& name) = 0;
+};
+
+}  // namespace quorvance
+
+#pragma GCC visibility pop

@@ -1,0 +1,86 @@
+#include "core/stored_report_uploader.h"
+
+#include <utility>
+
+#include "base/uuid.h"
+
+namespace quorvance {
+
+StoredReportUploader::StoredReportUploader(std::shared_ptr<ReportStore> store,
+                                           std::shared_ptr<BackgroundQueue> backgroundQueue)
+    : store_(std::move(store)), backgroundQueue_(std::move(backgroundQueue)) {}
+
+StoredReportUploader::Category& StoredReportUploader::categoryOf(const Ask& ask) {
+  return categories_[static_cast<std::size_t>(ask.category)];
+}
+
+void StoredReportUploader::uploadStoredReports(ReportCategory category,
+                                               std::shared_ptr<QuorvanceNetworkManager> client,
+                                               PreparedCall identity) {
+  Ask ask{category, std::move(client), std::move(identity)};
+  {
+    const std::lock_guard lock(mutex_);
+    Category& state = categoryOf(ask);
+    if (state.isRunning) {
+      if (!state.waiting) state.waiting = std::move(ask);
+      return;
+    }
+    state.isRunning = true;
+  }
+  begin(std::move(ask));
+}
+
+void StoredReportUploader::begin(Ask ask) {
+  auto run = std::make_shared<Run>(Run{std::move(ask), {}, 0});
+  backgroundQueue_->post(WorkLane::files, [self = shared_from_this(), run] {
+    run->names = self->store_->reportsOf(run->ask.category);
+    self->tryNext(run);
+  });
+}
+
+// On the file lane.
+void StoredReportUploader::tryNext(const std::shared_ptr<Run>& run) {
+  while (run->next < run->names.size()) {
+    const std::string& name = run->names[run->next++];
+    if (auto report = store_->readReport(name)) {
+      send(run, name, std::move(*report));
+      return;
+    }
+  }
+  end(run->ask);
+}
+
+void StoredReportUploader::send(const std::shared_ptr<Run>& run, const std::string& name,
+                                Json report) {
+  PreparedCall call = run->ask.identity;
+  call.requestId = randomUuid();
+  call.keys.requestId = call.requestId;
+  run->ask.client->send(
+      call, std::move(report),
+      std::make_shared<CallCompletion>(
+          [self = shared_from_this(), run, name](const ResponceObject& response) {
+            self->finish(run, name, response.succeeded());
+          },
+          [self = shared_from_this(), run, name] { self->finish(run, name, false); }));
+}
+
+void StoredReportUploader::finish(const std::shared_ptr<Run>& run, const std::string& name,
+                                  bool wasTaken) {
+  backgroundQueue_->post(WorkLane::files, [self = shared_from_this(), run, name, wasTaken] {
+    if (wasTaken) self->store_->removeReport(name);
+    self->tryNext(run);
+  });
+}
+
+void StoredReportUploader::end(const Ask& ask) {
+  std::optional<Ask> further;
+  {
+    const std::lock_guard lock(mutex_);
+    Category& state = categoryOf(ask);
+    further = std::exchange(state.waiting, std::nullopt);
+    state.isRunning = further.has_value();
+  }
+  if (further) begin(std::move(*further));
+}
+
+}  // namespace quorvance

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <array>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/report_uploader.h"
+#include "diagnostics/report_store.h"
+#include "quorvance/platform/queues.h"
+
+namespace quorvance {
+
+/// Sends stored reports, file after file in the folder's order, and removes each that was taken.
+/// Any thread, guarded by one mutex; the disk is touched on the file lane alone.
+///
+/// A category's life: idle, until an ask begins a run. A run lists the files once and tries each,
+/// whatever became of the one before. Asks made meanwhile become one further run, under the
+/// identity of the earliest of them, so runs of one category never overlap.
+class StoredReportUploader : public ReportUploader,
+                             public std::enable_shared_from_this<StoredReportUploader> {
+ public:
+  StoredReportUploader(std::shared_ptr<ReportStore> store,
+                       std::shared_ptr<BackgroundQueue> backgroundQueue);
+
+  void uploadStoredReports(ReportCategory category, std::shared_ptr<QuorvanceNetworkManager> client,
+                           PreparedCall identity) override;
+
+ private:
+  struct Ask {
+    ReportCategory category;
+    std::shared_ptr<QuorvanceNetworkManager> client;
+    PreparedCall identity;
+  };
+  struct Run {
+    Ask ask;
+    std::vector<std::string> names;
+    std::size_t next = 0;
+  };
+  struct Category {
+    bool isRunning = false;
+    std::optional<Ask> waiting;
+  };
+
+  Category& categoryOf(const Ask& ask);
+  void begin(Ask ask);
+  void tryNext(const std::shared_ptr<Run>& run);
+  void send(const std::shared_ptr<Run>& run, const std::string& name, Json report);
+  void finish(const std::shared_ptr<Run>& run, const std::string& name, bool wasTaken);
+  void end(const Ask& ask);
+
+  const std::shared_ptr<ReportStore> store_;
+  const std::shared_ptr<BackgroundQueue> backgroundQueue_;
+  std::mutex mutex_;
+  std::array<Category, kReportCategoryWords.size()> categories_;
+};
+
+}  // namespace quorvance

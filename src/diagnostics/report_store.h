@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/json.h"
+#include "diagnostics/exception_logger.h"
+#include "diagnostics/report_keeper.h"
+#include "quorvance/platform/documents.h"
+
+namespace quorvance {
+
+/// At most this many reports of a category are kept; the newest are the ones that are dropped.
+inline constexpr std::size_t kMaxReportsPerCategory = 50;
+/// Files that could not be read are kept for whoever wants to know why; the newest of them.
+inline constexpr std::size_t kMaxUnreadableFiles = 10;
+inline constexpr std::string_view kUnreadablePrefix = "unreadable-";
+
+/// The reports on disk: one whole file each, named by category, UUID and ".json" without a
+/// separator. Every call waits for the disk, so it belongs on the file lane. Any thread; storing is
+/// guarded by one mutex so that two reports cannot both be the fiftieth.
+///
+/// Its own failures are silent towards the caller; where the platform gives an error, the exception
+/// logger gets it, except for a write that failed.
+class ReportStore {
+ public:
+  ReportStore(std::shared_ptr<DocumentsFolder> documents,
+              std::shared_ptr<ExceptionLogger> exceptions);
+
+  /// True when the report was kept. Dropped without a folder, in a full category, and when it
+  /// cannot be JSON.
+  bool storeReport(const Json& report, ReportCategory category);
+
+  /// The category's files, in the folder's own order.
+  std::vector<std::string> reportsOf(ReportCategory category) const;
+  /// The report, an object. Absent for what cannot be read now, and for what never can be: that is
+  /// set aside.
+  std::optional<Json> readReport(const std::string& name);
+  void removeReport(const std::string& name);
+
+ private:
+  void setAside(const std::string& name);
+  void removeOldestUnreadable();
+  void log(const std::optional<PlatformError>& error) const;
+
+  const std::shared_ptr<DocumentsFolder> documents_;
+  const std::shared_ptr<ExceptionLogger> exceptions_;
+  std::mutex storing_;
+};
+
+}  // namespace quorvance

@@ -1,0 +1,134 @@
+#include "diagnostics/report_store.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+
+#include "diagnostics/queued_report_keeper.h"
+#include "platform/testing/test_world.h"
+
+namespace quorvance {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct StoreWorld : TestWorld {
+  std::shared_ptr<InnerQuorvanceData> state =
+      std::make_shared<InnerQuorvanceData>(time, store, identity);
+  std::shared_ptr<TracingManager> tracing =
+      std::make_shared<TracingManager>(state, std::make_shared<SystemTexts>(environment));
+  std::shared_ptr<ReportStore> reports =
+      std::make_shared<ReportStore>(documents, std::make_shared<ExceptionLogger>(tracing));
+
+  void fill(std::string_view prefix, int count) {
+    for (int i = 0; i < count; ++i) {
+      documents->files[std::string(prefix) + std::to_string(100 + i) + ".json"] = "{}";
+    }
+  }
+};
+
+Json smallReport() {
+  Json report = makeObject(1);
+  putMember(report, "error_code", 7);
+  return report;
+}
+
+TEST(ReportStoreTest, KeepsFiftyOfACategoryAndDropsTheNewest) {
+  for (const auto& [there, isKept] : {std::pair(49, true), {50, false}, {51, false}}) {
+    StoreWorld world;
+    world.fill("crash", there);
+    world.fill("communicationError", 50);
+    EXPECT_EQ(world.reports->storeReport(smallReport(), ReportCategory::crash), isKept) << there;
+    EXPECT_EQ(world.documents->count("crash"), static_cast<std::size_t>(there + (isKept ? 1 : 0)));
+    EXPECT_TRUE(world.reports->storeReport(smallReport(), ReportCategory::bio));
+    EXPECT_TRUE(world.tracing->isEmpty());
+  }
+}
+
+TEST(ReportStoreTest, FileIsNamedWithoutASeparatorAndIndented) {
+  StoreWorld world;
+  world.reports->storeReport(smallReport(), ReportCategory::activity);
+  ASSERT_EQ(world.documents->files.size(), 1U);
+  const auto& [name, bytes] = *world.documents->files.begin();
+  EXPECT_THAT(name, testing::MatchesRegex("activity[0-9A-F]{8}-[0-9A-F-]{27}\\.json"));
+  EXPECT_EQ(bytes, "{\n  \"error_code\": 7\n}");
+}
+
+TEST(ReportStoreTest, FailuresAreSilentAndOnlyWriteErrorsAreNotLogged) {
+  const PlatformError full{"disk", 28, "No space left", std::nullopt};
+  StoreWorld world;
+  world.documents->isAvailable = false;
+  EXPECT_FALSE(world.reports->storeReport(smallReport(), ReportCategory::crash));
+  world.documents->isAvailable = true;
+  world.documents->writeError = full;
+  EXPECT_FALSE(world.reports->storeReport(smallReport(), ReportCategory::crash));
+  EXPECT_EQ(world.tracing->size(), 0U);
+  world.documents->listError = full;
+  EXPECT_FALSE(world.reports->storeReport(smallReport(), ReportCategory::crash));
+  EXPECT_EQ(world.tracing->size(), 1U);
+  world.documents->listError.reset();
+  Json unwritable = Json::object();
+  unwritable["x"] = std::nan("");
+  EXPECT_FALSE(world.reports->storeReport(unwritable, ReportCategory::crash));
+  EXPECT_EQ(world.tracing->size(), 2U);
+  world.documents->removeError = full;
+  world.reports->removeReport("crash1.json");
+  EXPECT_EQ(world.tracing->size(), 3U);
+  EXPECT_THAT(world.documents->files, IsEmpty());
+}
+
+TEST(ReportStoreTest, UnreadableFilesAreSetAsideAndNoLongerCount) {
+  StoreWorld world;
+  world.documents->files = {{"crash1.json", "rubbish"},
+                            {"crash2.json", "[]"},
+                            {"crash3.json", "{}"},
+                            {"crash4.json", "{}"},
+                            {"unreadable-state.json", "not a report"}};
+  world.documents->oddNames = {"crash4.json"};
+  for (const char* name : {"crash1.json", "crash2.json", "crash4.json"}) {
+    EXPECT_FALSE(world.reports->readReport(name).has_value()) << name;
+  }
+  EXPECT_TRUE(world.reports->readReport("crash3.json").has_value());
+  EXPECT_THAT(world.reports->reportsOf(ReportCategory::crash), ElementsAre("crash3.json"));
+  EXPECT_EQ(world.documents->count("unreadable-crash"), 3U);
+  EXPECT_EQ(world.tracing->size(), 3U);
+  // Only the newest ten stay, and others' files are left alone.
+  for (int i = 10; i < 20; ++i) {
+    const std::string name = "crash" + std::to_string(i) + ".json";
+    world.documents->files[name] = "rubbish";
+    world.reports->readReport(name);
+  }
+  EXPECT_EQ(world.documents->count("unreadable-crash"), 10U);
+  EXPECT_EQ(world.documents->count("unreadable-crash1.json"), 0U);
+  EXPECT_EQ(world.documents->count("unreadable-state"), 1U);
+}
+
+TEST(ReportStoreTest, FileThatCannotBeReadNowStays) {
+  StoreWorld world;
+  world.fill("crash", 1);
+  world.documents->readError = PlatformError{"disk", 5, "Input/output error", std::nullopt};
+  EXPECT_FALSE(world.reports->readReport("crash100.json").has_value());
+  EXPECT_EQ(world.documents->count("crash"), 1U);
+  EXPECT_EQ(world.tracing->size(), 1U);
+}
+
+TEST(QueuedReportsTest, WaitForTheDiskInOrderAndInBounds) {
+  StoreWorld world;
+  QueuedReportKeeper keeper(world.reports, world.time);
+  world.time->hold(WorkLane::files);
+  for (std::size_t i = 0; i < kMaxWaitingReports + 5; ++i) {
+    keeper.storeReport(smallReport(), ReportCategory::crash);
+  }
+  EXPECT_EQ(world.time->waiting(), kMaxWaitingReports);
+  EXPECT_THAT(world.documents->files, IsEmpty());
+  world.time->release(WorkLane::files);
+  world.time->run();
+  EXPECT_EQ(world.documents->files.size(), kMaxReportsPerCategory);
+  keeper.storeReport(smallReport(), ReportCategory::bio);
+  world.time->run();
+  EXPECT_EQ(world.documents->count("bio"), 1U);
+}
+
+}  // namespace
+}  // namespace quorvance

@@ -1,0 +1,52 @@
+#include "platform/testing/memory_documents.h"
+
+#include <algorithm>
+
+namespace quorvance {
+
+bool MemoryDocuments::prepare() { return isAvailable; }
+
+std::optional<PlatformError> MemoryDocuments::list(std::vector<DocumentEntry>& entries) {
+  if (listError) return listError;
+  for (const auto& file : files) entries.push_back({file.first, changedAt_[file.first]});
+  return std::nullopt;
+}
+
+DocumentRead MemoryDocuments::read(const std::string& name, std::string& bytes) {
+  if (readError) return {DocumentRead::Kind::failed, readError};
+  if (std::find(oddNames.begin(), oddNames.end(), name) != oddNames.end()) {
+    return {DocumentRead::Kind::unreadable, std::nullopt};
+  }
+  bytes = files.at(name);
+  return {};
+}
+
+std::optional<PlatformError> MemoryDocuments::write(const std::string& name,
+                                                    std::string_view bytes) {
+  if (writeError) return writeError;
+  files[name] = bytes;
+  changedAt_[name] = ++changes_;
+  return std::nullopt;
+}
+
+std::optional<PlatformError> MemoryDocuments::rename(const std::string& from,
+                                                     const std::string& to) {
+  files[to] = files.at(from);
+  files.erase(from);
+  changedAt_[to] = ++changes_;
+  return std::nullopt;
+}
+
+std::optional<PlatformError> MemoryDocuments::remove(const std::string& name) {
+  if (removeError) return removeError;
+  files.erase(name);
+  return std::nullopt;
+}
+
+std::size_t MemoryDocuments::count(std::string_view prefix) const {
+  return static_cast<std::size_t>(std::count_if(files.begin(), files.end(), [&](const auto& file) {
+    return file.first.starts_with(prefix);
+  }));
+}
+
+}  // namespace quorvance
