@@ -40,6 +40,7 @@ HEADERS_WITHOUT_SOURCE = {
 # System headers below the platform, each with its reason.
 SYSTEM_HEADER_EXCEPTIONS = {
     ("base", "sys/random.h"): "getrandom, for UUIDs",
+    ("base", "pthread.h"): "pthread_atfork, for the forks of a host",
 }
 
 # Where a header of neither the language nor the JSON package may be included.

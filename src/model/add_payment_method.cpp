@@ -40,8 +40,9 @@ std::unique_ptr<AddPaymentMethod> AddPaymentMethod::fromJson(const Json& json) {
 
 // The one checkpoint that builds on the base result, so its type word follows `type`.
 Json AddPaymentMethod::getJson() const {
+  Json base = CheckPoint::getJson();
   Json object = makeObject(5);
-  for (auto& member : CheckPoint::getJson().get_ref<Json::object_t&>()) {
+  for (auto& member : base.get_ref<Json::object_t&>()) {
     putMember(object, member.first, std::move(member.second));
   }
   putRecordOrEmpty(object, kPaymentKey, payment_);

@@ -17,7 +17,8 @@ struct HttpRequest {
   std::string url;
   std::string contentType;
   std::string body;
-  /// Bounds the whole exchange, from the start of the connection to the last byte of the reply.
+  /// Bounds the whole exchange, from the start of the connection to the last byte of the reply;
+  /// waiting for a turn does not count. 0 and less mean 60 s.
   std::chrono::milliseconds timeout{60'000};
 };
 

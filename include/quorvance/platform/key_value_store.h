@@ -22,7 +22,7 @@ class KeyValueStore {
  public:
   virtual ~KeyValueStore() = default;
   virtual StoredEntry read(std::string_view key) = 0;
-  /// Returns without waiting for the disk.
+  /// Returns without waiting for the disk. Replaces a value of another type.
   virtual void write(std::string_view key, std::string_view text) = 0;
   /// Asks for what was written to reach the disk; returns without waiting for it.
   virtual void synchronize() = 0;

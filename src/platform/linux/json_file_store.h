@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "quorvance/platform/key_value_store.h"
+#include "quorvance/platform/queues.h"
+
+namespace quorvance {
+
+/// The key-value state in one JSON file, "state.json" in the data folder.
+///
+/// The first use reads the file, on the caller's thread; from then on memory answers. A write that
+/// changes a value changes memory at once and asks the file lane to bring it to the disk. There,
+/// under a file lock that other processes take too, the file is read again, the changed keys alone
+/// are replaced, and the whole takes the old one's place in one step; everything else in it stays
+/// as it was found. What cannot be written stays in memory and is tried again with the next write.
+/// A file that is no JSON object or too long counts as empty; the first write sets it aside as
+/// "unreadable-state.json". Any thread; guarded by the state's mutex.
+class JsonFileStore : public KeyValueStore {
+ public:
+  /// Longer files are not read and not written.
+  static constexpr std::size_t kMaxFileBytes = 1024 * 1024;
+  /// Longer texts stay in memory.
+  static constexpr std::size_t kMaxTextBytes = 64 * 1024;
+
+  /// Without a folder everything stays in memory. `queue` must not be null.
+  JsonFileStore(std::optional<std::string> folder, std::shared_ptr<BackgroundQueue> queue);
+
+  StoredEntry read(std::string_view key) override;
+  void write(std::string_view key, std::string_view text) override;
+  void synchronize() override;
+
+ private:
+  class StateFile;
+  struct State;
+  void load();
+  void askForDisk();
+
+  // Shared with the disk work that waits.
+  const std::shared_ptr<State> state_;
+  const std::shared_ptr<BackgroundQueue> queue_;
+};
+
+}  // namespace quorvance

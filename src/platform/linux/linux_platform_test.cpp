@@ -1,0 +1,121 @@
+#include "quorvance/platform/linux_platform.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <future>
+#include <iterator>
+#include <memory>
+#include <string>
+
+#include "platform/linux/data_folder.h"
+#include "platform/linux/linux_environment.h"
+#include "platform/linux/temporary_folder_test_support.h"
+
+namespace quorvance {
+namespace {
+
+std::size_t filesOf(const std::string& path) {
+  const auto files = std::filesystem::recursive_directory_iterator(path);
+  return static_cast<std::size_t>(std::distance(begin(files), end(files)));
+}
+
+std::size_t threadsOfProcess() {
+  const auto tasks = std::filesystem::directory_iterator("/proc/self/task");
+  return static_cast<std::size_t>(std::distance(begin(tasks), end(tasks)));
+}
+
+void waitForFileLane(const Platform& platform) {
+  std::promise<void> done;
+  platform.backgroundQueue->post(WorkLane::files, [&] { done.set_value(); });
+  done.get_future().wait();
+}
+
+TEST(LinuxPlatformTest, HasAllThatIsRequiredAndStartsNothing) {
+  TemporaryFolder home;
+  LinuxPlatformOptions options;
+  options.environment = {{"HOME", home.path()}};
+  const std::size_t threads = threadsOfProcess();
+  const Platform platform = makeLinuxPlatform(options);
+  EXPECT_TRUE(platform.clock && platform.mainQueue && platform.backgroundQueue && platform.http &&
+              platform.defaults);
+  EXPECT_TRUE(platform.identity && platform.environment && platform.facts.system);
+  EXPECT_EQ(threadsOfProcess(), threads);
+  EXPECT_EQ(filesOf(home.path()), 0U);
+}
+
+TEST(LinuxPlatformTest, TakesItsNameFromTheExecutableWithoutAHostIdentifier) {
+  const Platform platform = makeLinuxPlatform();
+  const auto executable = std::filesystem::read_symlink("/proc/self/exe").filename().string();
+  EXPECT_EQ(platform.hostApplication.identifier, executable);
+  EXPECT_EQ(platform.hostApplication.shortVersion, std::nullopt);
+}
+
+TEST(LinuxPlatformTest, KeepsItsStateUnderTheHostIdentifier) {
+  TemporaryFolder home;
+  LinuxPlatformOptions options;
+  options.hostApplication = {"com.bank.app", "2.1"};
+  options.environment = {{"HOME", home.path()}};
+  {
+    const Platform platform = makeLinuxPlatform(options);
+    platform.defaults->write("deviceId", "d1");
+    waitForFileLane(platform);
+  }
+  EXPECT_EQ(home.get(".local/share/com.bank.app/quorvance/state.json"), R"({"deviceId":"d1"})");
+  EXPECT_EQ(makeLinuxPlatform(options).defaults->read("deviceId").text, "d1");
+}
+
+TEST(LinuxPlatformTest, UsesWhatTheHostGives) {
+  TemporaryFolder root;
+  root.put("etc/os-release", "NAME=Fake\n");
+  LinuxPlatformOptions options;
+  options.root = root.path();
+  options.dataFolder = root.at("data");
+  options.mainQueue = std::make_shared<HostLoopQueue>();
+  const Platform platform = makeLinuxPlatform(options);
+  EXPECT_EQ(platform.mainQueue, options.mainQueue);
+  EXPECT_EQ(platform.facts.system->read().systemName, "Fake");
+  platform.defaults->write("a", "1");
+  waitForFileLane(platform);
+  EXPECT_EQ(root.get("data/state.json"), R"({"a":"1"})");
+}
+
+TEST(LinuxPlatformTest, TheDataFolderFollowsTheUsersDirectories) {
+  using Variables = LinuxEnvironment::Variables;
+  struct Case {
+    Variables variables;
+    std::string_view host;
+    std::optional<std::string> folder;
+  };
+  const Case cases[] = {
+      {{{"XDG_DATA_HOME", "/d/"}, {"HOME", "/h"}}, "com.bank.app", "/d/com.bank.app/quorvance"},
+      {{{"XDG_DATA_HOME", "relative"}, {"HOME", "/h"}}, "a", "/h/.local/share/a/quorvance"},
+      {{{"XDG_DATA_HOME", ""}, {"HOME", "/h/"}}, "a", "/h/.local/share/a/quorvance"},
+      {{{"HOME", "/h"}}, "../../etc", "/h/.local/share/.._.._etc/quorvance"},
+      {{{"HOME", "/h"}}, "..", "/h/.local/share/__/quorvance"},
+      {{{"HOME", "/h"}}, ".", "/h/.local/share/_/quorvance"},
+      {{{"HOME", "/h"}}, "", "/h/.local/share/_/quorvance"},
+      {{{"HOME", "/"}}, "a", "/.local/share/a/quorvance"},
+      {{{"HOME", "h"}}, "a", {}},
+      {{}, "a", {}},
+  };
+  for (const Case& c : cases) {
+    LinuxEnvironment environment(c.variables);
+    EXPECT_EQ(dataFolderFor(environment, c.host), c.folder);
+  }
+  EXPECT_EQ(asPathComponent(std::string(1000, 'x')).size(), 200U);
+  EXPECT_EQ(asPathComponent(std::string_view("a\0b", 3)), "a_b");
+}
+
+TEST(LinuxPlatformTest, TheEnvironmentIsACopy) {
+  setenv("QUORVANCE_TEST_VARIABLE", "a=b", 1);
+  const Platform platform = makeLinuxPlatform();
+  unsetenv("QUORVANCE_TEST_VARIABLE");
+  EXPECT_EQ(platform.environment->variable("QUORVANCE_TEST_VARIABLE"), "a=b");
+  EXPECT_EQ(platform.environment->variable("QUORVANCE_TEST_OTHER"), std::nullopt);
+  EXPECT_FALSE(platform.environment->machine().empty());
+}
+
+}  // namespace
+}  // namespace quorvance

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace quorvance {
+
+/// A file descriptor that closes itself.
+class FileDescriptor {
+ public:
+  explicit FileDescriptor(int number = -1) : number_(number) {}
+  ~FileDescriptor() { reset(); }
+  FileDescriptor(FileDescriptor&& other) noexcept : number_(other.release()) {}
+  FileDescriptor& operator=(FileDescriptor&& other) noexcept;
+
+  bool isOpen() const { return number_ >= 0; }
+  int number() const { return number_; }
+  int release();
+  void reset();
+
+ private:
+  int number_;
+};
+
+/// What reading a whole small file came to.
+struct SmallFile {
+  enum class Outcome {
+    whole,
+    missing,
+    /// Longer than asked for.
+    tooLong,
+    /// A folder, a pipe, a device.
+    notRegular,
+    /// No permission, an error of the disk.
+    failed,
+  };
+  Outcome outcome = Outcome::failed;
+  /// Empty unless the file was read whole.
+  std::string bytes;
+};
+
+/// Never waits for a pipe's other end. Files without a size of their own ("/proc") are read too.
+SmallFile readSmallFile(const std::string& path, std::size_t maxBytes);
+
+/// Makes the folder and its missing parents, each with mode 0700 whatever the umask. True when it
+/// is there at the end.
+bool makePrivateFolder(const std::string& path);
+
+/// Replaces or makes `path` with mode 0600 in one step: a reader sees the old bytes or the new.
+/// `temporaryPath` is in the same folder and is overwritten; the caller keeps others off it.
+/// False leaves `path` as it was.
+bool replaceFile(const std::string& path, const std::string& temporaryPath, std::string_view bytes);
+
+/// Waits for the exclusive lock of a side file, which is made when missing and never removed. The
+/// lock is held while the descriptor is open; a closed one means failure.
+FileDescriptor lockFile(const std::string& path);
+
+}  // namespace quorvance

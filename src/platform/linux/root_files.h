@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quorvance {
+
+/// The text without what kernel files end with (line ends, NULs) and without spaces around it;
+/// absent when nothing is left.
+std::optional<std::string> cleanFact(std::string_view text);
+
+/// The small files in which a system describes itself, under a root folder ("/" save in tests and
+/// sandboxes). Immutable; nothing is kept, every question reads anew.
+class RootFiles {
+ public:
+  /// A longer file counts as missing.
+  static constexpr std::size_t kMaxFactBytes = 64 * 1024;
+
+  explicit RootFiles(std::string root) : root_(std::move(root)) {}
+
+  /// The whole text, absent when the file cannot be read. Paths begin with "/".
+  std::optional<std::string> text(std::string_view path) const;
+  /// As above, for files with one fact: cleaned.
+  std::optional<std::string> fact(std::string_view path) const;
+  /// Where a symbolic link points to, as it is written there.
+  std::optional<std::string> linkTarget(std::string_view path) const;
+
+ private:
+  std::string underRoot(std::string_view path) const;
+
+  const std::string root_;
+};
+
+}  // namespace quorvance
