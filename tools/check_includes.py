@@ -34,6 +34,8 @@ LIBRARY = list(ARROWS)
 HEADERS_WITHOUT_SOURCE = {
     "quorvance/json.h": "base",
     "quorvance/vocabulary.h": "base",
+    "quorvance/crash_model.h": "diagnostics",
+    "quorvance/screen_listener.h": "biometrics",
     "quorvance/quorvance.h": "umbrella",
 }
 
