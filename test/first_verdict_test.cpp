@@ -1,12 +1,13 @@
 #include <gmock/gmock.h>
 
+#include <future>
+
 #include "test/real_world_test_support.h"
 
 namespace quorvance {
 namespace {
 
 using testing::ElementsAre;
-using testing::UnorderedElementsAre;
 
 TEST(FirstVerdictTest, JourneyOfANewInstallationReachesTheServerByteForByte) {
   RealWorld world;
@@ -81,11 +82,15 @@ TEST(FirstVerdictTest, StoredStateSurvivesTheProcess) {
   RealWorld world;
   std::string session;
   {
-    QuorvanceManager manager(world.platform());
+    const Platform before = world.platform();
+    QuorvanceManager manager(before);
     manager.setupWithServerUrl(world.server.url(), "anna");
     manager.initializeDeviceId();
     ASSERT_TRUE(world.sees("qrsk-med/3.0/SendSessionData/"));
     session = manager.getSessionId().value_or("");
+    std::promise<void> written;
+    before.backgroundQueue->post(WorkLane::files, [&] { written.set_value(); });
+    ASSERT_EQ(written.get_future().wait_for(kTestPatience), std::future_status::ready);
   }
   const Platform platform = world.platform();
   const StoredEntry device = platform.defaults->read("deviceId");

@@ -3,9 +3,11 @@
 #include <chrono>
 #include <cmath>
 #include <future>
+#include <set>
 
+#include "platform/testing/memory_documents.h"
 #include "test/real_world_test_support.h"
-#include "test/signalling_documents_test_support.h"
+#include "test/watched_documents_test_support.h"
 
 namespace quorvance {
 namespace {
@@ -18,7 +20,8 @@ constexpr const char* kVerdictPath = "qrsk-med/3.0/GetCheckpointRisk/";
 /// A manager that has its configuration, over a server that can be made to fail. Its calls give up
 /// after one second.
 struct FaultyWorld : RealWorld {
-  std::shared_ptr<SignallingDocuments> documents = std::make_shared<SignallingDocuments>();
+  std::shared_ptr<WatchedDocuments> documents =
+      std::make_shared<WatchedDocuments>(std::make_shared<MemoryDocuments>());
   std::unique_ptr<QuorvanceManager> manager;
 
   FaultyWorld() {

@@ -32,6 +32,18 @@ void ManualExecutor::post(WorkLane lane, Task task) {
 void ManualExecutor::postAfter(std::chrono::milliseconds delay, Task task) {
   const std::lock_guard lock(mutex_);
   delayed_.push_back({now_ + delay.count(), std::move(task)});
+  ++delayedPosts_;
+  delayedPosted_.notify_all();
+}
+
+std::uint64_t ManualExecutor::delayedPosts() const {
+  const std::lock_guard lock(mutex_);
+  return delayedPosts_;
+}
+
+bool ManualExecutor::waitForDelayedPosts(std::uint64_t count, std::chrono::seconds patience) const {
+  std::unique_lock lock(mutex_);
+  return delayedPosted_.wait_for(lock, patience, [&] { return delayedPosts_ >= count; });
 }
 
 bool ManualExecutor::runOne() {

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <chrono>
+#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -42,6 +43,10 @@ class ManualExecutor : public WallClock, public MainQueue, public BackgroundQueu
   void release(WorkLane lane);
   /// Drops all that waits: deferred work holds managers, which hold queues.
   void dropAll();
+  /// How often postAfter was called, by whatever thread.
+  std::uint64_t delayedPosts() const;
+  /// Waits, in real time, until it was called so often; false when patience ends first.
+  bool waitForDelayedPosts(std::uint64_t count, std::chrono::seconds patience) const;
   /// Work that waits, delayed work included.
   std::size_t waiting() const;
 
@@ -59,7 +64,9 @@ class ManualExecutor : public WallClock, public MainQueue, public BackgroundQueu
   void makeDueReady();
 
   mutable std::mutex mutex_;
+  mutable std::condition_variable delayedPosted_;
   std::int64_t now_;
+  std::uint64_t delayedPosts_ = 0;
   std::deque<Work> ready_;
   std::vector<Delayed> delayed_;  // in the order of their posting
   std::array<bool, 3> isHeld_{};

@@ -1,0 +1,89 @@
+#include "apps/demo_host/demo_arguments.h"
+
+#include <unistd.h>
+
+#include <map>
+
+#include "apps/demo_host/demo_errors.h"
+#include "apps/demo_host/server_url.h"
+
+namespace demo_host {
+namespace {
+
+using OptionSetter = void (*)(DemoOptions& options, const std::string& value);
+
+const std::map<std::string, OptionSetter>& valueSetters() {
+  static const std::map<std::string, OptionSetter> kSetters = {
+      {"--server", [](DemoOptions& o, const std::string& value) { o.serverUrl = value; }},
+      {"--risk-server", [](DemoOptions& o, const std::string& value) { o.riskServer = value; }},
+      {"--log", [](DemoOptions& o, const std::string& value) { o.logFile = value; }},
+      {"--data-folder", [](DemoOptions& o, const std::string& value) { o.dataFolder = value; }},
+  };
+  return kSetters;
+}
+
+void takeJourney(DemoOptions& options, const std::string& argument) {
+  if (argument.starts_with("-")) throw InputError(argument + ": no such option, see --help");
+  if (argument.empty()) throw InputError("the journey's name is empty");
+  if (!options.journey.empty()) throw InputError(argument + ": one journey at a time");
+  options.journey = argument;
+}
+
+void checkRiskServer(const std::filesystem::path& program) {
+  if (program.empty()) throw InputError("give --server URL, or --risk-server PROGRAM to start one");
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(program, error) || access(program.c_str(), X_OK) != 0) {
+    throw InputError("--risk-server: " + program.string() + " is no program");
+  }
+}
+
+void checkTogether(const DemoOptions& options) {
+  if (options.journey.empty()) throw InputError("which journey? See --help");
+  if (!options.serverUrl) return checkRiskServer(options.riskServer);
+  if (options.logFile) throw InputError("--log: a server that runs already keeps its own log");
+  const std::string fault = faultOfServerUrl(*options.serverUrl);
+  if (!fault.empty()) throw InputError("--server: \"" + *options.serverUrl + "\": " + fault);
+}
+
+}  // namespace
+
+std::string demoUsage() {
+  return "usage: demo_host JOURNEY.json [options]\n"
+         "\n"
+         "Plays a user's journey through the library, against a risk server.\n"
+         "\n"
+         "  --server URL           a server that runs already (--risk-server is then ignored)\n"
+         "  --risk-server PROGRAM  start this risk server on a free port, and end it afterwards\n"
+         "  --log FILE             the started risk server appends every call to FILE\n"
+         "  --data-folder FOLDER   where the library keeps its state; a temporary folder by "
+         "default\n"
+         "  --debug                the library prints its diagnostic lines\n"
+         "  --help                 print this\n"
+         "\n"
+         "exit status:\n"
+         "  0  the journey was played, every verdict was as expected, no call was refused\n"
+         "  1  a verdict was not as expected, a call was refused or lost, or the server is dead\n"
+         "  2  the command line or the journey is wrong; nothing was started or sent\n";
+}
+
+std::optional<DemoOptions> parseDemoArguments(const std::vector<std::string>& arguments) {
+  DemoOptions options;
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    const std::string& name = arguments[i];
+    if (name == "--help") return std::nullopt;
+    const auto setter = valueSetters().find(name);
+    if (name == "--debug") {
+      options.debug = true;
+    } else if (setter == valueSetters().end()) {
+      takeJourney(options, name);
+    } else if (i + 1 == arguments.size() || arguments[i + 1].empty()) {
+      throw InputError(name + ": its value is missing");
+    } else {
+      setter->second(options, arguments[++i]);
+    }
+  }
+  checkTogether(options);
+  return options;
+}
+
+}  // namespace demo_host

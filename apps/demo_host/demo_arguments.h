@@ -1,0 +1,28 @@
+// The command line of the demo.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace demo_host {
+
+struct DemoOptions {
+  std::filesystem::path journey;
+  // A running server; its last slash may be missing. Absent: `riskServer` is started.
+  std::optional<std::string> serverUrl;
+  std::filesystem::path riskServer;
+  // Handed to the started risk server.
+  std::optional<std::filesystem::path> logFile;
+  // Absent: a temporary folder, so that every demo begins on a fresh device.
+  std::optional<std::filesystem::path> dataFolder;
+  bool debug = false;
+};
+
+std::string demoUsage();
+
+// Nothing when help is asked for. Throws InputError naming the argument.
+std::optional<DemoOptions> parseDemoArguments(const std::vector<std::string>& arguments);
+
+}  // namespace demo_host

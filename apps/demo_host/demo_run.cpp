@@ -1,0 +1,137 @@
+#include "apps/demo_host/demo_run.h"
+
+#include <chrono>
+#include <exception>
+#include <optional>
+#include <thread>
+#include <utility>
+
+#include "apps/demo_host/demo_arguments.h"
+#include "apps/demo_host/demo_errors.h"
+#include "apps/demo_host/journey.h"
+#include "apps/demo_host/journey_player.h"
+#include "apps/demo_host/server_process.h"
+#include "apps/demo_host/server_tally.h"
+#include "apps/demo_host/server_url.h"
+#include "apps/demo_host/state_folder.h"
+#include "quorvance/platform/linux_platform.h"
+
+namespace demo_host {
+namespace {
+
+// Reports, outcomes and a last session are still under way when the last step was played.
+constexpr std::chrono::seconds kLastCallsTime{10};
+constexpr std::chrono::seconds kLastCallsTimeWithoutTally{1};
+
+std::vector<std::string> serverArguments(const DemoOptions& options, const ServerFiles& files) {
+  std::vector<std::string> arguments = {"--port", "0"};
+  const auto add = [&](const char* name, const std::optional<std::filesystem::path>& file) {
+    if (!file) return;
+    arguments.emplace_back(name);
+    arguments.push_back(file->string());
+  };
+  add("--config", files.config);
+  add("--rules", files.rules);
+  add("--log", options.logFile);
+  return arguments;
+}
+
+// The URL of the server that is to be used, which is started if it is the demo's own.
+std::string serverUrlFor(const DemoOptions& options, const ServerFiles& files,
+                         std::optional<ServerProcess>& server, JourneyPrinter& printer) {
+  if (!options.serverUrl) {
+    server.emplace(options.riskServer, serverArguments(options, files));
+    printer.print("risk server        " + server->url() + ", started for this run");
+    return server->url();
+  }
+  std::string url = withLastSlash(*options.serverUrl);
+  const bool isCompleted = url != *options.serverUrl;
+  printer.print("risk server        " + url + (isCompleted ? " (last slash added)" : ""));
+  if (files.config || files.rules) {
+    printer.print("                   its own configuration and rules, not those of the journey");
+  }
+  return url;
+}
+
+std::shared_ptr<quorvance::QuorvanceManager> makeManager(const Journey& journey, StateFolder& state,
+                                                         bool debug) {
+  quorvance::LinuxPlatformOptions options;
+  options.hostApplication = journey.setup.application;
+  options.dataFolder = state.path().string();
+  quorvance::Platform platform = quorvance::makeLinuxPlatform(std::move(options));
+  state.isWrittenBy(platform.backgroundQueue);
+  if (!quorvance::QuorvanceManager::usePlatform(std::move(platform))) {
+    throw RunError("the library is in use already");
+  }
+  quorvance::QuorvanceManager::setIsInDebugMode(debug);
+  return quorvance::QuorvanceManager::shared();
+}
+
+// Waits for the last calls and adds what became of all to the faults.
+void closeBooks(const std::string& url, const std::optional<Tally>& before, JourneyResult& result,
+                JourneyPrinter& printer) {
+  if (!before) {
+    std::this_thread::sleep_for(kLastCallsTimeWithoutTally);
+    printer.print("\nthe server keeps no tally of its calls");
+    return;
+  }
+  const Tally calls = waitForCalls(url, *before, result.calls, kLastCallsTime);
+  printer.printTally(calls);
+  if (calls.refused > 0) {
+    result.faults.push_back("the server refused " + std::to_string(calls.refused) +
+                            " calls; its log says why (--log FILE)");
+  }
+  if (const auto missing = missingCalls(result.calls, calls); missing > 0) {
+    result.faults.push_back(std::to_string(missing) + " calls did not reach the server in time");
+  }
+}
+
+JourneyResult playJourney(const DemoOptions& options, const Journey& journey,
+                          JourneyPrinter& printer) {
+  printer.print(journey.title);
+  printer.print("");
+  std::optional<ServerProcess> server;
+  const std::string url = serverUrlFor(options, journey.server, server, printer);
+  const std::optional<Tally> before = fetchTally(url);
+  StateFolder state(options.dataFolder);
+  const auto manager = makeManager(journey, state, options.debug);
+  JourneyPlayer player(*manager, printer);
+  player.setUp(journey.setup, url);
+  printer.print("session            " + manager->getSessionId().value_or("none"));
+  printer.printHeading();
+  JourneyResult result = player.play(journey.steps);
+  closeBooks(url, before, result, printer);
+  return result;
+}
+
+int runParsed(const DemoOptions& options, std::ostream& out, std::ostream& error) {
+  const Journey journey = loadJourney(options.journey);
+  JourneyPrinter printer(out);
+  const JourneyResult result = playJourney(options, journey, printer);
+  for (const std::string& fault : result.faults) error << "demo_host: " + fault + "\n";
+  if (!result.faults.empty()) return kRunFailed;
+  printer.print("\nplayed " + std::to_string(journey.steps.size()) + " steps, " +
+                std::to_string(result.verdicts) + " verdicts, all as expected");
+  return kPlayedAsExpected;
+}
+
+}  // namespace
+
+int runDemo(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& error) {
+  int status = kRunFailed;
+  try {
+    const auto options = parseDemoArguments(arguments);
+    if (options) return runParsed(*options, out, error);
+    out << demoUsage() << std::flush;
+    return kPlayedAsExpected;
+  } catch (const InputError& fault) {
+    error << "demo_host: " << fault.what() << '\n';
+    status = kWrongInput;
+  } catch (const std::exception& fault) {
+    error << "demo_host: " << fault.what() << '\n';
+  }
+  error.flush();
+  return status;
+}
+
+}  // namespace demo_host

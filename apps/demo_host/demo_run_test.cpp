@@ -1,0 +1,164 @@
+#include "apps/demo_host/demo_run.h"
+
+#include <arpa/inet.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <sstream>
+
+#include "apps/demo_host/demo_errors.h"
+#include "apps/demo_host/journey_player.h"
+#include "apps/demo_host/server_process.h"
+#include "apps/demo_host/server_tally.h"
+#include "apps/demo_host/server_url.h"
+
+namespace demo_host {
+namespace {
+
+using quorvance::Risk;
+using quorvance::RiskLevel;
+using ::testing::HasSubstr;
+
+constexpr const char* kNoJourney = "/nowhere/journey.json";
+
+// A port on which nobody listens: bound, so that nobody else takes it, and never listening.
+class DeafPort {
+ public:
+  DeafPort() : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof(address);
+    void* raw = &address;
+    bind(socket_, static_cast<sockaddr*>(raw), size);
+    getsockname(socket_, static_cast<sockaddr*>(raw), &size);
+    port_ = ntohs(address.sin_port);
+  }
+  ~DeafPort() { close(socket_); }
+  DeafPort(const DeafPort&) = delete;
+  DeafPort& operator=(const DeafPort&) = delete;
+  std::string url() const { return "http://127.0.0.1:" + std::to_string(port_); }
+
+ private:
+  int socket_;
+  int port_ = 0;
+};
+
+struct RunOutput {
+  int status = -1;
+  std::string out;
+  std::string error;
+};
+
+RunOutput run(const std::vector<std::string>& arguments) {
+  std::ostringstream out;
+  std::ostringstream error;
+  const int status = runDemo(arguments, out, error);
+  return {status, out.str(), error.str()};
+}
+
+TEST(DemoRunTest, WrongArgumentsEndWithTwoAndSayWhy) {
+  const std::pair<std::vector<std::string>, std::string> cases[] = {
+      {{}, "which journey"},
+      {{"a.json", "b.json"}, "b.json: one journey"},
+      {{"a.json", "--servers"}, "--servers: no such option"},
+      {{"a.json", "--server"}, "--server: its value is missing"},
+      {{"a.json"}, "--server URL, or --risk-server PROGRAM"},
+      {{"a.json", "--risk-server", "/nowhere/server"}, "--risk-server: /nowhere/server"},
+      {{"a.json", "--risk-server", "/"}, "is no program"},
+      {{"a.json", "--server", "ftp://h/"}, "must begin with http"},
+      {{"a.json", "--server", "http://h/", "--log", "l"}, "--log"},
+      {{kNoJourney, "--server", "http://h/"}, "/nowhere/journey.json: No such file"},
+  };
+  for (const auto& [arguments, part] : cases) {
+    const RunOutput output = run(arguments);
+    EXPECT_EQ(output.status, kWrongInput) << output.error;
+    EXPECT_THAT(output.error, HasSubstr(part));
+    EXPECT_EQ(output.out, "");
+  }
+  EXPECT_EQ(run({"--help"}).status, kPlayedAsExpected);
+}
+
+TEST(ServerUrlTest, OnlyABaseUrlIsTaken) {
+  for (const char* url : {"http://h", "https://h.example:8443/base/", "http://127.0.0.1:1",
+                          "http://[::1]:65535/", "http://[::1]"}) {
+    EXPECT_EQ(faultOfServerUrl(url), "") << url;
+  }
+  for (const char* url :
+       {"", "h", "http:/h", "HTTP//h", "http://", "https:///path", "http://:80/", "http://h:0/",
+        "http://h:65536/", "http://h:/", "http://h:8x/", "http://u@h/", "http://[::1/",
+        "http://h h/", "http://h/?a", "http://h/#a", "http://h\n/", "http://h\xc3\xa4/"}) {
+    EXPECT_NE(faultOfServerUrl(url), "") << url;
+  }
+  EXPECT_EQ(withLastSlash("http://h/base"), "http://h/base/");
+  EXPECT_EQ(withLastSlash("http://h/"), "http://h/");
+}
+
+TEST(FaultOfVerdictTest, NoVerdictIsAFaultUnlessItIsExpected) {
+  const Risk none{};
+  Risk high;
+  high.riskLevel = RiskLevel::high;
+  EXPECT_EQ(faultOfVerdict(std::nullopt, high), std::nullopt);
+  EXPECT_EQ(faultOfVerdict(std::nullopt, none), "no verdict came");
+  EXPECT_EQ(faultOfVerdict(RiskLevel::undefined, none), std::nullopt);
+  EXPECT_EQ(faultOfVerdict(RiskLevel::high, high), std::nullopt);
+  EXPECT_EQ(faultOfVerdict(RiskLevel::low, high), "expected LOW, got HIGH");
+}
+
+TEST(TallyTest, OnlyTheCallsOfThisRunAreCounted) {
+  const Tally calls = since({{{"/a", 2}, {"/b", 1}}, 3}, {{{"/a", 5}, {"/b", 1}, {"/c", 1}}, 4});
+  EXPECT_EQ(calls.calls, (std::map<std::string, std::int64_t>{{"/a", 3}, {"/c", 1}}));
+  EXPECT_EQ(calls.refused, 1);
+  EXPECT_EQ(missingCalls({{"/a", 3}, {"/c", 1}}, calls), 0);
+  // The refused call may be one of those that are missing, more calls of one path are not.
+  EXPECT_EQ(missingCalls({{"/a", 1}, {"/c", 3}}, calls), 1);
+}
+
+TEST(TallyTest, AReplyThatIsNoTallyIsNone) {
+  EXPECT_EQ(tallyFromReply(R"({"calls": {"//x/": 2}, "refused": 1})")->calls.at("//x/"), 2);
+  for (const char* reply : {"", "[]", "<html>", R"({"calls": {}})", R"({"calls": 1, "refused": 0})",
+                            R"({"calls": {"/": -1}, "refused": 0})",
+                            R"({"calls": {}, "refused": 18446744073709551615})"}) {
+    EXPECT_FALSE(tallyFromReply(reply)) << reply;
+  }
+}
+
+TEST(TallyTest, ADeadServerIsTold) {
+  const DeafPort port;
+  try {
+    fetchTally(port.url() + "/");
+    FAIL() << "somebody answered";
+  } catch (const RunError& error) {
+    EXPECT_THAT(error.what(), HasSubstr("the server at " + port.url() + "/ does not answer"));
+  }
+}
+
+TEST(ServerProcessTest, TheUrlIsReadAndTheProgramEnds) {
+  const std::string script = "echo risk server ready at http://127.0.0.1:7; exec cat /dev/zero";
+  const ServerProcess server("/bin/sh", {"-c", script});
+  EXPECT_EQ(server.url(), "http://127.0.0.1:7/");
+}
+
+TEST(ServerProcessTest, AProgramThatIsNoServerIsTold) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"exit 7", "exit status 7"},
+      {"kill -9 $$", "signal 9"},
+      {"echo something else; exec sleep 60", "it said \"something else\""},
+      {"echo risk server ready at nowhere; exec sleep 60", "cannot be used"},
+      {"exec cat /dev/zero", "no end"},
+  };
+  for (const auto& [script, part] : cases) {
+    try {
+      const ServerProcess server("/bin/sh", {"-c", script});
+      FAIL() << script;
+    } catch (const RunError& error) {
+      EXPECT_THAT(error.what(), HasSubstr(part));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace demo_host

@@ -1,0 +1,59 @@
+#include "apps/quorvance_reports/report_listing.h"
+
+#include <gmock/gmock.h>
+#include <stdlib.h>
+
+#include <fstream>
+#include <sstream>
+
+namespace quorvance_reports {
+namespace {
+
+class ReportFolder {
+ public:
+  ReportFolder() {
+    path_ = (std::filesystem::temp_directory_path() / "reports-XXXXXX").string();
+    if (mkdtemp(path_.data()) == nullptr) path_.clear();
+  }
+  ~ReportFolder() { std::filesystem::remove_all(path_); }
+  ReportFolder(const ReportFolder&) = delete;
+  ReportFolder& operator=(const ReportFolder&) = delete;
+
+  void put(const std::string& name, const std::string& bytes) const {
+    std::ofstream(path_ + "/" + name, std::ios::binary) << bytes;
+  }
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+TEST(ReportListingTest, TellsEachReportAndLeavesOthersOut) {
+  const ReportFolder folder;
+  folder.put("crashB.json", R"({"error_type":"SIGSEGV","error_code":11})");
+  folder.put("crashA.json", "rubbish");
+  folder.put("activityA.json", R"({"screenType":"startApp","userId":"u\u001b[31m"})");
+  folder.put("unreadable-bioA.json", "[]");
+  folder.put("unreadable-state.json", "[]");
+  folder.put("state.json", "{}");
+  std::filesystem::create_directory(folder.path() + "/bioFolder");
+  const auto reports = listReports(folder.path());
+  std::vector<std::string> lines;
+  for (const auto& report : reports) lines.push_back(report.category + " " + report.summary);
+  EXPECT_THAT(lines,
+              testing::ElementsAre("activity screenType startApp, userId u [31m",
+                                   "bio not readable as a report", "crash not readable as a report",
+                                   "crash error_type SIGSEGV, error_code 11",
+                                   "unreadable not readable as a report"));
+  std::ostringstream shown;
+  printReports(shown, folder.path(), reports);
+  EXPECT_EQ(shown.str().find('\x1b'), std::string::npos);
+  EXPECT_NE(shown.str().find("\"error_code\": 11"), std::string::npos);
+}
+
+TEST(ReportListingTest, MissingFolderIsAnError) {
+  EXPECT_THROW(listReports("/no/such/folder"), std::filesystem::filesystem_error);
+}
+
+}  // namespace
+}  // namespace quorvance_reports

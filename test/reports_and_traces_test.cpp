@@ -1,0 +1,98 @@
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+#include "platform/testing/manual_executor.h"
+#include "test/real_world_test_support.h"
+#include "test/watched_documents_test_support.h"
+
+namespace quorvance {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::Contains;
+
+constexpr const char* kTracingUrlPath = "qrsk-med/3.0/TracingData/";
+
+/// Real HTTP and real files; retries and loops run when the test says so.
+struct TracedWorld : RealWorld {
+  std::shared_ptr<ManualExecutor> mainQueue = std::make_shared<ManualExecutor>();
+  std::unique_ptr<QuorvanceManager> manager =
+      std::make_unique<QuorvanceManager>(platform(mainQueue));
+
+  // The loops hold the manager, and the manager holds the queue.
+  ~TracedWorld() { mainQueue->dropAll(); }
+
+  std::vector<std::string> phasesSent() const {
+    std::vector<std::string> phases;
+    for (const auto& exchange : server.exchanges()) {
+      if (exchange.path != "/" + std::string(kTracingUrlPath)) continue;
+      const auto body = nlohmann::json::parse(exchange.request);
+      for (const auto& entry : body.at("tracingData")) {
+        phases.push_back(entry.value("methodName", "exception") + " " +
+                         entry.value("statusLoggingType", ""));
+      }
+    }
+    return phases;
+  }
+};
+
+TEST(TraceUploadTest, ArrivesWithStartsMiddlesAndEnds) {
+  TracedWorld world;
+  world.manager->setupWithServerUrl(world.server.url(), "anna");
+  // The second delayed task is the trace loop: the configuration is in force.
+  ASSERT_TRUE(world.mainQueue->waitForDelayedPosts(2, kTestPatience));
+  world.manager->initializeDeviceId();
+  ASSERT_TRUE(world.sees("qrsk-med/3.0/SendSessionData/"));
+  VerdictInbox inbox;
+  world.manager->getRiskForCheckPoint(Launch(), inbox.completion());
+  inbox.wait(1);
+  world.server.setFaults(R"([{"path": "/)" + std::string(kTracingUrlPath) +
+                         R"(", "status": 503, "times": 1}])");
+  const std::uint64_t posted = world.mainQueue->delayedPosts();
+  world.mainQueue->advance(30s);
+  // The completion of the upload, on a thread of the library, arms the loop again. A refused upload
+  // keeps its entries; the next one carries them.
+  ASSERT_TRUE(world.mainQueue->waitForDelayedPosts(posted + 1, kTestPatience));
+  EXPECT_TRUE(world.server.waitForStrikes(1, kTestPatience));
+  world.mainQueue->advance(30s);
+  ASSERT_TRUE(world.sees(kTracingUrlPath));
+  const auto phases = world.phasesSent();
+  for (const char* phase :
+       {"initializeDeviceId Start", "initializeDeviceId End", "initializeDeviceId Middle",
+        "getRiskForCheckPoint Start", "getRiskForCheckPoint End", "requestFromServer Start",
+        "requestFromServer End"}) {
+    EXPECT_THAT(phases, Contains(phase));
+  }
+}
+
+TEST(StoredReportsTest, FailedCallIsKeptOnDiskAndSentByTheNextProcess) {
+  RealWorld world;
+  world.server.setFaults(
+      R"([{"path": "/qrsk-med/3.0/GetCheckpointRisk/", "status": 500, "times": 1}])");
+  {
+    Platform platform = world.platform();
+    const auto documents = std::make_shared<WatchedDocuments>(platform.documents);
+    platform.documents = documents;
+    QuorvanceManager manager(platform);
+    manager.setupWithServerUrl(world.server.url(), "anna");
+    VerdictInbox inbox;
+    manager.getRiskForCheckPoint(Launch(), inbox.completion());
+    ASSERT_EQ(inbox.wait(1).size(), 1U);
+    ASSERT_EQ(documents->waitForWrites(1, kTestPatience), 1U);
+  }
+  Platform platform = world.platform();
+  const auto documents = std::make_shared<WatchedDocuments>(platform.documents);
+  platform.documents = documents;
+  QuorvanceManager next(platform);
+  next.setupWithServerUrl(world.server.url(), "anna");
+  next.initializeDeviceId();
+  ASSERT_TRUE(world.sees("qrsk-med/3.0/ErrorLogging/"));
+  EXPECT_EQ(documents->waitForRemovals(1, kTestPatience), 1U);
+  for (const auto& entry : std::filesystem::directory_iterator(world.folder.path() + "/data")) {
+    EXPECT_FALSE(entry.path().filename().string().starts_with("communicationError"));
+  }
+}
+
+}  // namespace
+}  // namespace quorvance
