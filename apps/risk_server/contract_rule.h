@@ -1,0 +1,144 @@
+// The rules of the contract file: what a JSON value must look like.
+//
+// A rule is immutable once read and may be used by any thread. contract_reader.h says how each kind
+// is written in the file.
+#pragma once
+
+#include <regex.h>
+
+#include <limits>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "apps/risk_server/server_json.h"
+
+namespace risk_server {
+
+// The first fault found: where ("keys.requestID", "tracingData[3].date", "" for the whole), and
+// what.
+struct Mismatch {
+  std::string place;
+  std::string reason;
+
+  std::string text() const { return place.empty() ? reason : place + ": " + reason; }
+  Mismatch under(const std::string& key) &&;
+  Mismatch under(std::size_t index) &&;
+};
+
+class ContractRule {
+ public:
+  virtual ~ContractRule() = default;
+  virtual std::optional<Mismatch> check(const Json& value) const = 0;
+};
+
+using RulePointer = std::shared_ptr<const ContractRule>;
+
+enum class ValueType { kText, kInteger, kNumber, kBoolean, kObject, kArray, kAny };
+
+// Any value of one type. An integer fits 64 bits with sign and is written without a fraction.
+class TypeRule : public ContractRule {
+ public:
+  explicit TypeRule(ValueType type) : type_(type) {}
+  std::optional<Mismatch> check(const Json& value) const override;
+
+ private:
+  ValueType type_;
+};
+
+// One of the listed values.
+class ValuesRule : public ContractRule {
+ public:
+  explicit ValuesRule(std::vector<Json> values) : values_(std::move(values)) {}
+  std::optional<Mismatch> check(const Json& value) const override;
+
+ private:
+  std::vector<Json> values_;
+};
+
+// A text that an extended regular expression of POSIX matches; messages use the expression's name.
+class PatternRule : public ContractRule {
+ public:
+  // Throws InputError when the expression is none.
+  PatternRule(const std::string& expression, std::string called);
+  ~PatternRule() override;
+  PatternRule(const PatternRule&) = delete;
+  PatternRule& operator=(const PatternRule&) = delete;
+  std::optional<Mismatch> check(const Json& value) const override;
+
+ private:
+  regex_t compiled_{};
+  std::string called_;
+};
+
+struct FieldRule {
+  std::string key;
+  bool required = true;
+  RulePointer rule;
+};
+
+struct ObjectShape {
+  std::vector<FieldRule> fields;
+  bool open = false;                // other keys may stand beside the fields
+  bool orEmpty = false;             // {} is right too
+  std::vector<std::string> orOnly;  // an object of these keys alone need have no others
+  std::vector<std::pair<std::string, std::string>> same;  // dotted paths whose values are equal
+};
+
+class ObjectRule : public ContractRule {
+ public:
+  explicit ObjectRule(ObjectShape shape) : shape_(std::move(shape)) {}
+  std::optional<Mismatch> check(const Json& value) const override;
+  const ObjectShape& shape() const { return shape_; }
+
+ private:
+  std::optional<Mismatch> checkUnknownKeys(const Json& value) const;
+  std::optional<Mismatch> checkFields(const Json& value) const;
+  bool hasOnlyTheFew(const Json& value) const;
+  std::optional<Mismatch> checkSame(const Json& value) const;
+
+  ObjectShape shape_;
+};
+
+class ArrayRule : public ContractRule {
+ public:
+  struct Bounds {
+    std::size_t atLeast = 0;
+    std::size_t atMost = std::numeric_limits<std::size_t>::max();
+  };
+  ArrayRule(RulePointer items, Bounds bounds) : items_(std::move(items)), bounds_(bounds) {}
+  std::optional<Mismatch> check(const Json& value) const override;
+
+ private:
+  RulePointer items_;
+  Bounds bounds_;
+};
+
+// One rule for objects that have a key, another for all other values.
+class KeyChoiceRule : public ContractRule {
+ public:
+  KeyChoiceRule(std::string key, RulePointer present, RulePointer absent)
+      : key_(std::move(key)), present_(std::move(present)), absent_(std::move(absent)) {}
+  std::optional<Mismatch> check(const Json& value) const override;
+
+ private:
+  std::string key_;
+  RulePointer present_;
+  RulePointer absent_;
+};
+
+// The rule is chosen by the text at a dotted path inside of the value.
+class SelectRule : public ContractRule {
+ public:
+  SelectRule(std::string path, std::vector<std::pair<std::string, RulePointer>> cases)
+      : path_(std::move(path)), cases_(std::move(cases)) {}
+  std::optional<Mismatch> check(const Json& value) const override;
+
+ private:
+  std::string path_;
+  std::vector<std::pair<std::string, RulePointer>> cases_;
+};
+
+}  // namespace risk_server

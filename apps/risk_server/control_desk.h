@@ -1,0 +1,50 @@
+// What the control path ("/control/...") answers: decisions only, no sockets.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "apps/risk_server/contract.h"
+#include "apps/risk_server/exchange_log.h"
+#include "apps/risk_server/fault_list.h"
+#include "apps/risk_server/http_listener.h"
+#include "apps/risk_server/service_desk.h"
+
+namespace risk_server {
+
+// Any thread; what it refers to must outlive it.
+class ControlDesk {
+ public:
+  // Must not block.
+  using Restart = std::function<void(std::chrono::milliseconds downTime)>;
+
+  ControlDesk(const Contract& contract, ServiceDesk& services, FaultList& faults,
+              const ExchangeLog& log, Restart restart);
+
+  static bool isControl(std::string_view target) { return target.starts_with("/control/"); }
+
+  HttpReply answer(const HttpRequest& request);
+
+ private:
+  struct Verb;
+  static const std::vector<Verb>& verbs();
+
+  HttpReply showTally(const std::string& body);
+  HttpReply showHealth(const std::string& body);
+  HttpReply replaceConfiguration(const std::string& body);
+  HttpReply replaceRules(const std::string& body);
+  HttpReply showFaults(const std::string& body);
+  HttpReply replaceFaults(const std::string& body);
+  HttpReply clearFaults(const std::string& body);
+  HttpReply restart(const std::string& body);
+
+  const Contract& contract_;
+  ServiceDesk& services_;
+  FaultList& faults_;
+  const ExchangeLog& log_;
+  const Restart restart_;
+};
+
+}  // namespace risk_server

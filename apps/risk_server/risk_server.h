@@ -1,0 +1,100 @@
+// A local stand-in for the risk server, for the demo, for tests and for an integrator's desk.
+//
+// It knows nothing of the library that calls it: what it accepts is contract.json, what it answers
+// are default_config.json and default_rules.json or files in their place. Start reading here;
+// contract_reader.h explains the contract file, verdict_rules.h the rules file, fault_reader.h the
+// faults that can be switched on.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "apps/risk_server/contract.h"
+#include "apps/risk_server/control_desk.h"
+#include "apps/risk_server/exchange_log.h"
+#include "apps/risk_server/fault_list.h"
+#include "apps/risk_server/http_listener.h"
+#include "apps/risk_server/service_desk.h"
+#include "apps/risk_server/verdict_rules.h"
+
+namespace risk_server {
+
+// Built-in files unless replaced.
+struct RiskServerOptions {
+  RiskServerOptions();
+
+  int port = 0;  // 0 takes a free one
+  Contract contract;
+  Json configuration;  // an object
+  VerdictRules rules;
+  std::vector<Fault> faults;  // from readFaults() with the same contract
+  std::string signingKey;     // random bytes when empty
+  std::optional<std::filesystem::path> logFile;
+};
+
+// Life: made (the log file is open), started, any number of times down and up again, stopped; not
+// started again. Any thread but for start() and stop(), which belong to the owner.
+class RiskServer {
+ public:
+  // Throws InputError when the log file cannot be written.
+  explicit RiskServer(RiskServerOptions options = {});
+  ~RiskServer();  // stops
+  RiskServer(const RiskServer&) = delete;
+  RiskServer& operator=(const RiskServer&) = delete;
+
+  // Listening when it returns. Throws std::system_error, for one when the port is taken.
+  void start();
+  // Replies that are under way go out first, but not those that a fault holds back.
+  void stop();
+
+  // "http://127.0.0.1:PORT/".
+  std::string url() const;
+
+  // For the calls that come from now on. A configuration is any JSON object, since clients must
+  // live with odd ones; anything else throws InputError.
+  void setConfiguration(Json configuration);
+  void setRules(VerdictRules rules);
+
+  // Replaces all faults: the JSON of fault_reader.h, as in a file. Throws InputError and changes
+  // nothing when it is wrong. Replies that are already held back stay so.
+  void setFaults(std::string_view json);
+  void clearFaults();
+  // What GET /control/faults shows: each fault, its "calls" and how many it "struck".
+  Json faults() const;
+
+  // Down: connections are refused, those that are there end, the port is kept. goDown() lasts until
+  // comeUp(); restart() returns at once, and lasts for the time, at most kMaxDownTime.
+  void goDown();
+  void comeUp();
+  void restart(std::chrono::milliseconds downTime);
+  bool waitUntilUp(std::chrono::milliseconds timeout) const;
+
+  Tally tally() const;
+  // The newest service calls, oldest first, within the bounds of exchange_log.h.
+  std::vector<Exchange> exchanges() const;
+  // Blocks until calls of the full path ("/qrsk-med/...") were accepted; false at the time-out.
+  bool waitForCalls(const std::string& path, std::uint64_t count,
+                    std::chrono::milliseconds timeout) const;
+  bool waitForRefusals(std::uint64_t count, std::chrono::milliseconds timeout) const;
+  // Blocks until faults struck so often, whichever they were. A call or a strike is counted when
+  // the reply was decided, which is before it was held back, sent or lost.
+  bool waitForStrikes(std::uint64_t count, std::chrono::milliseconds timeout) const;
+
+ private:
+  HttpReply answer(const HttpRequest& request);
+
+  const Contract contract_;
+  ExchangeLog log_;
+  FaultList faults_;
+  ServiceDesk services_;
+  ControlDesk control_;
+  const int wantedPort_;
+  HttpListener listener_;  // last: its threads use what stands above
+};
+
+}  // namespace risk_server

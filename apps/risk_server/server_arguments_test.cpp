@@ -1,0 +1,92 @@
+#include "apps/risk_server/server_arguments.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <fstream>
+
+namespace risk_server {
+namespace {
+
+class ArgumentFiles {
+ public:
+  ArgumentFiles() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "arguments_XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+  }
+  ~ArgumentFiles() { std::filesystem::remove_all(folder_); }
+  ArgumentFiles(const ArgumentFiles&) = delete;
+  ArgumentFiles& operator=(const ArgumentFiles&) = delete;
+
+  std::string write(const std::string& name, const std::string& text) const {
+    std::ofstream(folder_ / name) << text;
+    return (folder_ / name).string();
+  }
+  std::string folder() const { return folder_.string(); }
+
+ private:
+  std::filesystem::path folder_;
+};
+
+std::string faultOfArguments(const std::vector<std::string>& arguments) {
+  try {
+    optionsFromArguments(arguments);
+  } catch (const InputError& error) {
+    return error.what();
+  }
+  return "";
+}
+
+TEST(ServerArgumentsTest, takesEveryOption) {
+  const ArgumentFiles files;
+  const auto options = optionsFromArguments(
+      {"--port", "65535", "--config", files.write("config", R"({"a": 1})"), "--rules",
+       files.write("rules", R"([{"risk": "HIGH"}])"), "--contract",
+       files.write("contract", R"({"contentType": "t", "calls": {}})"), "--signing-key", "k",
+       "--log", "l", "--faults", files.write("faults", R"([{"path": "*", "status": 500}])")});
+  ASSERT_TRUE(options);
+  EXPECT_EQ(options->port, 65535);
+  EXPECT_EQ(options->configuration.dump(), R"({"a":1})");
+  EXPECT_EQ(options->rules.decide({}), 2);
+  EXPECT_TRUE(options->contract.calls().empty());
+  ASSERT_EQ(options->faults.size(), 1U);
+  EXPECT_EQ(options->faults.front().status, 500);
+  EXPECT_EQ(options->signingKey, "k");
+  EXPECT_EQ(options->logFile, "l");
+  EXPECT_FALSE(optionsFromArguments({"--help"}));
+}
+
+TEST(ServerArgumentsTest, refusesWrongArguments) {
+  EXPECT_EQ(faultOfArguments({"--prot", "1"}), "--prot: no such option, see --help");
+  EXPECT_EQ(faultOfArguments({"--port"}), "--port: its value is missing");
+  EXPECT_EQ(faultOfArguments({"--signing-key", ""}), "--signing-key: its value is empty");
+  for (const char* port : {"65536", "-1", "80x", "+5", " 5"}) {
+    EXPECT_EQ(faultOfArguments({"--port", port}).find("--port: expected a number"), 0U) << port;
+  }
+}
+
+TEST(ServerArgumentsTest, namesTheFileAndThePlaceOfAFault) {
+  const ArgumentFiles files;
+  const std::string list = files.write("list", "[\n 7]");
+  const std::string broken = files.write("broken", "{\n\"a\": }");
+  EXPECT_EQ(faultOfArguments({"--config", list}), list + ": expected an object");
+  EXPECT_EQ(faultOfArguments({"--rules", list}), list + ": [0]: expected an object");
+  EXPECT_EQ(faultOfArguments({"--faults", list}), list + ": [0]: expected an object, got 7");
+  EXPECT_EQ(faultOfArguments({"--contract", list}),
+            list + ": expected an object, got an array of 1");
+  EXPECT_EQ(faultOfArguments({"--rules", broken}).find(broken + ": parse error at line 2"), 0U);
+  EXPECT_EQ(faultOfArguments({"--config", files.folder()}), files.folder() + ": is a folder");
+  EXPECT_NE(faultOfArguments({"--config", files.folder() + "/none"}), "");
+}
+
+TEST(ServerArgumentsTest, faultsAreOfTheContractWhateverTheOrder) {
+  const ArgumentFiles files;
+  const std::string own = files.write("contract", R"({"contentType": "t",
+      "calls": {"/own": {"reply": "accepted", "body": "any"}}})");
+  const std::string faults = files.write("faults", R"([{"path": "/own", "hang": true}])");
+  EXPECT_EQ(faultOfArguments({"--faults", faults, "--contract", own}), "");
+  EXPECT_EQ(faultOfArguments({"--faults", faults}), faults + ": [0].path: no service at \"/own\"");
+}
+
+}  // namespace
+}  // namespace risk_server
