@@ -40,72 +40,48 @@ Json deepObject(std::size_t depth) {
 TEST(CheckPointTest, WritesItsTypeAndWhatTheHostAttached) {
   CheckPoint checkPoint(CheckPointType::LOGIN);
   EXPECT_EQ(checkPoint.additionalData(), nullptr);
-  EXPECT_EQ(compactText(checkPoint.getJson()), "{\"checkpoint_type\":\"LOGIN\"}");
+  EXPECT_EQ(compactText(checkPoint.getJson()), R"({"checkpoint_type":"LOGIN"})");
   checkPoint.setAdditionalData(Json::object());
   EXPECT_EQ(compactText(checkPoint.getJson()),
-            "{\"checkpoint_type\":\"LOGIN\",\"additionalData\":{}}");
-  const std::string data = "{\"z\":null,\"a\":[1,1.0,true,\"\"],\"n\":{\"k\":{}}}";
+            R"({"checkpoint_type":"LOGIN","additionalData":{}})");
+  const std::string data = R"({"z":null,"a":[1,1.0,true,""],"n":{"k":{}}})";
   checkPoint.setAdditionalData(parsedJson(data));
   checkPoint.setType(CheckPointType::UPDATE_DETAILS);
   EXPECT_EQ(compactText(checkPoint.getJson()),
-            "{\"checkpoint_type\":\"UPDATE_DETAILS\",\"additionalData\":" + data + "}");
-}
-
-TEST(CheckPointTest, IsReadFromEveryWordOfItsVocabulary) {
-  for (const CheckPointType type : CheckPointTypeEnumerator::array()) {
-    const CheckPoint original(type);
-    const auto rebuilt = CheckPoint::fromJson(original.getJson());
-    ASSERT_NE(rebuilt, nullptr);
-    EXPECT_EQ(rebuilt->type(), type);
-    EXPECT_EQ(rebuilt->additionalData(), nullptr);
-  }
+            R"({"checkpoint_type":"UPDATE_DETAILS","additionalData":)" + data + "}");
 }
 
 TEST(CheckPointTest, ReadsItsDataWhenThatIsAnObject) {
   const auto none =
-      CheckPoint::fromJson(parsedJson("{\"checkpoint_type\":\"NONE\",\"additionalData\":5}"));
-  ASSERT_NE(none, nullptr);
-  EXPECT_EQ(none->type(), CheckPointType::NONE);
-  EXPECT_EQ(none->additionalData(), nullptr);
-  const std::string text = "{\"checkpoint_type\":\"LOGIN\",\"additionalData\":{\"a\":1}}";
-  const auto login = CheckPoint::fromJson(parsedJson(text));
-  ASSERT_NE(login, nullptr);
-  EXPECT_EQ(compactText(login->getJson()), text);
+      CheckPoint::fromJson(parsedJson(R"({"checkpoint_type":"NONE","additionalData":5})"));
+  EXPECT_EQ(compactText(none->getJson()), R"({"checkpoint_type":"NONE"})");
+  const std::string text = R"({"checkpoint_type":"LOGIN","additionalData":{"a":1}})";
+  EXPECT_EQ(compactText(CheckPoint::fromJson(parsedJson(text))->getJson()), text);
 }
 
-constexpr std::string_view kTypeless[] = {"{}",
-                                          "null",
-                                          "5",
-                                          "[]",
-                                          "\"LOGIN\"",
-                                          "[{\"checkpoint_type\":\"LOGIN\"}]",
-                                          "{\"checkpoint_type\":\"login\"}",
-                                          "{\"checkpoint_type\":\" LOGIN\"}",
-                                          "{\"checkpoint_type\":\"\"}",
-                                          "{\"checkpoint_type\":2}",
-                                          "{\"checkpoint_type\":null}",
-                                          "{\"checkpoint_type\":[\"LOGIN\"]}",
-                                          "{\"type\":\"LOGIN\"}"};
+Json typelessValues() {
+  return parsedJson(
+      R"([{},null,5,[],"LOGIN",[{"checkpoint_type":"LOGIN"}],{"checkpoint_type":"login"},)"
+      R"({"checkpoint_type":" LOGIN"},{"checkpoint_type":""},{"checkpoint_type":2},)"
+      R"({"checkpoint_type":null},{"checkpoint_type":["LOGIN"]},{"type":"LOGIN"}])");
+}
 
 TEST(CheckPointTest, IsNotReadWithoutAKnownType) {
-  for (const std::string_view text : kTypeless) {
-    EXPECT_EQ(CheckPoint::fromJson(parsedJson(text)), nullptr) << text;
+  for (const Json& value : typelessValues()) {
+    EXPECT_EQ(CheckPoint::fromJson(value), nullptr) << compactText(value);
   }
 }
 
 TEST(CheckPointParseTest, RefusesWithAnEmptyError) {
-  std::vector<std::string> refused(std::begin(kTypeless), std::end(kTypeless));
-  for (const std::string_view word :
-       {"UPDATE_DETAILS", "UPDATE_USER_INFO", "PASSWORD_CHANGE", "NONE"}) {
-    refused.push_back("{\"checkpoint_type\":\"" + std::string(word) + "\",\"user\":{}}");
+  Json refused = typelessValues();
+  for (const auto* word : {"UPDATE_DETAILS", "UPDATE_USER_INFO", "PASSWORD_CHANGE", "NONE"}) {
+    refused.push_back({{"checkpoint_type", word}, {"user", Json::object()}});
   }
-  for (const std::string& text : refused) {
+  for (const Json& value : refused) {
     PlatformError error{"before", 7, "before", "before"};
-    EXPECT_EQ(CheckPoint::parse(parsedJson(text), &error), nullptr) << text;
-    EXPECT_EQ(error.domain, "") << text;
-    EXPECT_EQ(error.code, 0) << text;
-    EXPECT_EQ(error.failureReason, std::nullopt) << text;
-    EXPECT_EQ(CheckPoint::parse(parsedJson(text)), nullptr) << text;
+    EXPECT_EQ(CheckPoint::parse(value, &error), nullptr) << compactText(value);
+    EXPECT_EQ(error, PlatformError{}) << error.text();
+    EXPECT_EQ(CheckPoint::parse(value), nullptr);
   }
 }
 
@@ -113,13 +89,13 @@ template <class CheckPointClass>
 void expectRebuilt(CheckPointType type) {
   Json json = Json::object();
   json["checkpoint_type"] = CheckPointTypeToString::toString(type);
-  json["user"] = parsedJson("{\"user_id\":\"u\"}");
-  json["additionalData"] = parsedJson("{\"a\":1}");
+  json["user"] = parsedJson(R"({"user_id":"u"})");
+  json["additionalData"] = parsedJson(R"({"a":1})");
   const auto rebuilt = CheckPoint::parse(json);
   ASSERT_NE(dynamic_cast<CheckPointClass*>(rebuilt.get()), nullptr) << compactText(json);
   EXPECT_EQ(rebuilt->type(), type);
   const Json written = rebuilt->getJson();
-  EXPECT_EQ(compactText(written.at("additionalData")), "{\"a\":1}");
+  EXPECT_EQ(compactText(written.at("additionalData")), R"({"a":1})");
   if (written.contains("user")) {
     EXPECT_EQ(written.at("user").at("user_id"), "u");
   }

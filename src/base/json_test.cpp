@@ -1,0 +1,146 @@
+#include "base/json.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "base/json_test_support.h"
+#include "base/text.h"
+
+namespace quorvance {
+namespace {
+
+std::string bracketNest(std::size_t depth, std::string_view inner) {
+  return std::string(depth, '[') + std::string(inner) + std::string(depth, ']');
+}
+
+std::string braceNest(std::size_t depth) {
+  std::string text;
+  for (std::size_t i = 1; i < depth; ++i) text += R"({"k":)";
+  return text + "{}" + std::string(depth - 1, '}');
+}
+
+Json arrayNest(std::size_t depth, Json innermost) {
+  Json value = std::move(innermost);
+  for (std::size_t i = 0; i < depth; ++i) {
+    Json outer = Json::array();
+    outer.get_ref<Json::array_t&>().push_back(std::move(value));
+    value = std::move(outer);
+  }
+  return value;
+}
+
+TEST(ParseJsonTest, AcceptsNestingUpToTheLimit) {
+  for (const std::string_view inner : {"", "1", R"("]")", "[]"}) {
+    const std::size_t inside = inner == "[]" ? 1 : 0;
+    EXPECT_TRUE(parseJson(bracketNest(128 - inside, inner)).has_value()) << inner;
+    EXPECT_FALSE(parseJson(bracketNest(129 - inside, inner)).has_value()) << inner;
+  }
+  EXPECT_TRUE(parseJson(braceNest(128)).has_value());
+  EXPECT_FALSE(parseJson(braceNest(129)).has_value());
+  EXPECT_FALSE(parseJson(std::string(4'000'000, '[')).has_value());
+}
+
+TEST(ParseJsonTest, DoesNotCountSiblingsNorBracketsInsideTexts) {
+  const std::string brackets(500, '[');
+  EXPECT_TRUE(parseJson("{\"" + brackets + "\":\"\\\"" + brackets + "\\\\\"}").has_value());
+  EXPECT_TRUE(writeJson(Json(std::vector<Json>(500, Json::array()))).has_value());
+  EXPECT_TRUE(parseJson(compactText(Json(std::vector<Json>(500, Json::array())))).has_value());
+}
+
+TEST(ParseJsonTest, RefusesWhatIsNoSingleJsonValue) {
+  for (const std::string_view text :
+       {"",        " ",        "{",   "[1,]",     R"({"a":1,})", "{a:1}",
+        "'a'",     "nul",      "NaN", "Infinity", "1 2",         "{} {}",
+        "{}x",     "01",       "+1",  "1.",       "\"\xFF\"",    "\"\xED\xA0\x80\"",
+        "\"\\x\"", "\"a\nb\"", "]",   "}}}}",     R"(")",        "\"\\",
+        "// c\n1"}) {
+    EXPECT_FALSE(parseJson(text).has_value()) << text;
+  }
+}
+
+TEST(WriteJsonTest, RefusesNestingBeyondTheLimitOfTheParser) {
+  for (const Json& innermost : {Json::array(), Json::object()}) {
+    EXPECT_TRUE(writeJson(arrayNest(127, innermost)).has_value());
+    EXPECT_FALSE(writeJson(arrayNest(128, innermost)).has_value());
+  }
+  EXPECT_TRUE(writeJson(arrayNest(128, Json(1))).has_value());
+  EXPECT_FALSE(writeJson(arrayNest(129, Json(1))).has_value());
+  EXPECT_FALSE(writeJsonIndented(arrayNest(5000, Json(1))).has_value());
+}
+
+TEST(WriteJsonTest, RefusesNumbersThatJsonDoesNotHave) {
+  for (const double number : {std::nan(""), std::numeric_limits<double>::infinity(), -HUGE_VAL}) {
+    EXPECT_FALSE(writeJson(Json(number)).has_value());
+    Json object = parsedJson(R"({"a":[{}]})");
+    object["a"][0]["b"] = number;
+    EXPECT_FALSE(writeJson(object).has_value());
+    EXPECT_FALSE(writeJsonIndented(object).has_value());
+    EXPECT_EQ(textOf(object), "nil");
+  }
+}
+
+TEST(WriteJsonTest, ReplacesTextThatIsNotUtf8InKeysAndValues) {
+  Json object = Json::object();
+  object["k\xFF"] = "caf\xE9";
+  EXPECT_EQ(compactText(object), "{\"k\xEF\xBF\xBD\":\"caf\xEF\xBF\xBD\"}");
+  const std::string written = compactText(Json("\xC0\xAF\xED\xA0\x80\xF4\x91\x92\x93 \xE2\x82"));
+  EXPECT_TRUE(isUtf8(written));
+  EXPECT_TRUE(parseJson(written).has_value());
+}
+
+TEST(WriteJsonTest, KeepsTheOrderOfMembersAndTheKindOfNumbers) {
+  const std::string text =
+      "{\"b\":1,\"a\":1.0,\"z\":-9223372036854775808,\"c\":[true,null,\"\\u0000\\\"\"]}";
+  EXPECT_EQ(compactText(parsedJson(text)), text);
+  EXPECT_EQ(writeJsonIndented(parsedJson(R"({"a":[1]})")), "{\n  \"a\": [\n    1\n  ]\n}");
+}
+
+TEST(JsonMembersTest, SetOverwritesInPlaceAndPutAppends) {
+  Json object = makeObject(2);
+  EXPECT_EQ(compactText(object), "{}");
+  putMember(object, "a", Json(1));
+  putMember(object, "b", Json(2));
+  setMember(object, "a", Json("x"));
+  setMember(object, "c", Json(nullptr));
+  EXPECT_EQ(compactText(object), R"({"a":"x","b":2,"c":null})");
+}
+
+TEST(JsonMembersTest, FindersTakeTheirOwnKindOnly) {
+  const auto found = [](const Json& object) {
+    std::string kinds;
+    if (findText(object, "k") != nullptr) kinds += 't';
+    if (findInteger(object, "k")) kinds += 'i';
+    if (findNumber(object, "k")) kinds += 'n';
+    if (findBool(object, "k")) kinds += 'b';
+    if (findObject(object, "k") != nullptr) kinds += 'o';
+    if (findArray(object, "k") != nullptr) kinds += 'a';
+    return kinds;
+  };
+  const std::vector<std::pair<std::string, std::string>> rows = {
+      {R"({"k":"5"})", "t"},
+      {R"({"k":5})", "in"},
+      {R"({"k":-5})", "in"},
+      {R"({"k":5.0})", "n"},
+      {R"({"k":5e0})", "n"},
+      {R"({"k":true})", "b"},
+      {R"({"k":0})", "in"},
+      {R"({"k":9223372036854775807})", "in"},
+      {R"({"k":-9223372036854775808})", "in"},
+      {R"({"k":9223372036854775808})", "n"},
+      {R"({"k":-9223372036854775809})", "n"},
+      {R"({"k":{}})", "o"},
+      {R"({"k":[]})", "a"},
+      {R"({"k":null})", ""},
+      {R"({"K":"x"})", ""},
+      {"{}", ""},
+      {R"(["k"])", ""},
+      {R"("k")", ""},
+      {"null", ""}};
+  for (const auto& [text, kinds] : rows) EXPECT_EQ(found(parsedJson(text)), kinds) << text;
+}
+
+}  // namespace
+}  // namespace quorvance

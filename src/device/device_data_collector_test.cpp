@@ -1,0 +1,113 @@
+#include "device/device_data_collector.h"
+
+#include <gtest/gtest.h>
+
+#include "base/json_test_support.h"
+#include "platform/testing/test_world.h"
+
+namespace quorvance {
+namespace {
+
+class FixedUserData : public UserDataSource {
+ public:
+  Json collect() override { return parsedJson(R"({"contacts":[]})"); }
+};
+
+struct CollectorWorld : TestWorld {
+  CollectorWorld() { restart(); }
+
+  // What a new process would make of the same store.
+  void restart() {
+    state = std::make_shared<InnerQuorvanceData>(time, store, identity);
+    facts =
+        std::make_shared<DeviceFactsCache>(platform(), std::make_shared<SystemTexts>(environment));
+    collector = std::make_shared<DeviceDataCollector>(platform(), state, facts);
+  }
+  void refresh() {
+    facts->whenRefreshed([] {});
+    time->run();
+  }
+
+  std::shared_ptr<InnerQuorvanceData> state;
+  std::shared_ptr<DeviceFactsCache> facts;
+  std::shared_ptr<DeviceDataCollector> collector;
+};
+
+TEST(PermissionListTest, IsTheWordsInOrderJoinedByCommas) {
+  EXPECT_EQ(writePermissionList({}), "");
+  EXPECT_EQ(writePermissionList({MobilePermission::PHOTO, MobilePermission::CAMERA}),
+            "PHOTO,CAMERA");
+  const auto all = MobilePermissionEnumerator::array();
+  EXPECT_EQ(readPermissionList(writePermissionList(all)), all);
+}
+
+TEST(PermissionListTest, UnknownWordsAndRepetitionsAreSkipped) {
+  const std::vector<MobilePermission> expected = {MobilePermission::PHOTO,
+                                                  MobilePermission::CAMERA};
+  for (const std::string_view stored :
+       {"PHOTO,CAMERA", ",PHOTO,,CAMERA,", "PHOTO,MICROPHONE,CAMERA", "PHOTO,PHOTO,CAMERA,PHOTO",
+        "photo,PHOTO, CALENDAR,CAMERA", "\xFF,PHOTO,5,CAMERA"}) {
+    EXPECT_EQ(readPermissionList(stored), expected) << stored;
+  }
+  for (const std::string_view stored : {"", ",", ",,,", "CALENDARS", "{}"}) {
+    EXPECT_TRUE(readPermissionList(stored).empty()) << stored;
+  }
+}
+
+TEST(DeviceDataCollectorTest, TheConfigurationRequestNamesTheModelInEveryMode) {
+  CollectorWorld world;
+  EXPECT_EQ(compactText(world.collector->configurationBody()), "{}");
+  world.refresh();
+  const std::string text = R"({"iosVersion":"12","model":"Model-1","kindModel":"handset"})";
+  EXPECT_EQ(compactText(world.collector->configurationBody()), text);
+  const DebugLines debug;
+  EXPECT_EQ(compactText(world.collector->configurationBody()), text);
+}
+
+TEST(DeviceDataCollectorTest, TheIdentifierRequestCarriesTheAdvertisingIdentifierWhenAllowed) {
+  CollectorWorld world;
+  const std::string head = R"({"device_data":{"collectTime":1700000000000,)"
+                           R"("uuid":"0F1E2D3C-4B5A-4978-8796-A5B4C3D2E1F0")";
+  EXPECT_EQ(compactText(world.collector->deviceIdBody()), head + "}}");
+  world.identity->advertising = "A";
+  EXPECT_EQ(compactText(world.collector->deviceIdBody()), head + R"(,"idfa":"A"}})");
+}
+
+TEST(DeviceDataCollectorTest, WhatTheHostAskedForIsKeptOnceEachInTheOrderOfAsking) {
+  CollectorWorld world;
+  EXPECT_TRUE(world.collector->askPermissions().empty());
+  EXPECT_EQ(world.store->entries().at("permissionList").text, "");
+  for (const MobilePermission permission :
+       {MobilePermission::PHOTO, MobilePermission::CAMERA, MobilePermission::PHOTO}) {
+    world.collector->recordAsked(permission);
+  }
+  EXPECT_EQ(world.store->entries().at("permissionList").text, "PHOTO,CAMERA");
+  world.restart();
+  world.collector->recordAsked(MobilePermission::REMINDER);
+  EXPECT_EQ(world.collector->askPermissions(),
+            (std::vector<MobilePermission>{MobilePermission::PHOTO, MobilePermission::CAMERA,
+                                           MobilePermission::REMINDER}));
+}
+
+TEST(DeviceDataCollectorTest, UserDataIsAnEmptyObjectWithoutASource) {
+  CollectorWorld world;
+  EXPECT_EQ(compactText(world.collector->collectUserData()), "{}");
+  Platform seam = world.platform();
+  seam.userData = std::make_shared<FixedUserData>();
+  const DeviceDataCollector collector(seam, world.state, world.facts);
+  EXPECT_EQ(compactText(collector.collectUserData()), R"({"contacts":[]})");
+}
+
+TEST(DeviceDataCollectorTest, DebugModeAddsItsKeysAndPrintsTheDevice) {
+  CollectorWorld world;
+  world.screen->facts.orientation = 1;
+  world.refresh();
+  EXPECT_FALSE(world.collector->deviceDataJson().contains("orientation"));
+  const DebugLines debug;
+  const Json json = world.collector->deviceDataJson();
+  EXPECT_TRUE(json.contains("orientation"));
+  EXPECT_EQ(debug.lines(), std::vector<std::string>{"device_data:  " + compactText(json)});
+}
+
+}  // namespace
+}  // namespace quorvance

@@ -1,0 +1,125 @@
+#include "device/device_data_manager.h"
+
+#include <gtest/gtest.h>
+
+#include "base/json_test_support.h"
+#include "device/check_point_additional_data.h"
+#include "platform/testing/test_world.h"
+#include "state/class_flags.h"
+
+namespace quorvance {
+namespace {
+
+std::string joinedKeys(const Json& object) {
+  std::string keys;
+  for (const auto& member : object.items()) keys += member.key() + " ";
+  return keys;
+}
+
+struct PayloadWorld : TestWorld {
+  Json getJson(CheckPointType type, std::optional<bool> collectAll) {
+    return manager.getJson(type, collectAll);
+  }
+
+  std::shared_ptr<InnerQuorvanceData> state =
+      std::make_shared<InnerQuorvanceData>(time, store, identity);
+  std::shared_ptr<DeviceFactsCache> facts =
+      std::make_shared<DeviceFactsCache>(platform(), std::make_shared<SystemTexts>(environment));
+  std::shared_ptr<DeviceDataCollector> collector =
+      std::make_shared<DeviceDataCollector>(platform(), state, facts);
+  DeviceDataManager manager{state, collector};
+};
+
+TEST(DeviceDataManagerTest, ACheckPointCarriesTheSessionAndThePermissions) {
+  PayloadWorld world;
+  world.state->write(StoredKey::sessionId, "s");
+  world.state->write(StoredKey::sessionTime, std::int64_t{7});
+  const Json payload = world.getJson(CheckPointType::LOGIN, false);
+  EXPECT_EQ(joinedKeys(payload), "session checkpoint_additional_data ");
+  EXPECT_EQ(compactText(payload.at("session")), R"({"idSession":"s","timeSession":7})");
+}
+
+TEST(DeviceDataManagerTest, ASessionCarriesTheWholeSet) {
+  PayloadWorld world;
+  const Json payload = world.getJson(CheckPointType::GENERAL, true);
+  EXPECT_EQ(joinedKeys(payload),
+            "session checkpoint_additional_data device_data sim_data user_data settings_data ");
+  EXPECT_EQ(compactText(payload.at("user_data")), "{}");
+  EXPECT_EQ(payload.at("sim_data").at("networkType"), "unreachable");
+  EXPECT_TRUE(payload.at("settings_data").contains("isJailbreak"));
+  EXPECT_TRUE(payload.at("device_data").contains("storageSize"));
+}
+
+TEST(DeviceDataManagerTest, UpdateDetailsCarriesNothingAndDropsNothing) {
+  PayloadWorld world;
+  world.collector->setPendingUserData(parsedJson(R"({"a":1})"));
+  setSessionDataCollect(true);
+  for (const std::optional<bool> collectAll : {std::optional<bool>(), {true}, {false}}) {
+    EXPECT_EQ(compactText(world.getJson(CheckPointType::UPDATE_DETAILS, collectAll)), "{}");
+  }
+  EXPECT_TRUE(sessionDataCollect());
+  EXPECT_TRUE(world.collector->takePendingUserData().has_value());
+  setSessionDataCollect(false);
+}
+
+TEST(DeviceDataManagerTest, PendingUserDataGoesOutWithTheNextPayloadOnly) {
+  PayloadWorld world;
+  world.collector->setPendingUserData(parsedJson(R"({"a":1})"));
+  const Json first = world.getJson(CheckPointType::LAUNCH, false);
+  EXPECT_EQ(joinedKeys(first), "session checkpoint_additional_data user_data ");
+  EXPECT_EQ(compactText(first.at("user_data")), R"({"a":1})");
+  EXPECT_FALSE(world.getJson(CheckPointType::LAUNCH, false).contains("user_data"));
+
+  world.collector->setPendingUserData(parsedJson(R"({"a":1})"));
+  const Json session = world.getJson(CheckPointType::GENERAL, true);
+  EXPECT_EQ(compactText(session.at("user_data")), "{}") << "collected now, not what was pending";
+  EXPECT_FALSE(world.getJson(CheckPointType::LAUNCH, false).contains("user_data"));
+}
+
+TEST(DeviceDataManagerTest, EveryPayloadClearsTheCollectFlag) {
+  PayloadWorld world;
+  for (const bool collectAll : {false, true}) {
+    setSessionDataCollect(true);
+    world.getJson(CheckPointType::GENERAL, collectAll);
+    EXPECT_FALSE(sessionDataCollect());
+  }
+}
+
+TEST(DeviceDataManagerDeathTest, AnAbsentFlagStopsTheProcess) {
+  PayloadWorld world;
+  EXPECT_DEATH(world.getJson(CheckPointType::LOGIN, std::nullopt), "fatal.*collect");
+}
+
+TEST(AdditionalDataTest, AlwaysWritesItsThreeLists) {
+  EXPECT_EQ(compactText(CheckPointAdditionalData{}.getJson()),
+            R"({"permissions":[],"ignorePermissions":[],"askedPermissions":[]})");
+  const CheckPointAdditionalData whole{
+      .collectTime = 7,
+      .location = LocationFix{.altitude = 1.0, .latitude = 2.5, .longitude = 0.1, .accuracy = 4.0},
+      .permissions = {MobilePermission::PHOTO, MobilePermission::CAMERA},
+      .ignorePermissions = {MobilePermission::REMINDER},
+      .askPermissions = {MobilePermission::CAMERA}};
+  EXPECT_EQ(compactText(whole.getJson()),
+            R"({"collectTime":7,"location":{"accuracy":4.0,"altitude":1.0,"latitude":2.5,)"
+            R"("longitude":0.1},"permissions":["PHOTO","CAMERA"],)"
+            R"("ignorePermissions":["REMINDER"],"askedPermissions":["CAMERA"]})");
+}
+
+TEST(AdditionalDataTest, TellsCachedPermissionsAtTheMomentOfAsking) {
+  PayloadWorld world;
+  world.authorization->answers[AuthorizationSubject::location] = AuthorizationStatus::authorized;
+  world.authorization->answers[AuthorizationSubject::camera] = AuthorizationStatus::authorized;
+  world.location->fix = LocationFix{};
+  world.location->fix->longitude = -3.5;
+  world.collector->recordAsked(MobilePermission::CAMERA);
+  world.facts->refreshPermissions();
+  world.time->run();
+  world.time->advance(std::chrono::milliseconds(5));
+  EXPECT_EQ(compactText(world.manager.buildAdditionalData()),
+            R"({"collectTime":1700000000005,"location":{"longitude":-3.5},)"
+            R"("permissions":["AUTHORIZED_ALWAYS","CAMERA"],"ignorePermissions":["PHOTO",)"
+            R"("READ_CONTACTS","CALENDAR","REMINDER"],"askedPermissions":["CAMERA"]})");
+}
+
+}  // namespace
+}  // namespace quorvance
