@@ -39,7 +39,8 @@ class CheckPoint {
 
   /// Free-form data of the host; null when absent. Valid until it is set again.
   const Json* additionalData() const { return additionalData_.get(); }
-  /// Replaces what was set. It must be a JSON object: any other value leaves what was set.
+  /// Replaces what was set; a JSON null clears it, and any other value but an object leaves it.
+  /// Data nested deeper than 128 levels makes a checkpoint that cannot be sent.
   void setAdditionalData(Json additionalData);
 
   /// "checkpoint_type", the class's own keys, and "additionalData" when present.

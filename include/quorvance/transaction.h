@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "quorvance/check_point.h"
 #include "quorvance/currency_code.h"

@@ -1,6 +1,7 @@
 #include "base/json.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -11,21 +12,29 @@ namespace {
 constexpr int kCompact = -1;
 constexpr int kIndent = 2;
 
-bool canBeWritten(const Json& value, std::size_t depth) {
-  if (depth > kMaxJsonDepth) return false;
+// `depth` values stand around this one.
+bool fitsDepth(const Json& value, std::size_t depth) {
+  if (!value.is_structured()) return true;
+  if (depth >= kMaxJsonDepth) return false;
+  return std::all_of(value.begin(), value.end(),
+                     [&](const Json& child) { return fitsDepth(child, depth + 1); });
+}
+
+// Of a value that fits the depth.
+bool canBeWritten(const Json& value) {
   if (value.is_number_float()) return std::isfinite(*value.get_ptr<const Json::number_float_t*>());
   if (!value.is_structured()) return !value.is_discarded() && !value.is_binary();
-  return std::all_of(value.begin(), value.end(),
-                     [&](const Json& child) { return canBeWritten(child, depth + 1); });
+  return std::all_of(value.begin(), value.end(), canBeWritten);
 }
 
 std::optional<std::string> dumpJson(const Json& value, int indent) {
-  if (!canBeWritten(value, 0)) return std::nullopt;
+  if (!fitsDepth(value, 0) || !canBeWritten(value)) return std::nullopt;
   return value.dump(indent, ' ', false, Json::error_handler_t::replace);
 }
 
-// The parser itself has no limit. Brackets inside texts do not count.
-bool isNestedTooDeep(std::string_view text) {
+// The parser itself has no limits. Brackets and colons inside texts do not count.
+bool exceedsLimits(std::string_view text) {
+  std::array<std::size_t, kMaxJsonDepth + 1> members{};
   std::size_t depth = 0;
   bool inText = false;
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -37,14 +46,21 @@ bool isNestedTooDeep(std::string_view text) {
       inText = true;
     } else if (c == '[' || c == '{') {
       if (++depth > kMaxJsonDepth) return true;
+      members[depth] = 0;
     } else if ((c == ']' || c == '}') && depth > 0) {
       --depth;
+    } else if (c == ':' && ++members[depth] > kMaxJsonMembers) {
+      return true;
     }
   }
   return false;
 }
 
 }  // namespace
+
+bool isNestedTooDeep(const Json& value) { return !fitsDepth(value, 0); }
+
+Json unwritableJson() { return std::numeric_limits<double>::quiet_NaN(); }
 
 std::optional<std::string> writeJson(const Json& value) { return dumpJson(value, kCompact); }
 
@@ -53,7 +69,7 @@ std::optional<std::string> writeJsonIndented(const Json& value) { return dumpJso
 std::string textOf(const Json& value) { return writeJson(value).value_or("nil"); }
 
 std::optional<Json> parseJson(std::string_view text) {
-  if (isNestedTooDeep(text)) return std::nullopt;
+  if (exceedsLimits(text)) return std::nullopt;
   Json value = Json::parse(text.begin(), text.end(), nullptr, false);
   if (value.is_discarded()) return std::nullopt;
   return value;

@@ -17,6 +17,17 @@ namespace quorvance {
 /// Deeper values are neither written nor read: writing and copying recurse.
 inline constexpr std::size_t kMaxJsonDepth = 128;
 
+/// Text with more members in one object is not read: the members of an object stand in a list, and
+/// each is compared with those before it.
+inline constexpr std::size_t kMaxJsonMembers = 4096;
+
+/// Whether writing or copying the value would recurse beyond kMaxJsonDepth.
+bool isNestedTooDeep(const Json& value);
+
+/// A value that the writer refuses: what cannot be copied into a body makes the body one that
+/// cannot be JSON.
+Json unwritableJson();
+
 /// Compact text. Text that is not UTF-8 is replaced (U+FFFD). Absent for a value that cannot be
 /// JSON: it holds a NaN or an infinity, or is nested deeper than kMaxJsonDepth.
 std::optional<std::string> writeJson(const Json& value);
@@ -27,8 +38,7 @@ std::optional<std::string> writeJsonIndented(const Json& value);
 /// The text form of a value in traces and debug lines: compact, "nil" for what cannot be JSON.
 std::string textOf(const Json& value);
 
-/// Absent for text that is no JSON, holds more than one value, or is nested deeper than
-/// kMaxJsonDepth.
+/// Absent for text that is no JSON, holds more than one value, or exceeds the two bounds above.
 std::optional<Json> parseJson(std::string_view text);
 
 /// A JSON object with room for `members`: growing an object that holds others copies them all.

@@ -22,20 +22,23 @@ std::int64_t millisecondsFromSeconds(double seconds) {
 std::string dateText(std::int64_t milliseconds) {
   using namespace std::chrono;
   // Beyond these days the calendar of the standard library ends.
-  constexpr auto kFirst = sys_days(year::min() / January / 1);
-  constexpr auto kLast = sys_days(year::max() / December / 31);
-  const auto secondsPart = floor<seconds>(std::chrono::milliseconds(milliseconds));
-  const auto fraction = std::chrono::milliseconds(milliseconds) - secondsPart;
+  constexpr std::chrono::milliseconds kFirst =
+      sys_days(year::min() / January / 1).time_since_epoch();
+  constexpr std::chrono::milliseconds kEnd =
+      sys_days(year::max() / December / 31).time_since_epoch() + days(1);
+  const std::chrono::milliseconds time(milliseconds);
+  if (time < kFirst || time >= kEnd) return {};
+  const auto secondsPart = floor<seconds>(time);
+  const auto fraction = time - secondsPart;
   const auto day = floor<days>(secondsPart);
-  if (day < kFirst.time_since_epoch() || day > kLast.time_since_epoch()) return {};
   const year_month_day date{sys_days(day)};
-  const hh_mm_ss time(secondsPart - day);
+  const hh_mm_ss clock(secondsPart - day);
   std::array<char, 64> text{};
   std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02d.%03dZ",
                 static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                static_cast<unsigned>(date.day()), static_cast<int>(time.hours().count()),
-                static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()),
-                static_cast<int>(fraction.count()));
+                static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
+                static_cast<int>(clock.minutes().count()),
+                static_cast<int>(clock.seconds().count()), static_cast<int>(fraction.count()));
   return text.data();
 }
 

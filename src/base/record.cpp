@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <utility>
 
 namespace quorvance {
@@ -30,6 +31,12 @@ void readOptionalInteger(const Json& value, void* member) {
   }
 }
 
+// One fact that is no number must not cost the whole body.
+void writeOptionalNumber(Json& object, std::string_view key, const void* member) {
+  const auto& value = *static_cast<const std::optional<double>*>(member);
+  if (value && std::isfinite(*value)) putMember(object, key, *value);
+}
+
 void readOptionalNumber(const Json& value, void* member) {
   if (const auto number = numberOf(value)) {
     *static_cast<std::optional<double>*>(member) = number;
@@ -39,7 +46,7 @@ void readOptionalNumber(const Json& value, void* member) {
 // 0.1f goes out as 0.1, not as the double nearest to the float.
 void writeOptionalSingle(Json& object, std::string_view key, const void* member) {
   const auto& value = *static_cast<const std::optional<float>*>(member);
-  if (!value) return;
+  if (!value || !std::isfinite(*value)) return;
   std::array<char, 64> digits{};
   const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), *value).ptr;
   double number = static_cast<double>(*value);
@@ -88,7 +95,7 @@ void readTextList(const Json& value, void* member) {
 
 const FieldCodec kTextCodec{&writeOptional<std::string>, &readOptionalText};
 const FieldCodec kIntegerCodec{&writeOptional<std::int64_t>, &readOptionalInteger};
-const FieldCodec kNumberCodec{&writeOptional<double>, &readOptionalNumber};
+const FieldCodec kNumberCodec{&writeOptionalNumber, &readOptionalNumber};
 const FieldCodec kSingleCodec{&writeOptionalSingle, &readOptionalSingle};
 const FieldCodec kBoolCodec{&writeOptional<bool>, &readOptionalBool};
 const FieldCodec kRequiredTextCodec{&writeRequired<std::string>, &readRequiredText};

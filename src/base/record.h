@@ -36,7 +36,7 @@ void recordFromJson(const Json& json, void* record, std::span<const RecordField>
 
 extern const FieldCodec kTextCodec;             // std::optional<std::string>
 extern const FieldCodec kIntegerCodec;          // std::optional<std::int64_t>
-extern const FieldCodec kNumberCodec;           // std::optional<double>
+extern const FieldCodec kNumberCodec;           // std::optional<double>, left out unless finite
 extern const FieldCodec kSingleCodec;           // std::optional<float>, its own shortest digits
 extern const FieldCodec kBoolCodec;             // std::optional<bool>
 extern const FieldCodec kRequiredTextCodec;     // std::string
@@ -62,7 +62,22 @@ struct VocabularyField {
   static constexpr FieldCodec kCodec{&write, &read};
 };
 
-/// As above; an absent value is written as the word of `Neutral`.
+/// A value that is always there.
+template <class Value>
+struct RequiredVocabularyField {
+  static void write(Json& object, std::string_view key, const void* member) {
+    const Value value = *static_cast<const Value*>(member);
+    writeTextMember(object, key, VocabularyToString<Value>::toString(value));
+  }
+  static void read(const Json& value, void* member) {
+    const std::string* word = textIn(value);
+    if (word == nullptr) return;
+    *static_cast<Value*>(member) = VocabularyToString<Value>::fromString(*word);
+  }
+  static constexpr FieldCodec kCodec{&write, &read};
+};
+
+/// As the optional one; an absent value is written as the word of `Neutral`.
 template <class Value, Value Neutral>
 struct NeutralVocabularyField {
   static void write(Json& object, std::string_view key, const void* member) {
@@ -130,6 +145,11 @@ struct DefaultCodec<std::int64_t> {
 template <>
 struct DefaultCodec<std::optional<std::vector<std::string>>> {
   static constexpr const FieldCodec& kCodec = kTextListCodec;
+};
+template <class Value>
+requires std::is_enum_v<Value>
+struct DefaultCodec<Value> {
+  static constexpr const FieldCodec& kCodec = RequiredVocabularyField<Value>::kCodec;
 };
 template <class Value>
 requires std::is_enum_v<Value>

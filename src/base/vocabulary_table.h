@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <string_view>
 
 #include "base/fatal.h"
@@ -43,11 +44,12 @@ template <class Value>
 std::string_view wordOf(Value value) {
   constexpr auto& words = VocabularyTable<Value>::kWords;
   static_assert(areDistinctWords(words));
-  const auto index = static_cast<std::int64_t>(value) - firstRawOf<Value>();
-  if (index < 0 || index >= static_cast<std::int64_t>(words.size())) {
+  constexpr std::int64_t kFirst = firstRawOf<Value>();
+  const auto raw = static_cast<std::int64_t>(value);
+  if (raw < kFirst || raw >= kFirst + std::ssize(words)) {
     fatalError("a value outside its vocabulary");
   }
-  return words[static_cast<std::size_t>(index)];
+  return words[static_cast<std::size_t>(raw - kFirst)];
 }
 
 /// Exact comparison in raw order; absent for an unknown word.

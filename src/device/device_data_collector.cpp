@@ -124,6 +124,7 @@ std::vector<MobilePermission> DeviceDataCollector::askPermissions() {
 }
 
 void DeviceDataCollector::recordAsked(MobilePermission permission) {
+  // Also around the store, which waits for nothing: lists are stored in the order of the asking.
   const std::lock_guard lock(mutex_);
   auto& asked = askedLocked();
   if (!contains(asked, permission)) asked.push_back(permission);

@@ -38,29 +38,41 @@ std::shared_ptr<const DeviceFacts> DeviceFactsCache::snapshot() const {
   return facts_;
 }
 
-std::shared_ptr<DeviceFactsCache::Waiter> DeviceFactsCache::waitFor(Task task) {
+void DeviceFactsCache::join(Round& round, Task task, void (DeviceFactsCache::*read)()) {
   auto waiter = std::make_shared<Waiter>();
   waiter->queue = backgroundQueue_;
   waiter->task = std::move(task);
   mainQueue_->postAfter(kFactsPatience, [waiter] { waiter->release(); });
-  return waiter;
+  {
+    const std::lock_guard lock(mutex_);
+    // Those whose patience has ended wait no more.
+    std::erase_if(round.waiters, [](const auto& other) { return other->isReleased.load(); });
+    round.waiters.push_back(std::move(waiter));
+    if (std::exchange(round.isPosted, true)) return;
+  }
+  backgroundQueue_->post(WorkLane::facts, [self = shared_from_this(), &round, read] {
+    std::vector<std::shared_ptr<Waiter>> waiters;
+    {
+      const std::lock_guard lock(self->mutex_);
+      round.isPosted = false;
+      waiters.swap(round.waiters);
+    }
+    (*self.*read)();
+    for (const auto& released : waiters) released->release();
+  });
 }
 
 void DeviceFactsCache::whenSystemKnown(Task task) {
-  const auto waiter = waitFor(std::move(task));
-  backgroundQueue_->post(WorkLane::facts, [self = shared_from_this(), waiter] {
-    self->readSystem();
-    waiter->release();
-  });
+  join(systemRound_, std::move(task), &DeviceFactsCache::readSystem);
 }
 
 void DeviceFactsCache::whenRefreshed(Task task) {
-  const auto waiter = waitFor(std::move(task));
-  backgroundQueue_->post(WorkLane::facts, [self = shared_from_this(), waiter] {
-    self->readSystem();
-    self->readAll();
-    waiter->release();
-  });
+  join(wholeRound_, std::move(task), &DeviceFactsCache::readWhole);
+}
+
+void DeviceFactsCache::readWhole() {
+  readSystem();
+  readAll();
 }
 
 void DeviceFactsCache::refreshPermissions() {

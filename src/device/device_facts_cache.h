@@ -31,7 +31,8 @@ inline constexpr std::chrono::seconds kFactsPatience{2};
 /// a file or a bus. Any thread, guarded by one mutex.
 ///
 /// A refresh runs in two steps: what the start-up exchanges need (a few small files), then
-/// everything else. Asks made while one waits to start share it.
+/// everything else. Asks made while one waits to start share it, so a bus that hangs holds one
+/// task.
 class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
  public:
   DeviceFactsCache(const Platform& platform, std::shared_ptr<SystemTexts> texts);
@@ -49,13 +50,19 @@ class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
 
  private:
   struct Waiter;
+  /// The asks that one task on the fact lane will answer.
+  struct Round {
+    bool isPosted = false;
+    std::vector<std::shared_ptr<Waiter>> waiters;
+  };
 
+  void join(Round& round, Task task, void (DeviceFactsCache::*read)());
   void readSystem();
+  void readWhole();
   void readAll();
   void readPermissions();
   template <class Change>
   void change(Change&& changeFacts);
-  std::shared_ptr<Waiter> waitFor(Task task);
 
   // Not the whole platform: the cache lives as long as work that its own queues hold.
   const DeviceFactSources sources_;
@@ -68,6 +75,8 @@ class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
   mutable std::mutex mutex_;
   std::shared_ptr<const DeviceFacts> facts_ = std::make_shared<const DeviceFacts>();
   bool isSystemKnown_ = false;
+  Round systemRound_;
+  Round wholeRound_;
   bool isPermissionRefreshWaiting_ = false;
 };
 

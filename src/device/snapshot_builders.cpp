@@ -8,7 +8,7 @@
 namespace quorvance {
 namespace {
 
-constexpr int kBytesToMegabytes = 20;
+constexpr std::int64_t kBytesInMegabyte = std::int64_t{1} << 20;
 
 constexpr std::array<std::string_view, 7> kOrientationNames = {
     "unknown",        "portrait", "portraitUpsideDown", "landscapeLeft",
@@ -38,7 +38,7 @@ std::optional<std::int64_t> truncated(const std::optional<double>& metric) {
 
 std::optional<std::int64_t> megabytes(const std::optional<std::int64_t>& bytes) {
   if (!bytes) return std::nullopt;
-  return *bytes >> kBytesToMegabytes;
+  return *bytes / kBytesInMegabyte;
 }
 
 void fillFonts(DeviceData& data, const FontFacts& fonts) {

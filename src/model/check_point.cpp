@@ -40,6 +40,13 @@ std::unique_ptr<CheckPoint> rebuild(CheckPointType type, const Json& json) {
   return nullptr;
 }
 
+// Stands for one that is nested too deep to be copied.
+Json unwritableObject() {
+  Json object = makeObject(1);
+  putMember(object, kAdditionalDataKey, unwritableJson());
+  return object;
+}
+
 }  // namespace
 
 CheckPoint::CheckPoint(CheckPointType type) : type_(type) {}
@@ -62,12 +69,14 @@ std::unique_ptr<CheckPoint> CheckPoint::parse(const Json& value, PlatformError* 
 }
 
 void CheckPoint::setAdditionalData(Json additionalData) {
+  if (additionalData.is_null()) additionalData_.reset();
   if (!additionalData.is_object()) return;
   additionalData_ = std::make_shared<const Json>(std::move(additionalData));
 }
 
 void CheckPoint::readAdditionalData(const Json& json) {
-  if (const Json* data = findObject(json, kAdditionalDataKey)) setAdditionalData(*data);
+  const Json* data = findObject(json, kAdditionalDataKey);
+  if (data != nullptr) setAdditionalData(isNestedTooDeep(*data) ? unwritableObject() : *data);
 }
 
 Json CheckPoint::getJson() const {
@@ -84,7 +93,8 @@ Json openCheckPoint(CheckPointType type, std::size_t members) {
 
 void putAdditionalData(Json& object, const CheckPoint& checkPoint) {
   const Json* data = checkPoint.additionalData();
-  if (data != nullptr) putMember(object, kAdditionalDataKey, *data);
+  if (data == nullptr) return;
+  putMember(object, kAdditionalDataKey, isNestedTooDeep(*data) ? unwritableJson() : *data);
 }
 
 }  // namespace quorvance

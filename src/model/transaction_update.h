@@ -13,8 +13,7 @@ struct TransactionUpdate {
   /// Of the verdict that the outcome belongs to.
   std::string requestID;
   std::optional<std::string> transactionID;
-  /// Always set by the manager.
-  std::optional<CheckPointStatus> status;
+  CheckPointStatus status = CheckPointStatus::CANCELLED;
 
   Json getJson() const;
 };

@@ -49,12 +49,21 @@ StoredValue InnerQuorvanceData::read(StoredKey key) {
 }
 
 StoredValue InnerQuorvanceData::readPersistent(StoredKey key) {
+  const std::lock_guard lock(persistentMutex_);
   StoredEntry entry = defaults_->read(rowOf(key).name);
   if (entry.kind == StoredEntry::Kind::text) return std::move(entry.text);
   if (entry.kind == StoredEntry::Kind::other) return OtherStoredValue{};
   StoredValue value = defaultValue(key);
-  write(key, value);
+  writePersistent(key, value);
   return value;
+}
+
+// Under the mutex.
+void InnerQuorvanceData::writePersistent(StoredKey key, const StoredValue& value) {
+  const auto* text = std::get_if<std::string>(&value);
+  if (text == nullptr) return;
+  defaults_->write(rowOf(key).name, *text);
+  defaults_->synchronize();
 }
 
 // Two threads that read first must get one value, so the test and the store share the lock; the
@@ -96,7 +105,8 @@ StoredValue InnerQuorvanceData::defaultValue(StoredKey key) {
 
 // Two sessions of one millisecond must differ: the number never repeats and never goes back.
 std::string InnerQuorvanceData::newSessionId() {
-  const std::string owner = vendorIdentifier().value_or(randomUuid());
+  const std::optional<std::string> vendor = vendorIdentifier();
+  const std::string owner = vendor ? *vendor : randomUuid();
   const std::int64_t time = now();
   const std::lock_guard lock(mutex_);
   lastSessionNumber_ = lastSessionNumber_ ? std::max(time, *lastSessionNumber_ + 1) : time;
@@ -106,27 +116,34 @@ std::string InnerQuorvanceData::newSessionId() {
 void InnerQuorvanceData::write(StoredKey key, const StoredValue& value) {
   if (isAbsent(value)) return;
   const KeyRow& row = rowOf(key);
-  if (!row.isPersistent) {
+  if (row.isPersistent) {
+    const std::lock_guard lock(persistentMutex_);
+    writePersistent(key, value);
+  } else {
     const std::lock_guard lock(mutex_);
     dictData_.insert_or_assign(std::string(row.name), value);
-    return;
-  }
-  if (const auto* text = std::get_if<std::string>(&value)) {
-    defaults_->write(row.name, *text);
-    defaults_->synchronize();
   }
 }
 
 void InnerQuorvanceData::startNewSession() {
-  write(StoredKey::sessionId, defaultValue(StoredKey::sessionId));
-  write(StoredKey::sessionTime, defaultValue(StoredKey::sessionTime));
+  StoredValue id = defaultValue(StoredKey::sessionId);
+  StoredValue time = defaultValue(StoredKey::sessionTime);
+  // Under one lock: nobody reads the identifier of one session with the time of another.
+  const std::lock_guard lock(mutex_);
+  dictData_.insert_or_assign(std::string(rowOf(StoredKey::sessionId).name), std::move(id));
+  dictData_.insert_or_assign(std::string(rowOf(StoredKey::sessionTime).name), std::move(time));
 }
 
 Session InnerQuorvanceData::currentSession() {
-  const StoredValue time = read(StoredKey::sessionTime);
+  // A first read makes both.
+  read(StoredKey::sessionId);
+  read(StoredKey::sessionTime);
+  const std::lock_guard lock(mutex_);
+  const StoredValue& id = dictData_.find(rowOf(StoredKey::sessionId).name)->second;
+  const StoredValue& time = dictData_.find(rowOf(StoredKey::sessionTime).name)->second;
+  const auto* text = std::get_if<std::string>(&id);
   const auto* milliseconds = std::get_if<std::int64_t>(&time);
-  return {readText(StoredKey::sessionId).value_or(std::string()),
-          milliseconds == nullptr ? 0 : *milliseconds};
+  return {text == nullptr ? std::string() : *text, milliseconds == nullptr ? 0 : *milliseconds};
 }
 
 std::shared_ptr<const SdkConfig> InnerQuorvanceData::sdkConfig() const {

@@ -17,7 +17,7 @@
 
 namespace quorvance {
 
-/// The first four persist; a session lives in memory only, so every process starts without one.
+/// A session lives in memory only, so every process starts without one; the others persist.
 enum class StoredKey { permissionList, deviceId, userId, sessionTime, sessionId, serverUrl };
 
 /// What stands under a key that is neither text nor integer.
@@ -60,6 +60,7 @@ class InnerQuorvanceData {
 
  private:
   StoredValue readPersistent(StoredKey key);
+  void writePersistent(StoredKey key, const StoredValue& value);
   StoredValue readMemory(StoredKey key);
   std::string newSessionId();
 
@@ -67,6 +68,9 @@ class InnerQuorvanceData {
   const std::shared_ptr<KeyValueStore> defaults_;
   const std::shared_ptr<IdentitySource> identity_;
 
+  // Makes one step of a first read and of the default that it stores: a write between them must
+  // win.
+  std::mutex persistentMutex_;
   // Guards dictData_ and lastSessionNumber_.
   std::mutex mutex_;
   std::map<std::string, StoredValue, std::less<>> dictData_;

@@ -19,7 +19,7 @@ enum class AuthorizationStatus {
   authorizedWhenInUse = 4,
 };
 
-/// The user's permissions, read on the fact lane.
+/// The user's permissions, read on the fact lane. Throws nothing.
 class AuthorizationSource {
  public:
   virtual ~AuthorizationSource() = default;
@@ -38,7 +38,8 @@ struct LocationFix {
   std::optional<double> accuracy;
 };
 
-/// The last known position, read on the fact lane and only with the user's permission.
+/// The last known position, read on the fact lane and only with the user's permission. Throws
+/// nothing.
 class LocationSource {
  public:
   virtual ~LocationSource() = default;

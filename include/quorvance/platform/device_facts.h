@@ -102,7 +102,7 @@ struct NetworkFacts {
   std::optional<std::string> carrierCountry;
 };
 
-/// One group of facts. `read` is called on the fact lane, one call at a time.
+/// One group of facts. `read` is called on the fact lane, one call at a time; it throws nothing.
 template <class Facts>
 class FactSource {
  public:

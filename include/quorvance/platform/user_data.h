@@ -6,7 +6,8 @@
 
 namespace quorvance {
 
-/// The host's user data (contacts, photo counts, calendars, reminders). Read on the fact lane.
+/// The host's user data (contacts, photo counts, calendars, reminders). Read in the
+/// background. Throws nothing.
 class UserDataSource {
  public:
   virtual ~UserDataSource() = default;
