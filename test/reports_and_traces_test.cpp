@@ -21,7 +21,7 @@ struct TracedWorld : RealWorld {
       std::make_unique<QuorvanceManager>(platform(mainQueue));
 
   // The loops hold the manager, and the manager holds the queue.
-  ~TracedWorld() { mainQueue->dropAll(); }
+  ~TracedWorld() { mainQueue->close(); }
 
   std::vector<std::string> phasesSent() const {
     std::vector<std::string> phases;

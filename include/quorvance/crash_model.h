@@ -20,6 +20,9 @@ struct CrashModel {
   std::string devModel;
   /// Symbols of the crashing thread's call stack, one a line.
   std::string callStack;
+  /// The catcher has dealt with the report (it is kept, or its category is full): a delegate need
+  /// not store it. The manager stores every model without this mark.
+  bool isStored = false;
 };
 
 }  // namespace quorvance

@@ -4,6 +4,7 @@
 
 #include "quorvance/account_check_points.h"
 #include "quorvance/add_payment_method.h"
+#include "quorvance/alternate_stack.h"
 #include "quorvance/check_point.h"
 #include "quorvance/check_point_type.h"
 #include "quorvance/crash_model.h"

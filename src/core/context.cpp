@@ -7,16 +7,12 @@
 #include "base/fatal.h"
 #include "base/forked_child.h"
 #include "core/stored_report_uploader.h"
+#include "diagnostics/crash_eye.h"
 #include "diagnostics/queued_report_keeper.h"
 #include "quorvance/platform/linux_platform.h"
 
 namespace quorvance {
 namespace {
-
-class IdleCrashCatcher : public CrashCatcher {
- public:
-  void install(std::weak_ptr<CrashEyeDelegate> /*delegate*/) override {}
-};
 
 Platform checked(Platform platform) {
   if (!platform.clock || !platform.mainQueue || !platform.backgroundQueue || !platform.http ||
@@ -59,8 +55,9 @@ Context::Context(Platform usedPlatform, ContextParts parts)
                        return std::make_shared<QueuedReportKeeper>(reportStore,
                                                                    platform.backgroundQueue);
                      })),
-      crashCatcher(partOr(std::move(parts.crashCatcher),
-                          [] { return std::make_shared<IdleCrashCatcher>(); })),
+      crashCatcher(
+          partOr(std::move(parts.crashCatcher),
+                 [this] { return std::make_shared<CrashEye>(platform.crashTrap, texts); })),
       facts(std::make_shared<DeviceFactsCache>(platform, texts)),
       collector(std::make_shared<DeviceDataCollector>(platform, state, facts)),
       deviceData(std::make_shared<DeviceDataManager>(state, collector)),

@@ -57,6 +57,7 @@ bool ManagerCore::ifAuthorized(MobilePermission type) {
 }
 
 void ManagerCore::crashEyeDidCatchCrash(const CrashModel& crash) {
+  if (crash.isStored) return;
   context_->reports->storeReport(crashReport(crash, context_->state->now()).getJson(),
                                  ReportCategory::crash);
 }

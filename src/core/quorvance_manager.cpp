@@ -6,10 +6,12 @@
 #include "base/debug.h"
 #include "base/forked_child.h"
 #include "core/manager_core.h"
+#include "quorvance/alternate_stack.h"
 #include "state/class_flags.h"
 
 // Every operation first asks whether this process is a fork of the host's: there the library's
-// threads are gone, and it does nothing.
+// threads are gone, and it does nothing. The thread that calls is one whose crash may have to be
+// reported, hence its signal stack.
 
 namespace quorvance {
 namespace {
@@ -23,6 +25,12 @@ struct SharedManager {
 SharedManager& sharedManager() {
   static auto* const holder = new SharedManager();
   return *holder;
+}
+
+bool mayEnter() {
+  if (isForkedChild()) return false;
+  ensureAlternateStack();
+  return true;
 }
 
 }  // namespace
@@ -64,23 +72,23 @@ void QuorvanceManager::log(const std::optional<std::string>& value) {
 }
 
 void QuorvanceManager::exceptionQV(const std::optional<PlatformError>& error) {
-  if (error && !isForkedChild()) processContext()->exceptions->logException(*error);
+  if (error && mayEnter()) processContext()->exceptions->logException(*error);
 }
 
 std::optional<std::string> QuorvanceManager::serverUrl() const {
-  return isForkedChild() ? std::nullopt : core_->serverUrl();
+  return mayEnter() ? core_->serverUrl() : std::nullopt;
 }
 
 void QuorvanceManager::setServerUrl(std::optional<std::string> serverUrl) {
-  if (!isForkedChild()) core_->setServerUrl(std::move(serverUrl));
+  if (mayEnter()) core_->setServerUrl(std::move(serverUrl));
 }
 
 std::optional<std::string> QuorvanceManager::userId() const {
-  return isForkedChild() ? std::nullopt : core_->userId();
+  return mayEnter() ? core_->userId() : std::nullopt;
 }
 
 void QuorvanceManager::setUserId(std::optional<std::string> userId) {
-  if (!isForkedChild()) core_->setUserId(std::move(userId));
+  if (mayEnter()) core_->setUserId(std::move(userId));
 }
 
 bool QuorvanceManager::logoutEventNow() const { return core_->logoutEventNow(); }
@@ -92,92 +100,92 @@ void QuorvanceManager::setLogoutEventNow(bool logoutEventNow) {
 bool QuorvanceManager::setupWithServerUrl(const std::string& serverUrl,
                                           const std::optional<std::string>& userId,
                                           PlatformError* error) {
-  return !isForkedChild() && core_->setup(serverUrl, userId, error);
+  return mayEnter() && core_->setup(serverUrl, userId, error);
 }
 
 void QuorvanceManager::configureWithServerUrl(const std::optional<std::string>& serverUrl) {
-  if (!isForkedChild()) core_->configureServerUrl(serverUrl);
+  if (mayEnter()) core_->configureServerUrl(serverUrl);
 }
 
 void QuorvanceManager::configureWithUserId(const std::optional<std::string>& userId) {
-  if (!isForkedChild()) core_->configureUserId(userId);
+  if (mayEnter()) core_->configureUserId(userId);
 }
 
 void QuorvanceManager::configureUserId(const CheckPoint& checkPoint) {
-  if (!isForkedChild()) core_->configureUserId(checkPoint);
+  if (mayEnter()) core_->configureUserId(checkPoint);
 }
 
 void QuorvanceManager::getSdkConfigurationThread() {
-  if (!isForkedChild()) core_->getSdkConfigurationThread();
+  if (mayEnter()) core_->getSdkConfigurationThread();
 }
 
 void QuorvanceManager::initializeDeviceId() {
-  if (!isForkedChild()) core_->initializeDeviceId();
+  if (mayEnter()) core_->initializeDeviceId();
 }
 
 void QuorvanceManager::getDeviceIdThread() {
-  if (!isForkedChild()) core_->getDeviceIdThread();
+  if (mayEnter()) core_->getDeviceIdThread();
 }
 
 std::optional<std::string> QuorvanceManager::getDeviceId() const {
-  return isForkedChild() ? std::nullopt : core_->getDeviceId();
+  return mayEnter() ? core_->getDeviceId() : std::nullopt;
 }
 
 std::optional<std::string> QuorvanceManager::getSessionId() const {
-  return isForkedChild() ? std::nullopt : core_->getSessionId();
+  return mayEnter() ? core_->getSessionId() : std::nullopt;
 }
 
 void QuorvanceManager::sendDataWithNewSession() {
-  if (!isForkedChild()) core_->sendDataWithNewSession();
+  if (mayEnter()) core_->sendDataWithNewSession();
 }
 
 void QuorvanceManager::sendDataWithNewSessionThread() {
-  if (!isForkedChild()) core_->sendDataWithNewSessionThread();
+  if (mayEnter()) core_->sendDataWithNewSessionThread();
 }
 
 void QuorvanceManager::sendingTracingData() {
-  if (!isForkedChild()) core_->sendingTracingData();
+  if (mayEnter()) core_->sendingTracingData();
 }
 
 void QuorvanceManager::logout() {
-  if (!isForkedChild()) core_->logout();
+  if (mayEnter()) core_->logout();
 }
 
 void QuorvanceManager::getRiskForCheckPoint(const CheckPoint& checkPoint,
                                             RiskCompletion completion) {
-  if (!isForkedChild()) core_->getRiskForCheckPoint(checkPoint, std::move(completion));
+  if (mayEnter()) core_->getRiskForCheckPoint(checkPoint, std::move(completion));
 }
 
 void QuorvanceManager::arriveToCheckPoint(const CheckPoint& checkPoint) {
-  if (!isForkedChild()) core_->arriveToCheckPoint(checkPoint);
+  if (mayEnter()) core_->arriveToCheckPoint(checkPoint);
 }
 
 void QuorvanceManager::updateCheckPointStatus(CheckPointType type, const std::string& requestID,
                                               CheckPointStatus status,
                                               const std::optional<std::string>& transactionID) {
-  if (!isForkedChild()) core_->updateCheckPointStatus(type, requestID, status, transactionID);
+  if (mayEnter()) core_->updateCheckPointStatus(type, requestID, status, transactionID);
 }
 
 std::shared_ptr<QuorvanceScreenListener> QuorvanceManager::startNewScreenListener(
     ScreenListenerType type, std::int64_t actionId, std::shared_ptr<View> view) {
-  if (isForkedChild()) return InertScreenListenerMaker().makeListener(type, actionId, view);
+  if (!mayEnter()) return InertScreenListenerMaker().makeListener(type, actionId, view);
   return core_->startNewScreenListener(type, actionId, std::move(view));
 }
 
 void QuorvanceManager::checkSensorForEmulator() {
-  if (!isForkedChild()) core_->checkSensorForEmulator();
+  if (mayEnter()) core_->checkSensorForEmulator();
 }
 
 void QuorvanceManager::onRequestAccessWithTypeMobilePermission(MobilePermission type) {
-  if (!isForkedChild()) core_->onRequestAccess(type);
+  if (mayEnter()) core_->onRequestAccess(type);
 }
 
 bool QuorvanceManager::ifAuthorizedWithTypeMobilePermission(MobilePermission type) const {
-  return !isForkedChild() && core_->ifAuthorized(type);
+  return mayEnter() && core_->ifAuthorized(type);
 }
 
 void QuorvanceManager::crashEyeDidCatchCrash(const CrashModel& crash) {
-  if (!isForkedChild()) core_->crashEyeDidCatchCrash(crash);
+  if (mayEnter()) core_->crashEyeDidCatchCrash(crash);
 }
 
 }  // namespace quorvance

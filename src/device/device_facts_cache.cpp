@@ -38,36 +38,42 @@ std::shared_ptr<const DeviceFacts> DeviceFactsCache::snapshot() const {
   return facts_;
 }
 
-void DeviceFactsCache::join(Round& round, Task task, void (DeviceFactsCache::*read)()) {
+struct DeviceFactsCache::Round {
+  std::vector<std::shared_ptr<Waiter>> waiters;
+};
+
+void DeviceFactsCache::join(NextRound& next, Task task, void (DeviceFactsCache::*read)()) {
   auto waiter = std::make_shared<Waiter>();
   waiter->queue = backgroundQueue_;
   waiter->task = std::move(task);
   mainQueue_->postAfter(kFactsPatience, [waiter] { waiter->release(); });
+  auto round = std::make_shared<Round>();
   {
     const std::lock_guard lock(mutex_);
+    const std::shared_ptr<Round> waiting = next.lock();
+    auto& waiters = waiting ? waiting->waiters : round->waiters;
     // Those whose patience has ended wait no more.
-    std::erase_if(round.waiters, [](const auto& other) { return other->isReleased.load(); });
-    round.waiters.push_back(std::move(waiter));
-    if (std::exchange(round.isPosted, true)) return;
+    std::erase_if(waiters, [](const auto& other) { return other->isReleased.load(); });
+    waiters.push_back(std::move(waiter));
+    if (waiting) return;
+    next = round;
   }
-  backgroundQueue_->post(WorkLane::facts, [self = shared_from_this(), &round, read] {
-    std::vector<std::shared_ptr<Waiter>> waiters;
+  backgroundQueue_->post(WorkLane::facts, [self = shared_from_this(), &next, round, read] {
     {
       const std::lock_guard lock(self->mutex_);
-      round.isPosted = false;
-      waiters.swap(round.waiters);
+      next.reset();
     }
     (*self.*read)();
-    for (const auto& released : waiters) released->release();
+    for (const auto& released : round->waiters) released->release();
   });
 }
 
 void DeviceFactsCache::whenSystemKnown(Task task) {
-  join(systemRound_, std::move(task), &DeviceFactsCache::readSystem);
+  join(nextSystemRound_, std::move(task), &DeviceFactsCache::readSystem);
 }
 
 void DeviceFactsCache::whenRefreshed(Task task) {
-  join(wholeRound_, std::move(task), &DeviceFactsCache::readWhole);
+  join(nextWholeRound_, std::move(task), &DeviceFactsCache::readWhole);
 }
 
 void DeviceFactsCache::readWhole() {

@@ -50,13 +50,12 @@ class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
 
  private:
   struct Waiter;
-  /// The asks that one task on the fact lane will answer.
-  struct Round {
-    bool isPosted = false;
-    std::vector<std::shared_ptr<Waiter>> waiters;
-  };
+  /// The asks that one task on the fact lane will answer. The task owns them: they hold what holds
+  /// this cache, and must go with a queue that drops its work.
+  struct Round;
+  using NextRound = std::weak_ptr<Round>;
 
-  void join(Round& round, Task task, void (DeviceFactsCache::*read)());
+  void join(NextRound& next, Task task, void (DeviceFactsCache::*read)());
   void readSystem();
   void readWhole();
   void readAll();
@@ -75,8 +74,8 @@ class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
   mutable std::mutex mutex_;
   std::shared_ptr<const DeviceFacts> facts_ = std::make_shared<const DeviceFacts>();
   bool isSystemKnown_ = false;
-  Round systemRound_;
-  Round wholeRound_;
+  NextRound nextSystemRound_;
+  NextRound nextWholeRound_;
   bool isPermissionRefreshWaiting_ = false;
 };
 

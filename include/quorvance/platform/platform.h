@@ -8,6 +8,7 @@
 
 #include "quorvance/platform/authorization.h"
 #include "quorvance/platform/clock.h"
+#include "quorvance/platform/crash_trap.h"
 #include "quorvance/platform/device_facts.h"
 #include "quorvance/platform/documents.h"
 #include "quorvance/platform/environment.h"
@@ -50,6 +51,7 @@ struct Platform {
   std::shared_ptr<AuthorizationSource> authorization;
   std::shared_ptr<LocationSource> location;
   std::shared_ptr<UserDataSource> userData;
+  std::shared_ptr<CrashTrap> crashTrap;
   std::shared_ptr<FaceDetection> faceDetection;
 };
 

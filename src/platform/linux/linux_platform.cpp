@@ -3,6 +3,7 @@
 //   library_thread    how every thread of the library is started
 //   timed_tasks       the order of waiting tasks, for both main queues
 //   private_files     files and folders of the application's own data
+//   crash_*           what the handlers of linux_crash_trap are made of
 //   root_files        the files in which a system describes itself, under any root folder
 //   assignments, locale_names, time_zone_name, chassis_kind, url_check, data_folder
 //                     rules without a system call
@@ -15,6 +16,7 @@
 #include "platform/linux/curl_http_session.h"
 #include "platform/linux/data_folder.h"
 #include "platform/linux/json_file_store.h"
+#include "platform/linux/linux_crash_trap.h"
 #include "platform/linux/linux_documents_folder.h"
 #include "platform/linux/linux_environment.h"
 #include "platform/linux/linux_identity.h"
@@ -58,6 +60,7 @@ Platform makeLinuxPlatform(LinuxPlatformOptions options) {
   platform.backgroundQueue = std::make_shared<WorkQueue>();
   platform.http = std::make_shared<CurlHttpSession>();
   platform.documents = std::make_shared<LinuxDocumentsFolder>(options.dataFolder);
+  platform.crashTrap = std::make_shared<LinuxCrashTrap>(options.dataFolder);
   platform.defaults =
       std::make_shared<JsonFileStore>(std::move(options.dataFolder), platform.backgroundQueue);
 

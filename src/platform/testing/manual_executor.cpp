@@ -21,16 +21,17 @@ std::int64_t ManualExecutor::nowMilliseconds() const {
 
 void ManualExecutor::post(Task task) {
   const std::lock_guard lock(mutex_);
-  ready_.push_back({std::nullopt, std::move(task)});
+  if (!isClosed_) ready_.push_back({std::nullopt, std::move(task)});
 }
 
 void ManualExecutor::post(WorkLane lane, Task task) {
   const std::lock_guard lock(mutex_);
-  ready_.push_back({lane, std::move(task)});
+  if (!isClosed_) ready_.push_back({lane, std::move(task)});
 }
 
 void ManualExecutor::postAfter(std::chrono::milliseconds delay, Task task) {
   const std::lock_guard lock(mutex_);
+  if (isClosed_) return;
   delayed_.push_back({now_ + delay.count(), std::move(task)});
   ++delayedPosts_;
   delayedPosted_.notify_all();
@@ -114,6 +115,14 @@ void ManualExecutor::dropAll() {
     ready.swap(ready_);
     delayed.swap(delayed_);
   }
+}
+
+void ManualExecutor::close() {
+  {
+    const std::lock_guard lock(mutex_);
+    isClosed_ = true;
+  }
+  dropAll();
 }
 
 std::size_t ManualExecutor::waiting() const {

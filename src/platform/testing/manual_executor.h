@@ -43,6 +43,8 @@ class ManualExecutor : public WallClock, public MainQueue, public BackgroundQueu
   void release(WorkLane lane);
   /// Drops all that waits: deferred work holds managers, which hold queues.
   void dropAll();
+  /// Drops all that waits and all that comes from now on, also from other threads.
+  void close();
   /// How often postAfter was called, by whatever thread.
   std::uint64_t delayedPosts() const;
   /// Waits, in real time, until it was called so often; false when patience ends first.
@@ -70,6 +72,7 @@ class ManualExecutor : public WallClock, public MainQueue, public BackgroundQueu
   std::deque<Work> ready_;
   std::vector<Delayed> delayed_;  // in the order of their posting
   std::array<bool, 3> isHeld_{};
+  bool isClosed_ = false;
 };
 
 }  // namespace quorvance

@@ -1,0 +1,36 @@
+#include "diagnostics/crash_eye.h"
+
+#include <utility>
+
+#include "diagnostics/crash_delegates.h"
+#include "diagnostics/crash_plan.h"
+
+namespace quorvance {
+namespace {
+
+CrashVersions versionsFrom(const SystemTexts& texts) {
+  return {SystemTexts::sdkVersion(), texts.systemVersion().value_or(""),
+          texts.deviceModel().value_or("")};
+}
+
+// In the signal handler: the list was made by the installation.
+bool isAnyDelegateAlive() noexcept { return CrashDelegates::ofProcess().isAnyoneAlive(); }
+
+}  // namespace
+
+CrashEye::CrashEye(std::shared_ptr<CrashTrap> trap, std::shared_ptr<SystemTexts> texts)
+    : trap_(std::move(trap)), texts_(std::move(texts)) {}
+
+void CrashEye::install(std::weak_ptr<CrashEyeDelegate> delegate) {
+  if (!trap_) return;
+  CrashDelegates::ofProcess().add(delegate);
+  const CrashVersions versions = versionsFrom(*texts_);
+  CrashPlan plan = makeCrashPlan(versions);
+  plan.isAnyoneListening = &isAnyDelegateAlive;
+  plan.tell = [versions](const CaughtCrash& crash) {
+    CrashDelegates::ofProcess().tell(crashModelOf(crash, versions));
+  };
+  trap_->install(std::move(plan));
+}
+
+}  // namespace quorvance

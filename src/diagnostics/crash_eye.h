@@ -1,0 +1,27 @@
+#pragma once
+
+#include <memory>
+
+#include "diagnostics/crash_catcher.h"
+#include "quorvance/platform/crash_trap.h"
+#include "state/system_texts.h"
+
+namespace quorvance {
+
+/// Catches the crashes of this process with the platform's trap, which writes the report, and hands
+/// each to every delegate that is still alive. The list of delegates is the process's own. Any
+/// thread.
+class CrashEye : public CrashCatcher {
+ public:
+  /// Without a trap nothing is ever caught.
+  CrashEye(std::shared_ptr<CrashTrap> trap, std::shared_ptr<SystemTexts> texts);
+
+  /// With the texts of now; a delegate that is there already is not added again.
+  void install(std::weak_ptr<CrashEyeDelegate> delegate) override;
+
+ private:
+  const std::shared_ptr<CrashTrap> trap_;
+  const std::shared_ptr<SystemTexts> texts_;
+};
+
+}  // namespace quorvance

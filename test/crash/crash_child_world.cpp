@@ -1,0 +1,91 @@
+#include "test/crash/crash_child_world.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <utility>
+
+#include "test/crash/allocator_count.h"
+
+namespace quorvance {
+namespace {
+
+int* volatile nothing = nullptr;
+
+CrashNotes* mapNotes(const std::string& path) {
+  const int file = open(path.c_str(), O_RDWR | O_CLOEXEC);
+  void* const memory =
+      mmap(nullptr, sizeof(CrashNotes), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+  close(file);
+  if (memory == MAP_FAILED) std::_Exit(EXIT_FAILURE);
+  return static_cast<CrashNotes*>(memory);
+}
+
+/// The real trap; says what delegates are told, and lets them be as bad as the test wants.
+class OverheardTrap : public CrashTrap {
+ public:
+  OverheardTrap(std::shared_ptr<CrashTrap> trap, const DelegateManner& manner)
+      : trap_(std::move(trap)), manner_(manner) {}
+
+  void install(CrashPlan plan) override {
+    plan.tell = [tell = std::move(plan.tell), this](const CaughtCrash& crash) {
+      tell(crash);
+      sayLine("told " + crash.name + (crash.isStored ? " stored" : " not stored"));
+      if (manner_ == DelegateManner::hangs) pause();
+      if (manner_ == DelegateManner::crashes) writeToNothing();
+    };
+    trap_->install(std::move(plan));
+  }
+
+ private:
+  const std::shared_ptr<CrashTrap> trap_;
+  const DelegateManner& manner_;
+};
+
+}  // namespace
+
+CrashChildWorld::CrashChildWorld(std::string folder, const std::string& notesFile)
+    : folder_(std::move(folder)), notes_(mapNotes(notesFile)), platform_(doubles_.platform()) {
+  LinuxPlatformOptions options;
+  options.dataFolder = folder_;
+  const Platform real = makeLinuxPlatform(std::move(options));
+  platform_.documents = real.documents;
+  platform_.crashTrap = std::make_shared<OverheardTrap>(real.crashTrap, delegateManner);
+  manager_ = std::make_unique<QuorvanceManager>(platform_);
+}
+
+CrashChildWorld::~CrashChildWorld() = default;
+
+void CrashChildWorld::receiveConfiguration(bool enableCrashEye) {
+  doubles_.http->answer(
+      "qrsk-med/3.0/getSdkConfiguration/",
+      okReply(enableCrashEye ? R"({"enable_crash_eye": true})" : R"({"enable_crash_eye": false})"));
+  manager_->setupWithServerUrl("http://risk.test/", "u1");
+  doubles_.time->run();
+}
+
+void CrashChildWorld::dropManager() {
+  doubles_.http->dropAll();
+  doubles_.time->dropAll();
+  manager_.reset();
+}
+
+void CrashChildWorld::noteFault() {
+  timespec now = {};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  notes_->faultTime = std::int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
+  countAllocatorCalls(*notes_);
+}
+
+void sayLine(const std::string& line) {
+  const std::string whole = line + "\n";
+  // Who cannot be told of a crash learns of it from the file.
+  if (write(STDOUT_FILENO, whole.data(), whole.size()) < 0) return;
+}
+
+void writeToNothing() { *nothing = 1; }
+
+}  // namespace quorvance
