@@ -32,6 +32,7 @@ std::vector<std::string> serverArguments(const DemoOptions& options, const Serve
   };
   add("--config", files.config);
   add("--rules", files.rules);
+  add("--faults", files.faults);
   add("--log", options.logFile);
   return arguments;
 }
@@ -47,8 +48,9 @@ std::string serverUrlFor(const DemoOptions& options, const ServerFiles& files,
   std::string url = withLastSlash(*options.serverUrl);
   const bool isCompleted = url != *options.serverUrl;
   printer.print("risk server        " + url + (isCompleted ? " (last slash added)" : ""));
-  if (files.config || files.rules) {
-    printer.print("                   its own configuration and rules, not those of the journey");
+  if (files.config || files.rules || files.faults) {
+    printer.print(
+        "                   its own configuration, rules and faults, not those of the journey");
   }
   return url;
 }

@@ -100,18 +100,25 @@ Action readPermissionStep(ObjectReader& reader) {
       *wordValue(reader, "permission", "permission", wordsOf<quorvance::MobilePermission>())};
 }
 
+Action readCrashStep(ObjectReader& reader) {
+  return CrashStep{*wordValue<CrashWay>(
+      reader, "crash", "crash",
+      {{"segv", CrashWay::segv}, {"abort", CrashWay::abort}, {"exception", CrashWay::exception}})};
+}
+
 struct StepKind {
   const char* key;
   Action (*read)(ObjectReader& reader);
 };
 
 // The key that a step has names its kind. A further kind is a further line here.
-constexpr std::array<StepKind, 5> kStepKinds = {{
+constexpr std::array<StepKind, 6> kStepKinds = {{
     {"checkpoint", readCheckPointStep},
     {"wait", readWaitStep},
     {"logout", readLogoutStep},
     {"user", readUserStep},
     {"permission", readPermissionStep},
+    {"crash", readCrashStep},
 }};
 
 const StepKind& kindOfStep(const Json& json, const Pointer& place) {
@@ -177,6 +184,7 @@ ServerFiles readServerFiles(const Json& json, const Pointer& place,
   ServerFiles files;
   files.config = readServerFile(reader, "config", folder);
   files.rules = readServerFile(reader, "rules", folder);
+  files.faults = readServerFile(reader, "faults", folder);
   reader.finish();
   return files;
 }

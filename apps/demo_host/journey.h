@@ -10,6 +10,7 @@
 #include <variant>
 #include <vector>
 
+#include "apps/demo_host/demo_crash.h"
 #include "apps/demo_host/journey_json.h"
 #include "quorvance/check_point.h"
 #include "quorvance/mobile_permission.h"
@@ -57,8 +58,13 @@ struct PermissionStep {
   quorvance::MobilePermission permission{};
 };
 
-using Action =
-    std::variant<VerdictStep, ReportStep, WaitStep, LogoutStep, UserStep, PermissionStep>;
+// The host dies here, once crash capture is on; what follows is not played.
+struct CrashStep {
+  CrashWay way{};
+};
+
+using Action = std::variant<VerdictStep, ReportStep, WaitStep, LogoutStep, UserStep, PermissionStep,
+                            CrashStep>;
 
 struct Step {
   Action action;
@@ -77,6 +83,7 @@ struct JourneySetup {
 struct ServerFiles {
   std::optional<std::filesystem::path> config;
   std::optional<std::filesystem::path> rules;
+  std::optional<std::filesystem::path> faults;
 };
 
 struct Journey {

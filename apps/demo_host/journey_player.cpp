@@ -170,4 +170,13 @@ void JourneyPlayer::act(const PermissionStep& step) {
   printer_.printStep(line_);
 }
 
+void JourneyPlayer::act(const CrashStep& step) {
+  line_.what = "crash";
+  if (!crashCapture_.waitUntilOn()) {
+    throw RunError(nameOfStep() + ": the configuration does not switch crash capture on");
+  }
+  printer_.printStep(line_);
+  crashOnPurpose(step.way);
+}
+
 }  // namespace demo_host

@@ -60,11 +60,13 @@ class JourneyPlayer {
   void act(const LogoutStep& step);
   void act(const UserStep& step);
   void act(const PermissionStep& step);
+  [[noreturn]] void act(const CrashStep& step);
   void report(quorvance::CheckPointType type, const std::string& requestId, const Outcome& outcome);
   void expectCall(const char* path) { ++result_.calls[path]; }
 
   quorvance::QuorvanceManager& manager_;
   JourneyPrinter& printer_;
+  const CrashCapture crashCapture_;
   JourneyResult result_;
   // Of the step that is being played.
   StepLine line_;

@@ -104,7 +104,7 @@ TEST(JourneyTest, AWrongJourneyIsRefusedWithItsPlace) {
 
 TEST(JourneyTest, AWrongStepIsRefusedWithItsPlace) {
   expectFaults({
-      {journeyOf("5"), "/steps/1: ", "checkpoint, logout, permission, user, wait"},
+      {journeyOf("5"), "/steps/1: ", "checkpoint, crash, logout, permission, user, wait"},
       {journeyOf(R"({"note": "nothing"})"), "/steps/1: ", "with one of"},
       {journeyOf(R"({"wait": 1, "logout": true})"), "/steps/1/logout: no such key", ""},
       {journeyOf(R"({"wait": -1})"), "/steps/1/wait: ", "from 0"},
@@ -193,7 +193,7 @@ TEST(JourneyTest, AWholeJourneyIsRead) {
   const JourneyFolder folder;
   folder.write("rules.json", "[]");
   const auto file = folder.write("journey.json", R"({
-    "title": "all", "server": {"rules": "rules.json"},
+    "title": "all", "server": {"rules": "rules.json", "faults": "rules.json"},
     "setup": {"user": "u", "applicationIdentifier": "org.a", "applicationVersion": "1",
               "deviceIdentifier": false},
     "steps": [
@@ -203,6 +203,7 @@ TEST(JourneyTest, AWholeJourneyIsRead) {
       {"wait": 7}, {"logout": true}, {"user": "v"}, {"permission": "PHOTO"}]})");
   const Journey journey = loadJourney(file);
   EXPECT_EQ(journey.server.rules, folder.path() / "rules.json");
+  EXPECT_EQ(journey.server.faults, folder.path() / "rules.json");
   EXPECT_EQ(journey.setup.application.identifier, "org.a");
   EXPECT_FALSE(journey.setup.wantsDeviceIdentifier);
   const auto& verdict = std::get<VerdictStep>(journey.steps.at(0).action);

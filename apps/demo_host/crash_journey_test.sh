@@ -1,0 +1,31 @@
+#!/bin/sh
+# crash_journey_test.sh DEMO_HOST RISK_SERVER JOURNEYS: the demo crashes, and its next run over the
+# same data uploads the report.
+set -eu
+
+demo="$1" server="$2" journeys="$3"
+folder="$(mktemp -d)"
+trap 'rm -rf "$folder"' EXIT
+
+fail() {
+  echo "crash_journey_test: $1" >&2
+  exit 1
+}
+
+count_reports() {
+  find "$folder/data" -name 'crash*.json' | wc -l
+}
+
+play() {
+  "$demo" "$journeys/$1.json" --risk-server "$server" --data-folder "$folder/data" \
+    --log "$folder/$1.log"
+}
+
+status=0
+play crash || status=$?
+test "$status" -eq 137 || fail "the crash ended with status $status, not with SIGKILL"
+test "$(count_reports)" -eq 1 || fail "the crash left $(count_reports) reports"
+play banking_day || fail "the run after the crash failed"
+test "$(count_reports)" -eq 0 || fail "the report is still there"
+test "$(grep -c '"/qrsk-med/3.0/CrashLogging/"' "$folder/banking_day.log")" -eq 1 ||
+  fail "the report did not reach the server once"
