@@ -103,7 +103,6 @@ TEST(FirstVerdictTest, StoredStateSurvivesTheProcess) {
 
 TEST(FirstVerdictTest, HostsOwnLoopRunsTheMainQueue) {
   RealWorld world;
-  world.server.setConfiguration(nlohmann::ordered_json::object());
   const auto loop = std::make_shared<HostLoopQueue>();
   ASSERT_GE(loop->descriptor(), 0);
   QuorvanceManager manager(world.platform(loop));

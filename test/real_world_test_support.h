@@ -51,7 +51,12 @@ class VerdictInbox {
 
 /// A server, and the platform of a host that has just been installed.
 struct RealWorld {
-  RealWorld() { server.start(); }
+  // Neither trace loops nor crash handlers, unless a test wants them: a loop holds its manager for
+  // ever, as its contract says.
+  RealWorld() {
+    server.setConfiguration(nlohmann::ordered_json::parse(R"({"timeout_connection": 10})"));
+    server.start();
+  }
 
   Platform platform(std::shared_ptr<MainQueue> mainQueue = nullptr) const {
     LinuxPlatformOptions options;

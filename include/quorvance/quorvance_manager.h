@@ -26,7 +26,8 @@ class ManagerCore;
 
 /// The verdict of the server, the same signed by it ("-1" when there is none), and the identifier
 /// under which the outcome is reported later. Runs once, on a background thread of the library; a
-/// host that needs its own thread hops there. An exception that leaves it ends the process.
+/// host that needs its own thread hops there: a completion that blocks keeps one of two such threads.
+/// An exception that leaves it ends the process.
 using RiskCompletion =
     std::function<void(Risk risk, std::string signedRisk, std::string requestID)>;
 
@@ -67,7 +68,8 @@ class QuorvanceManager {
   static void setSessionDataCollect(bool on);
   /// Prints the value in debug mode.
   static void log(const std::optional<std::string>& value);
-  /// Records the error in the trace log of the process's context; in debug mode prints it too.
+  /// Records the error in the trace log of the process's context; in debug mode prints it too. What
+  /// is no platform error is only worth a line: log() prints it.
   static void exceptionQV(const std::optional<PlatformError>& error);
 
   /// Absent until setup or the host sets it; must end in "/", since paths are glued to it.

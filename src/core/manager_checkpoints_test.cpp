@@ -79,6 +79,21 @@ TEST(CheckpointTest, LoginChangesTheStoredUserBeforeTheBodyIsBuilt) {
   EXPECT_EQ(world.manager->userId(), "r");
 }
 
+TEST(CheckpointTest, FirstOneTellsThePermissionsThatSetupRead) {
+  ManagerWorld world;
+  world.authorization->answers[AuthorizationSubject::camera] = AuthorizationStatus::authorized;
+  world.setup();
+  world.time->run();
+  world.manager->arriveToCheckPoint(Launch());
+  world.time->run();
+  const Json body = world.http->sentTo(ManagerWorld::kEventPath)[0].body;
+  const Json& told = body["checkpoint_additional_data"];
+  EXPECT_EQ(textOf(told["permissions"]), R"(["CAMERA"])");
+  EXPECT_EQ(textOf(told["ignorePermissions"]),
+            R"(["AUTHORIZED_WHEN_IN_USE","AUTHORIZED_ALWAYS","PHOTO","READ_CONTACTS","CALENDAR",)"
+            R"("REMINDER"])");
+}
+
 TEST(CheckpointTest, StepsComeInTheirOrder) {
   ManagerWorld world;
   world.http->answer(ManagerWorld::kRiskPath, okReply(R"({"risk":0})"));

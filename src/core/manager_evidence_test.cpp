@@ -49,7 +49,7 @@ TEST(EvidenceTest, PermissionsAreAnsweredFromTheLastReading) {
   world.authorization->answers[AuthorizationSubject::camera] = AuthorizationStatus::authorized;
   world.authorization->answers[AuthorizationSubject::location] =
       AuthorizationStatus::authorizedWhenInUse;
-  EXPECT_FALSE(world.manager->ifAuthorized(MobilePermission::CAMERA));
+  world.setup();
   world.time->run();
   EXPECT_TRUE(world.manager->ifAuthorized(MobilePermission::CAMERA));
   EXPECT_TRUE(world.manager->ifAuthorized(MobilePermission::AUTHORIZED_WHEN_IN_USE));

@@ -40,6 +40,8 @@ bool ManagerCore::setup(const std::string& serverUrl, const std::optional<std::s
   }
   configureServerUrl(serverUrl);
   configureUserId(userId);
+  // The first checkpoint may follow at once; its permissions are those that were read last.
+  context_->facts->refreshPermissions();
   const auto& version = context_->platform.hostApplication.shortVersion;
   if (version) debugPrint(*version);
   // Nothing is measured between the two readings; the line is kept as it stands.
@@ -176,8 +178,13 @@ void ManagerCore::uploadTraces() {
   }
   context_->platform.backgroundQueue->post(
       WorkLane::completions, [self = shared_from_this(), call = prepare(Service::tracingData)] {
+        Json entries = self->context_->tracing->entries();
+        if (entries.empty()) {  // another loop's upload has cleared the buffer since
+          self->sendingTracingData();
+          return;
+        }
         Json body = makeObject(4);
-        putMember(body, "tracingData", self->context_->tracing->entries());
+        putMember(body, "tracingData", std::move(entries));
         self->networkManager_->send(call, std::move(body),
                                     std::make_shared<CallCompletion>(
                                         [self](const ResponceObject& response) {

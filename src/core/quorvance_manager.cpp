@@ -21,6 +21,13 @@ struct SharedManager {
   std::shared_ptr<QuorvanceManager> manager;
 };
 
+// In a forked child, where no lock may be taken: nothing stands behind it. Leaked on purpose.
+const std::shared_ptr<QuorvanceManager>& managerOfForkedChild() {
+  static auto* const manager =
+      new std::shared_ptr<QuorvanceManager>(std::make_shared<QuorvanceManager>());
+  return *manager;
+}
+
 // Leaked on purpose, as the context that it stands over.
 SharedManager& sharedManager() {
   static auto* const holder = new SharedManager();
@@ -35,14 +42,18 @@ bool mayEnter() {
 
 }  // namespace
 
-QuorvanceManager::QuorvanceManager() : core_(ManagerCore::make(processContext())) {}
+QuorvanceManager::QuorvanceManager() {
+  if (mayEnter()) core_ = ManagerCore::make(processContext());
+}
 
-QuorvanceManager::QuorvanceManager(Platform platform)
-    : core_(ManagerCore::make(std::make_shared<Context>(std::move(platform)))) {}
+QuorvanceManager::QuorvanceManager(Platform platform) {
+  if (mayEnter()) core_ = ManagerCore::make(std::make_shared<Context>(std::move(platform)));
+}
 
 QuorvanceManager::~QuorvanceManager() = default;
 
 std::shared_ptr<QuorvanceManager> QuorvanceManager::shared() {
+  if (!mayEnter()) return managerOfForkedChild();
   SharedManager& holder = sharedManager();
   const std::lock_guard lock(holder.mutex);
   if (!holder.manager) holder.manager = std::make_shared<QuorvanceManager>();
@@ -50,13 +61,14 @@ std::shared_ptr<QuorvanceManager> QuorvanceManager::shared() {
 }
 
 void QuorvanceManager::setShared(std::shared_ptr<QuorvanceManager> manager) {
+  if (!mayEnter()) return;
   SharedManager& holder = sharedManager();
   const std::lock_guard lock(holder.mutex);
   holder.manager.swap(manager);
 }
 
 bool QuorvanceManager::usePlatform(Platform platform) {
-  return chooseProcessPlatform(std::move(platform));
+  return mayEnter() && chooseProcessPlatform(std::move(platform));
 }
 
 bool QuorvanceManager::isInDebugMode() { return quorvance::isInDebugMode(); }
@@ -68,7 +80,7 @@ bool QuorvanceManager::sessionDataCollect() { return quorvance::sessionDataColle
 void QuorvanceManager::setSessionDataCollect(bool on) { quorvance::setSessionDataCollect(on); }
 
 void QuorvanceManager::log(const std::optional<std::string>& value) {
-  if (value) debugPrint(*value);
+  if (value && mayEnter()) debugPrint(*value);
 }
 
 void QuorvanceManager::exceptionQV(const std::optional<PlatformError>& error) {
@@ -91,10 +103,10 @@ void QuorvanceManager::setUserId(std::optional<std::string> userId) {
   if (mayEnter()) core_->setUserId(std::move(userId));
 }
 
-bool QuorvanceManager::logoutEventNow() const { return core_->logoutEventNow(); }
+bool QuorvanceManager::logoutEventNow() const { return mayEnter() && core_->logoutEventNow(); }
 
 void QuorvanceManager::setLogoutEventNow(bool logoutEventNow) {
-  core_->setLogoutEventNow(logoutEventNow);
+  if (mayEnter()) core_->setLogoutEventNow(logoutEventNow);
 }
 
 bool QuorvanceManager::setupWithServerUrl(const std::string& serverUrl,

@@ -136,6 +136,21 @@ TEST(UploaderTest, FailedCallStoresAReportThatGoesOutWithTheNextIdentifier) {
   EXPECT_EQ(world.documents->count("communicationError"), 0U);
 }
 
+TEST(UploaderTest, FiftyReportsAndADeadServerCostTheCallNothing) {
+  UploadWorld world;
+  for (int i = 0; i < 50; ++i) world.put("activity" + std::to_string(i) + ".json");
+  world.http->answer(kActivityPath, refusedReply());
+  world.time->run();
+  world.documents->reads = 0;
+  world.manager->arriveToCheckPoint(Launch());
+  // The call itself has read nothing and sent nothing.
+  EXPECT_EQ(world.documents->reads, 0);
+  EXPECT_EQ(world.http->countTo(kActivityPath), 0U);
+  world.time->run();
+  EXPECT_EQ(world.http->countTo(kActivityPath), 50U);
+  EXPECT_EQ(world.documents->count("activity"), 50U);
+}
+
 TEST(UploaderTest, FolderThatNeverAnswersHoldsUpNoVerdict) {
   UploadWorld world;
   world.put("activity1.json");

@@ -7,12 +7,14 @@ namespace quorvance {
 bool MemoryDocuments::prepare() { return isAvailable; }
 
 std::optional<PlatformError> MemoryDocuments::list(std::vector<DocumentEntry>& entries) {
+  ++reads;
   if (listError) return listError;
   for (const auto& file : files) entries.push_back({file.first, changedAt_[file.first]});
   return std::nullopt;
 }
 
 DocumentRead MemoryDocuments::read(const std::string& name, std::string& bytes) {
+  ++reads;
   if (readError) return {DocumentRead::Kind::failed, readError};
   if (std::find(oddNames.begin(), oddNames.end(), name) != oddNames.end()) {
     return {DocumentRead::Kind::unreadable, std::nullopt};

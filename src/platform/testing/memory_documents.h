@@ -20,6 +20,8 @@ class MemoryDocuments : public DocumentsFolder {
   std::optional<PlatformError> readError;
   std::optional<PlatformError> writeError;
   std::optional<PlatformError> removeError;
+  /// How often the folder was listed or a file read.
+  int reads = 0;
   /// Names that are no plain files.
   std::vector<std::string> oddNames;
 
