@@ -22,8 +22,9 @@ void CrashDelegates::add(const std::weak_ptr<CrashEyeDelegate>& delegate) {
     return present.delegate.expired() || isSameDelegate(present, delegate);
   });
   next->push_back({delegate});
-  const List* const old = list_.exchange(next.release());
-  if (!isRead_.load()) delete old;
+  std::unique_ptr<const List> old(list_.exchange(next.release()));
+  // Somebody may still be reading it; that is at most once a crash.
+  if (isRead_.load()) retired_.push_back(std::move(old));
 }
 
 bool CrashDelegates::isAnyoneAlive() noexcept {

@@ -37,6 +37,7 @@ class CrashDelegates {
   using List = std::vector<WeakCrashEyeDelegate>;
 
   std::mutex replacing_;
+  std::vector<std::unique_ptr<const List>> retired_;  // guarded by replacing_
   std::atomic<bool> isRead_{false};
   std::atomic<const List*> list_;
 };
