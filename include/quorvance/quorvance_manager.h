@@ -26,8 +26,8 @@ class ManagerCore;
 
 /// The verdict of the server, the same signed by it ("-1" when there is none), and the identifier
 /// under which the outcome is reported later. Runs once, on a background thread of the library; a
-/// host that needs its own thread hops there: a completion that blocks keeps one of two such threads.
-/// An exception that leaves it ends the process.
+/// host that needs its own thread hops there: a completion that blocks keeps one of two such
+/// threads. An exception that leaves it ends the process.
 using RiskCompletion =
     std::function<void(Risk risk, std::string signedRisk, std::string requestID)>;
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <future>
 #include <string>
 #include <thread>
 #include <vector>
@@ -123,6 +124,37 @@ TEST(KillSafetyTest, StateFileIsNeverTorn) {
     const std::string bytes = root.get("state.json");
     ASSERT_TRUE(parseJson(bytes).has_value()) << bytes.size();
   }
+}
+
+TEST(TwoProcessesTest, LoseNoUpdateOfTheStateFile) {
+  constexpr int kKeys = 100;
+  const TemporaryFolder root;
+  std::vector<pid_t> children;
+  for (const std::string& owner : {std::string("left"), std::string("right")}) {
+    const pid_t child = fork();
+    if (child == 0) {
+      const auto queue = std::make_shared<WorkQueue>();
+      JsonFileStore store(root.path(), queue);
+      for (int i = 0; i < kKeys; ++i) {
+        store.write(owner + std::to_string(i), "set");
+        store.synchronize();
+        // Each update is a turn of its own at the file.
+        std::promise<void> written;
+        queue->post(WorkLane::files, [&] { written.set_value(); });
+        written.get_future().wait();
+      }
+      _exit(0);
+    }
+    children.push_back(child);
+  }
+  for (const pid_t child : children) {
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+  }
+  const auto state = parseJson(root.get("state.json"));
+  ASSERT_TRUE(state.has_value());
+  EXPECT_EQ(state->size(), 2U * kKeys);
 }
 
 }  // namespace
