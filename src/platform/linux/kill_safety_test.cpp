@@ -81,6 +81,7 @@ TEST(KillSafetyTest, NoAcceptedReportIsLostOrTorn) {
       LinuxDocumentsFolder folder(root.path());
       folder.prepare();
       std::vector<std::thread> threads;
+      threads.reserve(4);
       for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&] {
           for (int n = 0; n < 12; ++n) {
@@ -130,6 +131,7 @@ TEST(TwoProcessesTest, LoseNoUpdateOfTheStateFile) {
   constexpr int kKeys = 100;
   const TemporaryFolder root;
   std::vector<pid_t> children;
+  children.reserve(2);
   for (const std::string& owner : {std::string("left"), std::string("right")}) {
     const pid_t child = fork();
     if (child == 0) {
