@@ -18,7 +18,8 @@ enum class StatusLogginType : std::int64_t { start = 0, end = 1, middle = 2 };
 struct LoggingData {
   /// What is traced; the same for every entry of one operation.
   struct Call {
-    std::optional<std::string> threadName;
+    /// Null when unknown; one text a thread, shared by its records.
+    std::shared_ptr<const std::string> threadName;
     std::optional<std::string> methodName;
     std::vector<std::string> paramList;
   };

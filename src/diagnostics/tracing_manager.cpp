@@ -10,14 +10,18 @@ namespace quorvance {
 namespace {
 
 // Made once a thread: it does not change.
-const std::string& currentThreadName() {
-  thread_local const std::string name = [] {
+const std::shared_ptr<const std::string>& currentThreadName() {
+  thread_local const auto name = [] {
     std::ostringstream text;
     text << "thread " << std::this_thread::get_id();
-    return text.str();
+    return std::make_shared<const std::string>(text.str());
   }();
   return name;
 }
+
+Json jsonOf(const LoggingData& record) { return record.getJson(); }
+
+Json jsonOf(const std::shared_ptr<const ErrorLogData>& record) { return record->getJson(); }
 
 }  // namespace
 
@@ -55,11 +59,11 @@ void TracingManager::addRestamped(LoggingData& record, StatusLogginType status) 
 }
 
 void TracingManager::traceException(const PlatformError& error) {
-  ErrorLogData record = ErrorLogData::stamped(*texts_, state_->now());
-  record.errorStack = error.description;
-  record.cause = error.failureReason;
-  record.errorType = error.domain;
-  record.errorCode = error.code;
+  auto record = std::make_shared<ErrorLogData>(ErrorLogData::stamped(*texts_, state_->now()));
+  record->errorStack = error.description;
+  record->cause = error.failureReason;
+  record->errorType = error.domain;
+  record->errorCode = error.code;
   add(std::move(record));
 }
 
@@ -95,7 +99,7 @@ Json TracingManager::entries() const {
   Json list = Json::array();
   list.get_ref<Json::array_t&>().reserve(copy.size());
   for (const Entry& entry : copy) {
-    list.push_back(std::visit([](const auto& record) { return record.getJson(); }, entry));
+    list.push_back(std::visit([](const auto& record) { return jsonOf(record); }, entry));
   }
   return list;
 }

@@ -24,7 +24,8 @@ namespace quorvance {
 /// records; they become JSON when they are sent.
 class TracingManager {
  public:
-  using Entry = std::variant<LoggingData, ErrorLogData>;
+  /// An error record is large and rare: it stands apart, so that entries stay small.
+  using Entry = std::variant<LoggingData, std::shared_ptr<const ErrorLogData>>;
 
   TracingManager(std::shared_ptr<InnerQuorvanceData> state, std::shared_ptr<SystemTexts> texts);
 
