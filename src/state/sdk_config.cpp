@@ -51,8 +51,6 @@ std::optional<AppRunMode> appRunModeFromRawValue(std::int64_t rawValue) {
   return VocabularyEnumerator<AppRunMode>::fromRawValue(rawValue);
 }
 
-std::string_view appRunModeWord(AppRunMode mode) { return wordOf(mode); }
-
 TracingDataQvData TracingDataQvData::fromJson(const Json& json) {
   TracingDataQvData levels;
   recordFromJson(json, &levels, kTracingFields);

@@ -18,7 +18,6 @@ enum class AppRunMode : std::int64_t { PRODUCTION = 0, DEVELOPMENT = 1, DEMO = 2
 /// Absent for an unknown word.
 std::optional<AppRunMode> appRunModeFromWord(std::string_view word);
 std::optional<AppRunMode> appRunModeFromRawValue(std::int64_t rawValue);
-std::string_view appRunModeWord(AppRunMode mode);
 
 /// Which operations leave trace entries, and how many of them are kept.
 struct TracingDataQvData {
