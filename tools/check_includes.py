@@ -16,7 +16,18 @@ from pathlib import Path
 ARROWS = {
     "base": [],
     "platform": ["base"],
-    "platform/linux": ["platform"],
+    "platform/linux": [
+        "platform/linux/crash",
+        "platform/linux/facts",
+        "platform/linux/http",
+        "platform/linux/storage",
+        "platform/linux/threads",
+    ],
+    "platform/linux/crash": ["platform/linux/storage", "platform/linux/threads"],
+    "platform/linux/facts": ["platform/linux/storage"],
+    "platform/linux/http": ["platform/linux/threads"],
+    "platform/linux/storage": ["platform/linux/threads"],
+    "platform/linux/threads": ["platform"],
     "platform/testing": ["platform"],
     "model": ["base"],
     "state": ["model", "platform"],
@@ -94,13 +105,13 @@ def is_test(path):
 
 def source_folder(parts):
     """The folder of the table for a path below src/, None when the table has no such folder."""
-    nested = "/".join(parts[:2])
-    if len(parts) > 2 and nested in ARROWS:
-        return nested
-    if len(parts) > 1 and parts[0] in ARROWS:
-        # A folder below platform/ is a platform of its own and needs a line in the table.
-        return None if parts[0] == "platform" and len(parts) > 2 else parts[0]
-    return None
+    folder = "/".join(parts[:-1])
+    return folder if folder in ARROWS else None
+
+
+def is_linux(folder):
+    """Whether the folder is the Linux platform or one of its rooms."""
+    return folder == "platform/linux" or folder.startswith("platform/linux/")
 
 
 class Tree:
@@ -168,7 +179,7 @@ def problem_of_angled(kind, folder, test, name):
         return None if allowed else f"<{name}> is only for {THIRD_PARTY[top]}"
     if kind == "public":
         return f"a public header includes no system header: <{name}>"
-    if kind == "source" and folder != "platform/linux":
+    if kind == "source" and not is_linux(folder):
         if (folder, name) not in SYSTEM_HEADER_EXCEPTIONS:
             return f"system headers are only for src/platform/linux: <{name}>"
     return None

@@ -23,6 +23,8 @@ SOUND = {
     "src/platform/linux/linux_clock.h": "#include <quorvance/platform/clock.h>\n",
     "src/platform/linux/linux_clock_test.cpp": '#include <gtest/gtest.h>\n#include <sys/stat.h>\n'
     '#include "platform/testing/manual_clock.h"\n#include "platform/linux/linux_clock.h"\n',
+    "src/platform/linux/http/session.cpp": '#include "platform/linux/threads/thread.h"\n',
+    "src/platform/linux/threads/thread.h": "#include <pthread.h>\n",
     "src/platform/testing/manual_clock.h": "#include <quorvance/platform/clock.h>\n",
     "src/model/risk.cpp": '#include "quorvance/risk.h"\n#include <nlohmann/json.hpp>\n',
     "src/model/risk_test.cpp": '#include <gmock/gmock.h>\n#include "platform/testing/manual_clock.h"\n',
@@ -65,6 +67,19 @@ VIOLATIONS = [
         '"platform/testing/manual_clock.h"',
         "platform/linux may not include platform/testing",
     ),
+    (
+        "rooms of a platform have layers too",
+        "src/platform/linux/threads/a.cpp",
+        '"platform/linux/http/session.cpp"',
+        "threads may not include platform/linux/http",
+    ),
+    (
+        "a room does not see the whole platform",
+        "src/platform/linux/http/a.cpp",
+        '"platform/linux/linux_clock.h"',
+        "platform/linux/http may not include platform/linux",
+    ),
+    ("an unknown room", "src/platform/linux/odd/a.cpp", "<string>", "not in the include table"),
     ("tests keep to the layers", "src/model/a_test.cpp", '"core/x.h"', "not there"),
     ("tests of model see no state", "src/model/a_test.cpp", '"state/session.h"', "may not"),
     ("system headers stay below", "src/core/a.cpp", "<unistd.h>", "system headers"),

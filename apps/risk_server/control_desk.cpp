@@ -3,8 +3,8 @@
 #include <exception>
 #include <utility>
 
-#include "apps/risk_server/fault_reader.h"
-#include "apps/risk_server/json_reply.h"
+#include "apps/risk_server/faults/fault_reader.h"
+#include "apps/risk_server/http/json_reply.h"
 
 namespace risk_server {
 namespace {

@@ -6,10 +6,10 @@
 #include <string>
 #include <string_view>
 
-#include "apps/risk_server/contract.h"
+#include "apps/risk_server/contract/contract.h"
 #include "apps/risk_server/exchange_log.h"
-#include "apps/risk_server/fault_list.h"
-#include "apps/risk_server/http_listener.h"
+#include "apps/risk_server/faults/fault_list.h"
+#include "apps/risk_server/http/http_listener.h"
 #include "apps/risk_server/service_desk.h"
 
 namespace risk_server {

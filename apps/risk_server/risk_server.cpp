@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "apps/risk_server/embedded_files.h"
-#include "apps/risk_server/fault_reader.h"
-#include "apps/risk_server/signed_verdict.h"
+#include "apps/risk_server/faults/fault_reader.h"
+#include "apps/risk_server/verdicts/signed_verdict.h"
 
 namespace risk_server {
 

@@ -14,13 +14,13 @@
 #include <string_view>
 #include <vector>
 
-#include "apps/risk_server/contract.h"
+#include "apps/risk_server/contract/contract.h"
 #include "apps/risk_server/control_desk.h"
 #include "apps/risk_server/exchange_log.h"
-#include "apps/risk_server/fault_list.h"
-#include "apps/risk_server/http_listener.h"
+#include "apps/risk_server/faults/fault_list.h"
+#include "apps/risk_server/http/http_listener.h"
 #include "apps/risk_server/service_desk.h"
-#include "apps/risk_server/verdict_rules.h"
+#include "apps/risk_server/verdicts/verdict_rules.h"
 
 namespace risk_server {
 

@@ -8,10 +8,10 @@
 #include <iterator>
 #include <thread>
 
-#include "apps/risk_server/http_listener.h"
-#include "apps/risk_server/raw_client.h"
+#include "apps/risk_server/http/http_listener.h"
+#include "apps/risk_server/http/raw_client.h"
 #include "apps/risk_server/sample_bodies.h"
-#include "apps/risk_server/signed_verdict.h"
+#include "apps/risk_server/verdicts/signed_verdict.h"
 
 namespace risk_server {
 namespace {

@@ -4,7 +4,7 @@
 #include <map>
 #include <system_error>
 
-#include "apps/risk_server/fault_reader.h"
+#include "apps/risk_server/faults/fault_reader.h"
 
 namespace risk_server {
 namespace {

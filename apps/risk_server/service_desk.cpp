@@ -4,9 +4,9 @@
 #include <exception>
 #include <utility>
 
-#include "apps/risk_server/json_reply.h"
-#include "apps/risk_server/signed_verdict.h"
-#include "apps/risk_server/text_codecs.h"
+#include "apps/risk_server/http/json_reply.h"
+#include "apps/risk_server/http/text_codecs.h"
+#include "apps/risk_server/verdicts/signed_verdict.h"
 
 namespace risk_server {
 namespace {

@@ -1,30 +1,28 @@
-// The Linux side of the seam; start reading here. Each class beside this file stands for one
-// interface; what they share:
-//   library_thread    how every thread of the library is started
-//   timed_tasks       the order of waiting tasks, for both main queues
-//   private_files     files and folders of the application's own data
-//   crash_*           what the handlers of linux_crash_trap are made of
-//   root_files        the files in which a system describes itself, under any root folder
-//   assignments, locale_names, time_zone_name, chassis_kind, url_check, data_folder
-//                     rules without a system call
+// The Linux side of the seam; start reading here. Each room holds what stands behind some of the
+// interfaces:
+//   threads/   both main queues, the background queue, and how every thread of the library starts
+//   storage/   files and folders of the application's own data: the state, the documents
+//   http/      the HTTP session over libcurl
+//   facts/     what the system tells of itself and of the device
+//   crash/     the crash trap: what a dying process may still do
 #include "quorvance/platform/linux_platform.h"
 
 #include <errno.h>
 
+#include <chrono>
 #include <utility>
 
-#include "platform/linux/curl_http_session.h"
-#include "platform/linux/data_folder.h"
-#include "platform/linux/json_file_store.h"
-#include "platform/linux/linux_crash_trap.h"
-#include "platform/linux/linux_documents_folder.h"
-#include "platform/linux/linux_environment.h"
-#include "platform/linux/linux_identity.h"
-#include "platform/linux/linux_system_facts.h"
-#include "platform/linux/root_files.h"
-#include "platform/linux/system_wall_clock.h"
-#include "platform/linux/thread_main_queue.h"
-#include "platform/linux/work_queue.h"
+#include "platform/linux/crash/linux_crash_trap.h"
+#include "platform/linux/facts/linux_environment.h"
+#include "platform/linux/facts/linux_identity.h"
+#include "platform/linux/facts/linux_system_facts.h"
+#include "platform/linux/facts/root_files.h"
+#include "platform/linux/http/curl_http_session.h"
+#include "platform/linux/storage/data_folder.h"
+#include "platform/linux/storage/json_file_store.h"
+#include "platform/linux/storage/linux_documents_folder.h"
+#include "platform/linux/threads/thread_main_queue.h"
+#include "platform/linux/threads/work_queue.h"
 
 namespace quorvance {
 namespace {
@@ -37,6 +35,15 @@ std::string executableName() {
   if (name.ends_with(kDeleted)) name.resize(name.size() - kDeleted.size());
   return name.empty() ? std::string(program_invocation_short_name) : name;
 }
+
+/// The system's real-time clock. Any thread.
+class SystemWallClock : public WallClock {
+ public:
+  double secondsSince1970() override {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration<double>(now).count();
+  }
+};
 
 LinuxEnvironment::Variables variablesOf(const LinuxPlatformOptions& options) {
   if (!options.environment) return LinuxEnvironment::processVariables();

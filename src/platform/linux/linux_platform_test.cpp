@@ -9,9 +9,10 @@
 #include <memory>
 #include <string>
 
-#include "platform/linux/data_folder.h"
-#include "platform/linux/linux_environment.h"
-#include "platform/linux/temporary_folder_test_support.h"
+#include "platform/linux/facts/linux_environment.h"
+#include "platform/linux/storage/data_folder.h"
+#include "platform/linux/storage/temporary_folder_test_support.h"
+#include "quorvance/platform/host_loop_queue.h"
 
 namespace quorvance {
 namespace {

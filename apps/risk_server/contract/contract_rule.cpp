@@ -1,0 +1,194 @@
+#include "apps/risk_server/contract/contract_rule.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+
+namespace risk_server {
+namespace {
+
+// Longer texts are refused by a pattern unseen.
+constexpr std::size_t kMaxPatternTextBytes = std::size_t{64} << 10;
+constexpr std::size_t kMaxListedWords = 20;
+
+bool fitsInteger(const Json& value) {
+  if (!value.is_number_integer()) return false;
+  return !value.is_number_unsigned() ||
+         value.get<std::uint64_t>() <=
+             static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+}
+
+bool isOfType(const Json& value, ValueType type) {
+  switch (type) {
+    case ValueType::kText:
+      return value.is_string();
+    case ValueType::kInteger:
+      return fitsInteger(value);
+    case ValueType::kNumber:
+      return value.is_number();
+    case ValueType::kBoolean:
+      return value.is_boolean();
+    case ValueType::kObject:
+      return value.is_object();
+    case ValueType::kArray:
+      return value.is_array();
+    case ValueType::kAny:
+      return true;
+  }
+  return false;
+}
+
+const char* nameOfType(ValueType type) {
+  constexpr std::array<const char*, 7> kNames = {"a text",    "an integer", "a number", "a boolean",
+                                                 "an object", "an array",   "a value"};
+  return kNames.at(static_cast<std::size_t>(type));
+}
+
+Mismatch expectedButGot(const std::string& expected, const Json& value) {
+  return {"", "expected " + expected + ", got " + quoteForMessage(value)};
+}
+
+std::string listOfValues(const std::vector<Json>& values) {
+  if (values.size() == 1) return dumpServerJson(values.front());
+  std::string list = "one of ";
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    if (i == kMaxListedWords) return list + ", ... (" + std::to_string(values.size()) + " words)";
+    list += (i == 0 ? "" : ", ") + dumpServerJson(values[i]);
+  }
+  return list;
+}
+
+// The shortest front part of the path that leads nowhere.
+std::string firstMissing(const Json& value, const std::string& path) {
+  for (auto dot = path.find('.'); dot != std::string::npos; dot = path.find('.', dot + 1)) {
+    if (findPath(value, path.substr(0, dot)) == nullptr) return path.substr(0, dot);
+  }
+  return path;
+}
+
+}  // namespace
+
+Mismatch Mismatch::under(const std::string& key) && {
+  const bool glued = place.empty() || place.front() == '[';
+  place = key + (glued ? "" : ".") + place;
+  return std::move(*this);
+}
+
+Mismatch Mismatch::under(std::size_t index) && {
+  return std::move(*this).under("[" + std::to_string(index) + "]");
+}
+
+std::optional<Mismatch> TypeRule::check(const Json& value) const {
+  if (isOfType(value, type_)) return std::nullopt;
+  return expectedButGot(nameOfType(type_), value);
+}
+
+std::optional<Mismatch> ValuesRule::check(const Json& value) const {
+  if (std::find(values_.begin(), values_.end(), value) != values_.end()) return std::nullopt;
+  return expectedButGot(listOfValues(values_), value);
+}
+
+PatternRule::PatternRule(const std::string& expression, std::string called)
+    : called_(std::move(called)) {
+  const int fault = regcomp(&compiled_, expression.c_str(), REG_EXTENDED | REG_NOSUB);
+  if (fault == 0) return;
+  std::array<char, 256> text{};
+  regerror(fault, &compiled_, text.data(), text.size());
+  throw InputError("\"" + expression + "\": " + text.data());
+}
+
+PatternRule::~PatternRule() { regfree(&compiled_); }
+
+std::optional<Mismatch> PatternRule::check(const Json& value) const {
+  if (!value.is_string()) return expectedButGot(called_, value);
+  const auto& text = value.get_ref<const std::string&>();
+  // A text with a NUL inside would be matched up to there only.
+  const bool matchable =
+      text.size() <= kMaxPatternTextBytes && text.find('\0') == std::string::npos;
+  if (matchable && regexec(&compiled_, text.c_str(), 0, nullptr, 0) == 0) return std::nullopt;
+  return expectedButGot(called_, value);
+}
+
+std::optional<Mismatch> ObjectRule::check(const Json& value) const {
+  if (!value.is_object()) return expectedButGot("an object", value);
+  if (shape_.orEmpty && value.empty()) return std::nullopt;
+  if (auto mismatch = checkFields(value)) return mismatch;
+  if (auto mismatch = checkUnknownKeys(value)) return mismatch;
+  return checkSame(value);
+}
+
+bool ObjectRule::hasOnlyTheFew(const Json& value) const {
+  const auto& few = shape_.orOnly;
+  for (const auto& [key, member] : value.items()) {
+    if (std::find(few.begin(), few.end(), key) == few.end()) return false;
+  }
+  return !few.empty();
+}
+
+std::optional<Mismatch> ObjectRule::checkFields(const Json& value) const {
+  const bool isShort = hasOnlyTheFew(value);
+  const auto& few = shape_.orOnly;
+  for (const FieldRule& field : shape_.fields) {
+    const Json* member = findMember(value, field.key);
+    if (member == nullptr) {
+      const bool spared = isShort && std::find(few.begin(), few.end(), field.key) == few.end();
+      if (field.required && !spared) return Mismatch{field.key, "missing"};
+      continue;
+    }
+    if (auto mismatch = field.rule->check(*member)) return std::move(*mismatch).under(field.key);
+  }
+  return std::nullopt;
+}
+
+std::optional<Mismatch> ObjectRule::checkUnknownKeys(const Json& value) const {
+  if (shape_.open) return std::nullopt;
+  for (const auto& [key, member] : value.items()) {
+    const auto known = std::any_of(shape_.fields.begin(), shape_.fields.end(),
+                                   [&key = key](const FieldRule& f) { return f.key == key; });
+    if (!known) return Mismatch{key, "not expected here"};
+  }
+  return std::nullopt;
+}
+
+std::optional<Mismatch> ObjectRule::checkSame(const Json& value) const {
+  for (const auto& [left, right] : shape_.same) {
+    const Json* one = findPath(value, left);
+    const Json* other = findPath(value, right);
+    if (one == nullptr || other == nullptr || *one == *other) continue;
+    return Mismatch{right, "expected the value of " + left + " (" + quoteForMessage(*one) +
+                               "), got " + quoteForMessage(*other)};
+  }
+  return std::nullopt;
+}
+
+std::optional<Mismatch> ArrayRule::check(const Json& value) const {
+  if (!value.is_array()) return expectedButGot("an array", value);
+  if (value.size() < bounds_.atLeast) {
+    return expectedButGot("at least " + std::to_string(bounds_.atLeast) + " items", value);
+  }
+  if (value.size() > bounds_.atMost) {
+    return expectedButGot("at most " + std::to_string(bounds_.atMost) + " items", value);
+  }
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    if (auto mismatch = items_->check(value[i])) return std::move(*mismatch).under(i);
+  }
+  return std::nullopt;
+}
+
+std::optional<Mismatch> KeyChoiceRule::check(const Json& value) const {
+  return (findMember(value, key_) != nullptr ? present_ : absent_)->check(value);
+}
+
+std::optional<Mismatch> SelectRule::check(const Json& value) const {
+  if (!value.is_object()) return expectedButGot("an object", value);
+  const Json* word = findPath(value, path_);
+  if (word == nullptr) return Mismatch{firstMissing(value, path_), "missing"};
+  std::vector<Json> words;
+  for (const auto& [name, rule] : cases_) {
+    words.emplace_back(name);
+    if (*word == words.back()) return rule->check(value);
+  }
+  return Mismatch{path_, expectedButGot(listOfValues(words), *word).reason};
+}
+
+}  // namespace risk_server

@@ -1,0 +1,56 @@
+#include "apps/risk_server/faults/fault_list.h"
+
+#include <utility>
+
+namespace risk_server {
+
+void FaultList::replace(std::vector<Fault> faults) {
+  std::vector<Entry> entries;
+  for (Fault& fault : faults) {
+    entries.push_back({std::make_shared<const Fault>(std::move(fault)), 0, 0});
+  }
+  const std::lock_guard lock(mutex_);
+  entries_.swap(entries);
+}
+
+template <typename Matches>
+std::shared_ptr<const Fault> FaultList::strike(const Matches& matches) {
+  std::shared_ptr<const Fault> striking;
+  const std::lock_guard lock(mutex_);
+  for (Entry& entry : entries_) {
+    const Fault& fault = *entry.fault;
+    if (!matches(fault)) continue;
+    ++entry.calls;
+    const bool due =
+        entry.calls > fault.skip && entry.calls <= fault.first && entry.struck < fault.times;
+    if (striking || !due) continue;
+    ++entry.struck;
+    striking = entry.fault;
+  }
+  return striking;
+}
+
+std::shared_ptr<const Fault> FaultList::strikeCall(const std::string& path) {
+  return strike([&](const Fault& fault) {
+    return !fault.atAccept && (fault.path == kEveryPath || fault.path == path);
+  });
+}
+
+std::shared_ptr<const Fault> FaultList::strikeConnection() {
+  return strike([](const Fault& fault) { return fault.atAccept; });
+}
+
+Json FaultList::asJson() const {
+  Json list = Json::array();
+  const std::lock_guard lock(mutex_);
+  for (const Entry& entry : entries_) {
+    Json shown = Json::object();
+    shown["fault"] = entry.fault->given;
+    shown["calls"] = entry.calls;
+    shown["struck"] = entry.struck;
+    list.push_back(std::move(shown));
+  }
+  return list;
+}
+
+}  // namespace risk_server

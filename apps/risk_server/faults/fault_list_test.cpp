@@ -1,0 +1,84 @@
+#include "apps/risk_server/faults/fault_list.h"
+
+#include <gtest/gtest.h>
+
+#include "apps/risk_server/embedded_files.h"
+#include "apps/risk_server/faults/fault_reader.h"
+#include "apps/risk_server/sample_bodies.h"
+
+namespace risk_server {
+namespace {
+
+constexpr const char* kMapPath = "/qrsk-med/3.0/ActivityMap/";
+
+std::vector<Fault> faultsOf(const std::string& json) {
+  static const Contract contract =
+      Contract::fromJson(readServerJson(embeddedContract(), "contract.json"));
+  return readFaults(sample::parsed(json), contract);
+}
+
+// Which faults strike successive calls of the path: the first letters of their names.
+std::string strikesOn(FaultList& list, int calls, const std::string& path = kMapPath) {
+  std::string strikes;
+  for (int i = 0; i < calls; ++i) {
+    const auto fault = list.strikeCall(path);
+    strikes += fault ? fault->name.substr(0, 1) : ".";
+  }
+  return strikes;
+}
+
+TEST(FaultListTest, strikesByTheNumberOfTheCall) {
+  const struct {
+    const char* faults;
+    const char* strikes;
+  } kCases[] = {
+      {R"([{"path": "*", "name": "a", "hang": true}])", "aaaaaa"},
+      {R"([{"path": "*", "name": "a", "hang": true, "first": 2}])", "aa...."},
+      {R"([{"path": "*", "name": "a", "hang": true, "skip": 2}])", "..aaaa"},
+      {R"([{"path": "*", "name": "a", "hang": true, "times": 3}])", "aaa..."},
+      {R"([{"path": "*", "name": "a", "hang": true, "skip": 1, "times": 2}])", ".aa..."},
+      {R"([{"path": "*", "name": "a", "hang": true, "skip": 1, "first": 2}])", ".a...."},
+      {R"([{"path": "*", "name": "a", "hang": true, "times": 2},
+           {"path": "*", "name": "b", "hang": true, "times": 1}])",
+       "aab..."},
+      {R"([{"path": "*", "name": "a", "hang": true, "first": 2},
+           {"path": "*", "name": "b", "hang": true, "first": 4}])",
+       "aabb.."},
+      {R"([{"path": "/qrsk-med/3.0/TracingData/", "name": "a", "hang": true},
+           {"path": "/qrsk-med/3.0/ActivityMap/", "name": "b", "hang": true, "skip": 5}])",
+       ".....b"},
+      {R"([{"path": "*", "name": "a", "acceptAndClose": true, "times": 9}])", "......"},
+  };
+  for (const auto& listed : kCases) {
+    FaultList list;
+    list.replace(faultsOf(listed.faults));
+    EXPECT_EQ(strikesOn(list, 6), listed.strikes) << listed.faults;
+  }
+}
+
+TEST(FaultListTest, countsConnectionsApartFromCalls) {
+  FaultList list;
+  list.replace(faultsOf(R"([{"path": "*", "acceptAndClose": true, "skip": 1, "times": 1}])"));
+  EXPECT_EQ(strikesOn(list, 3), "...");
+  EXPECT_FALSE(list.strikeConnection());
+  EXPECT_TRUE(list.strikeConnection());
+  EXPECT_FALSE(list.strikeConnection());
+}
+
+TEST(FaultListTest, showsHowOftenEachStruckAndCountsAnewWhenReplaced) {
+  FaultList list;
+  const char* faults = R"([{"path":"*","hang":true,"times":2},{"path":"*","status":500,"skip":3}])";
+  list.replace(faultsOf(faults));
+  EXPECT_EQ(strikesOn(list, 5), "hh.ss");
+  EXPECT_EQ(list.asJson().dump(),
+            R"([{"fault":{"path":"*","hang":true,"times":2},"calls":5,"struck":2},)"
+            R"({"fault":{"path":"*","status":500,"skip":3},"calls":5,"struck":2}])");
+  list.replace(faultsOf(faults));
+  EXPECT_EQ(strikesOn(list, 1), "h");
+  list.replace({});
+  EXPECT_EQ(strikesOn(list, 1), ".");
+  EXPECT_EQ(list.asJson().dump(), "[]");
+}
+
+}  // namespace
+}  // namespace risk_server

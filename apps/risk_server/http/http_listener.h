@@ -1,0 +1,84 @@
+// HTTP for the risk server: a loopback port, connections that are kept, one handler for every
+// request. The parser is cpp-httplib's; accepting and keeping connections is our own, so that a
+// stop is prompt, targets arrive undecoded, and a reply may be cut anywhere.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "apps/risk_server/http/reply_delivery.h"
+
+namespace risk_server {
+
+// Each connection has a worker as long as it lives; a client keeps up to 32, others want in too.
+inline constexpr int kWorkers = 48;
+
+inline constexpr std::chrono::milliseconds kMaxDownTime{60'000};
+
+inline constexpr std::size_t kMaxBodyBytes = std::size_t{16} << 20;
+
+struct HttpRequest {
+  std::string method;
+  std::string target;  // as it came, nothing decoded
+  std::vector<std::string> contentTypes;
+  std::string body;
+  // Why the HTTP layer refuses the request, and the status of that; empty when the request is
+  // whole.
+  std::string fault;
+  int faultStatus = 0;
+};
+
+// JSON, unless the headers say something else.
+struct HttpReply {
+  int status = 200;
+  std::string body;
+  std::string allow;    // the Allow header; none when empty
+  HttpHeaders headers;  // further ones; "Content-Type" replaces the usual one
+  ReplyDelivery delivery;
+};
+
+// Life: started, any number of times down and up again on the same port, stopped. start() and
+// stop() by one owner, restart(), goDown() and comeUp() by any thread, the handler's too. The
+// handler and the door are called by many threads at once and must not throw.
+class HttpListener {
+ public:
+  using Handler = std::function<HttpReply(const HttpRequest&)>;
+
+  // Whether a connection is served; one that is not is closed as soon as it is accepted.
+  using Door = std::function<bool()>;
+
+  HttpListener(Handler handler, Door door);
+  ~HttpListener();  // stops
+  HttpListener(const HttpListener&) = delete;
+  HttpListener& operator=(const HttpListener&) = delete;
+
+  // Listens on 127.0.0.1; 0 takes a free port. Throws std::system_error.
+  void start(int port);
+
+  // The port listened on; 0 before start().
+  int port() const;
+
+  // Lets running handlers finish and their replies go out, but not those that are held back or
+  // slowed down; kept connections are closed.
+  void stop();
+
+  // Refuses connections until comeUp(), and ends those that are there as stop() does.
+  void goDown();
+  // Throws std::system_error when another server took the port.
+  void comeUp();
+  // Returns at once; down now, and up by itself after the time, at most kMaxDownTime. A port that
+  // is taken then is tried again and again.
+  void restart(std::chrono::milliseconds downTime);
+  // False when the time is over first, or the listener was stopped.
+  bool waitUntilUp(std::chrono::milliseconds timeout) const;
+
+ private:
+  class Workers;
+  std::unique_ptr<Workers> workers_;
+};
+
+}  // namespace risk_server

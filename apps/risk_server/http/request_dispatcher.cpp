@@ -1,0 +1,168 @@
+#include "apps/risk_server/http/request_dispatcher.h"
+
+#include <csignal>
+#include <cstdint>
+#include <utility>
+
+#include "apps/risk_server/http/reply_sender.h"
+
+namespace risk_server {
+namespace {
+
+constexpr const char* kReplyContentType = "application/json; charset=utf-8";
+// A client that is busy never meets the bound.
+constexpr std::size_t kMaxRequestsPerConnection = 10'000'000;
+
+// The parser's callbacks do not say which connection they are about.
+struct ServedRequest {
+  ClientConnection* connection = nullptr;
+  bool delivered = false;  // the handler has answered
+  ReplyDelivery delivery;
+};
+thread_local ServedRequest served;
+
+HttpRequest requestOf(const httplib::Request& request) {
+  HttpRequest made;
+  made.method = served.connection->method();
+  made.target = served.connection->target();
+  const auto [begin, end] = request.headers.equal_range("Content-Type");
+  for (auto header = begin; header != end; ++header) made.contentTypes.push_back(header->second);
+  made.body = request.body;
+  return made;
+}
+
+std::string faultOfStatus(int status) {
+  switch (status) {
+    case 413:
+      return "the body is too large";
+    case 414:
+      return "the request target is too long";
+    case 416:
+      return "the Range header cannot be read";
+    case 500:
+      return "the server failed";
+    default:
+      return "not a whole, well-formed HTTP request";
+  }
+}
+
+void deliver(const HttpReply& reply, httplib::Response& response) {
+  response.status = reply.status;
+  response.set_content(reply.body, kReplyContentType);
+  if (!reply.allow.empty()) response.set_header("Allow", reply.allow);
+  for (const auto& [name, value] : reply.headers) {
+    response.headers.erase(name);
+    response.set_header(name, value);
+  }
+  served.delivered = true;
+  served.delivery = reply.delivery;
+  if (!reply.delivery.isPlain()) served.connection->holdOutput();
+}
+
+bool carriesBody(const httplib::Request& request) {
+  return request.has_header("Transfer-Encoding") ||
+         (request.has_header("Content-Length") &&
+          request.get_header_value("Content-Length") != "0");
+}
+
+}  // namespace
+
+std::unique_ptr<RequestDispatcher> RequestDispatcher::make(HttpListener::Handler handler) {
+  struct sigaction kept {};
+  sigaction(SIGPIPE, nullptr, &kept);
+  std::unique_ptr<RequestDispatcher> made(new RequestDispatcher(std::move(handler)));
+  sigaction(SIGPIPE, &kept, nullptr);
+  return made;
+}
+
+RequestDispatcher::RequestDispatcher(HttpListener::Handler handler) : handler_(std::move(handler)) {
+  set_keep_alive_max_count(kMaxRequestsPerConnection);
+  set_keep_alive_timeout(kIdleTimeout.count());
+  set_payload_max_length(kMaxBodyBytes);
+  const auto answer = [this](const httplib::Request& request, httplib::Response& response) {
+    answerWhole(request, response);
+  };
+  // serveOne() gives every request this path: the handler routes on the undecoded target.
+  Get("/", answer);
+  Post("/", answer);
+  Put("/", answer);
+  Patch("/", answer);
+  Delete("/", answer);
+  Options("/", answer);
+  set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& response) {
+    return refuseUnreadable(request, response);
+  });
+  set_error_handler(
+      HandlerWithResponse([this](const httplib::Request& request, httplib::Response& response) {
+        return answerFailure(request, response);
+      }));
+}
+
+bool RequestDispatcher::serveOne(ClientConnection& connection) {
+  served = {&connection, false, {}};
+  connection.beginRequest();
+  bool clientCloses = false;
+  bool headersRead = false;
+  const auto prepare = [&](httplib::Request& request) {
+    headersRead = true;
+    request.path.assign(1, '/');
+    request.ranges.clear();  // replies are never partial
+    // Replies go out byte for byte as the handler made them.
+    request.headers.erase("Accept-Encoding");
+  };
+  const bool written = process_request(connection, false, clientCloses, prepare);
+  served.connection = nullptr;
+  if (!served.delivery.isPlain()) {
+    sendReply(connection, connection.takeHeldOutput(), served.delivery);
+  }
+  if (!headersRead) connection.closeAfterReply();
+  return written && !clientCloses && !connection.closesAfterReply();
+}
+
+void RequestDispatcher::answerWhole(const httplib::Request& request, httplib::Response& response) {
+  const bool bodyWasRead = request.method == "POST" || request.method == "PUT" ||
+                           request.method == "PATCH" || request.method == "DELETE";
+  if (!bodyWasRead && carriesBody(request)) served.connection->closeAfterReply();
+  // A chunked body does not announce its length.
+  if (request.body.size() > kMaxBodyBytes) {
+    answerFault(413, faultOfStatus(413), request, response);
+    return;
+  }
+  deliver(handler_(requestOf(request)), response);
+}
+
+void RequestDispatcher::answerFault(int status, const std::string& fault,
+                                    const httplib::Request& request, httplib::Response& response) {
+  served.connection->closeAfterReply();
+  response.set_header("Connection", "close");
+  HttpRequest refused = requestOf(request);
+  refused.fault = fault;
+  refused.faultStatus = status;
+  deliver(handler_(refused), response);
+}
+
+// Before the body is read: bodies that would not arrive as they were sent, or not at all.
+RequestDispatcher::HandlerResponse RequestDispatcher::refuseUnreadable(
+    const httplib::Request& request, httplib::Response& response) {
+  if (request.has_header("Content-Encoding")) {
+    answerFault(415, "Content-Encoding: not expected", request, response);
+  } else if (request.get_header_value<std::uint64_t>("Content-Length") > kMaxBodyBytes) {
+    answerFault(413, faultOfStatus(413), request, response);
+  } else if (request.is_multipart_form_data()) {
+    answerFault(400, "Content-Type: a form is not expected", request, response);
+  } else {
+    return HandlerResponse::Unhandled;
+  }
+  return HandlerResponse::Handled;
+}
+
+// Also called for what the handler answered itself.
+RequestDispatcher::HandlerResponse RequestDispatcher::answerFailure(const httplib::Request& request,
+                                                                    httplib::Response& response) {
+  if (served.delivered) return HandlerResponse::Unhandled;
+  const int status = served.connection->requestOverran() ? 413 : response.status;
+  answerFault(status, faultOfStatus(status), request, response);
+  return HandlerResponse::Handled;
+}
+
+}  // namespace risk_server

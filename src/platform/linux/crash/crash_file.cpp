@@ -1,0 +1,105 @@
+#include "platform/linux/crash/crash_file.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <stdio.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+#include "base/uuid.h"
+
+namespace quorvance {
+namespace {
+
+// Hidden, and what the documents folder tidies away should the machine die in between.
+constexpr const char* kCrashTemporaryPrefix = ".report-";
+constexpr mode_t kCrashFileMode = 0600;
+constexpr mode_t kCrashFolderMode = 0700;
+
+FileDescriptor spareDescriptor() { return FileDescriptor(open("/dev/null", O_RDONLY | O_CLOEXEC)); }
+
+bool writeWhole(int file, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t count = write(file, bytes.data(), bytes.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return false;
+    bytes.remove_prefix(static_cast<std::size_t>(count));
+  }
+  return true;
+}
+
+}  // namespace
+
+CrashFile::CrashFile(std::string folder, std::string category, std::size_t maxFiles)
+    : folderPath_(std::move(folder)),
+      category_(std::move(category)),
+      maxFiles_(maxFiles),
+      name_(category_ + randomUuid() + ".json"),
+      temporaryName_(kCrashTemporaryPrefix + randomUuid()),
+      spares_{spareDescriptor(), spareDescriptor()} {}
+
+CrashFile::State CrashFile::open() {
+  folder_ = openFolder();
+  if (folder_ < 0 && errno == ENOENT && mkdir(folderPath_.c_str(), kCrashFolderMode) == 0) {
+    folder_ = openFolder();
+  }
+  if (folder_ < 0) return State::failed;
+  return hasRoom() ? State::ready : State::full;
+}
+
+int CrashFile::openAt(int folder, const char* name, int flags) {
+  const int first = openat(folder, name, flags | O_CLOEXEC, kCrashFileMode);
+  if (first >= 0 || errno != EMFILE) return first;
+  for (FileDescriptor& spare : spares_) spare.reset();
+  return openat(folder, name, flags | O_CLOEXEC, kCrashFileMode);
+}
+
+int CrashFile::openFolder() {
+  return openAt(AT_FDCWD, folderPath_.c_str(), O_RDONLY | O_DIRECTORY);
+}
+
+// A folder that cannot be listed has no room, as for every other report.
+bool CrashFile::hasRoom() {
+  std::size_t found = 0;
+  for (;;) {
+    const ssize_t bytes = getdents64(folder_, entries_.data(), entries_.size());
+    if (bytes <= 0) return bytes == 0 && found < maxFiles_;
+    for (std::size_t at = 0; at < static_cast<std::size_t>(bytes);) {
+      std::uint16_t length = 0;
+      std::memcpy(&length, entries_.data() + at + offsetof(dirent64, d_reclen), sizeof(length));
+      const char* const name = entries_.data() + at + offsetof(dirent64, d_name);
+      if (std::string_view(name).starts_with(category_)) ++found;
+      at += length;
+    }
+  }
+}
+
+bool CrashFile::replace(std::string_view bytes) {
+  if (file_ >= 0) close(file_);
+  file_ = openAt(folder_, temporaryName_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW);
+  if (file_ < 0) return false;
+  // The umask may have taken bits away.
+  if (fchmod(file_, kCrashFileMode) == 0 && writeWhole(file_, bytes) &&
+      renameat(folder_, temporaryName_.c_str(), folder_, name_.c_str()) == 0) {
+    return true;
+  }
+  removeTemporary();
+  return false;
+}
+
+void CrashFile::synchronize() {
+  if (file_ >= 0) fdatasync(file_);
+  fsync(folder_);
+}
+
+void CrashFile::removeTemporary() {
+  if (folder_ >= 0) unlinkat(folder_, temporaryName_.c_str(), 0);
+}
+
+}  // namespace quorvance

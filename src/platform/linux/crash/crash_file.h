@@ -1,0 +1,48 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "platform/linux/storage/private_files.h"
+
+namespace quorvance {
+
+/// One report file of a dying process: its names are chosen beforehand, its folder is opened when
+/// the process dies, so that a folder that was made anew in between serves. Made in ordinary
+/// context; the rest is async-signal-safe. Not thread-safe.
+class CrashFile {
+ public:
+  /// Files are named by `category`, a UUID and ".json"; with `maxFiles` of the category there, none
+  /// is written.
+  CrashFile(std::string folder, std::string category, std::size_t maxFiles);
+
+  enum class State { ready, full, failed };
+  /// Opens the folder and looks whether there is room. First of all, and once.
+  State open();
+  /// Replaces the file in one step, or leaves it as it was.
+  bool replace(std::string_view bytes);
+  /// Brings the file and its name to the disk.
+  void synchronize();
+  /// Removes what an interrupted replace() left.
+  void removeTemporary();
+
+ private:
+  int openAt(int folder, const char* name, int flags);
+  int openFolder();
+  bool hasRoom();
+
+  const std::string folderPath_;
+  const std::string category_;
+  const std::size_t maxFiles_;
+  const std::string name_;
+  const std::string temporaryName_;
+  /// Closed when no other can be had: a process may well die of having too many open.
+  std::array<FileDescriptor, 2> spares_;
+  int folder_ = -1;
+  int file_ = -1;
+  alignas(std::size_t) std::array<char, 4096> entries_{};
+};
+
+}  // namespace quorvance

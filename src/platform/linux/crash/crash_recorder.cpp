@@ -1,0 +1,79 @@
+#include "platform/linux/crash/crash_recorder.h"
+
+#include <time.h>
+
+#include <cstdint>
+
+namespace quorvance {
+namespace {
+
+// What each slot may come to in the file, escapes included.
+constexpr std::size_t kMaxStackSlotBytes = kMaxCallStackBytes + 16UL * 1024;
+constexpr std::size_t kMaxReasonSlotBytes = 8UL * 1024;
+constexpr std::size_t kMaxNameSlotBytes = 2UL * 1024;
+constexpr std::size_t kMaxNumberBytes = 20;
+
+constexpr std::size_t kMaxSlotBytes =
+    kMaxStackSlotBytes + kMaxReasonSlotBytes + kMaxNameSlotBytes + kMaxNumberBytes;
+
+std::int64_t millisecondsNow() {
+  timespec now = {};
+  clock_gettime(CLOCK_REALTIME, &now);
+  return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
+}
+
+}  // namespace
+
+std::size_t fixedBytesOf(const CrashForm& form) {
+  std::size_t bytes = 0;
+  for (const CrashFormPart& part : form) bytes += part.bytes.size();
+  return bytes;
+}
+
+CrashRecorder::CrashRecorder(const CrashFolder& folder, std::size_t fixedBytes)
+    : file_(folder.path, folder.category, folder.maxFiles),
+      memory_(fixedBytes + kMaxSlotBytes),
+      report_(memory_.span()) {}
+
+bool CrashRecorder::write(const CrashForm& form, std::string_view name, std::string_view reason) {
+  report_.clear();
+  for (const CrashFormPart& part : form) {
+    report_.append(part.bytes);
+    switch (part.next) {
+      case CrashSlot::nothing:
+        break;
+      case CrashSlot::callStack:
+        report_.appendEscaped(stack_.text(), kMaxStackSlotBytes);
+        break;
+      case CrashSlot::reason:
+        report_.appendEscaped(reason, kMaxReasonSlotBytes);
+        break;
+      case CrashSlot::name:
+        report_.appendEscaped(name, kMaxNameSlotBytes);
+        break;
+      case CrashSlot::milliseconds:
+        report_.appendDecimal(milliseconds_);
+        break;
+    }
+  }
+  return file_.replace(report_.view());
+}
+
+CrashRecord CrashRecorder::record(const CrashForm& form, std::string_view name,
+                                  std::string_view reason, const void* top) {
+  milliseconds_ = millisecondsNow();
+  stack_.collect(top);
+  stack_.writeAddresses();
+  const CrashFile::State state = file_.open();
+  const bool isWritten = state == CrashFile::State::ready && write(form, name, reason);
+  stack_.writeSymbols();
+  if (!isWritten) {
+    return state == CrashFile::State::full ? CrashRecord::full : CrashRecord::failed;
+  }
+  // On failure the report with bare addresses stands.
+  static_cast<void>(write(form, name, reason));
+  file_.synchronize();
+  return CrashRecord::stored;
+}
+
+}  // namespace quorvance

@@ -1,0 +1,112 @@
+#include "platform/linux/facts/linux_system_facts.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+
+#include "platform/linux/facts/linux_environment.h"
+#include "platform/linux/storage/temporary_folder_test_support.h"
+
+namespace quorvance {
+namespace {
+
+class LinuxSystemFactsTest : public testing::Test {
+ protected:
+  SystemFacts read(LinuxEnvironment::Variables variables = {}) const {
+    return LinuxSystemFacts(RootFiles(folder_.path() + "/"),
+                            std::make_shared<LinuxEnvironment>(std::move(variables)))
+        .read();
+  }
+  void linkLocaltime(const std::string& target) const {
+    std::filesystem::create_directories(folder_.at("etc"));
+    std::filesystem::create_symlink(target, folder_.at("etc/localtime"));
+  }
+
+  TemporaryFolder folder_;
+};
+
+TEST_F(LinuxSystemFactsTest, AnEmptyRootLeavesWhatTheKernelKnows) {
+  const SystemFacts facts = read();
+  EXPECT_EQ(facts.systemName, std::nullopt);
+  EXPECT_EQ(facts.systemVersion, std::nullopt);
+  EXPECT_EQ(facts.kindModel, std::nullopt);
+  EXPECT_EQ(facts.localizedModel, std::nullopt);
+  EXPECT_EQ(facts.locale, std::nullopt);
+  EXPECT_EQ(facts.timeZone, std::nullopt);
+  EXPECT_EQ(facts.model, LinuxEnvironment({}).machine());
+  EXPECT_TRUE(facts.deviceName);
+  EXPECT_GT(facts.memoryBytes.value_or(0), 64 << 20);
+  EXPECT_GT(facts.storageBytes.value_or(0), 1 << 20);
+  EXPECT_EQ(facts.isMultitaskingSupported, true);
+  EXPECT_EQ(facts.userInterfaceIdiom, std::nullopt);
+}
+
+TEST_F(LinuxSystemFactsTest, TheAdministratorsReleaseFileHidesTheVendors) {
+  folder_.put("usr/lib/os-release", "NAME=\"Vendor OS\"\nVERSION_ID='1'\n");
+  EXPECT_EQ(read().systemName, "Vendor OS");
+  EXPECT_EQ(read().systemVersion, "1");
+  folder_.put("etc/os-release", "NAME=Own\n");
+  EXPECT_EQ(read().systemName, "Own");
+  EXPECT_EQ(read().systemVersion, std::nullopt);
+}
+
+TEST_F(LinuxSystemFactsTest, TheModelComesFromTheMostTellingSource) {
+  folder_.put("sys/class/dmi/id/product_name", "Book 14\n");
+  EXPECT_EQ(read().model, "Book 14");
+  folder_.put("proc/device-tree/model", std::string("Phone X\0", 8));
+  EXPECT_EQ(read().model, "Phone X");
+  EXPECT_EQ(read({{"SIMULATOR_MODEL_IDENTIFIER", "Sim1,2"}}).model, "Sim1,2");
+  EXPECT_EQ(read({{"SIMULATOR_MODEL_IDENTIFIER", ""}}).model, "Phone X");
+}
+
+TEST_F(LinuxSystemFactsTest, TheKindOfDeviceComesFromItsChassis) {
+  const std::pair<const char*, std::optional<std::string>> cases[] = {
+      {"3\n", "desktop"}, {"10\n", "laptop"}, {"11", "handset"}, {"23\n", "server"},
+      {"30", "tablet"},   {"1\n", {}},        {"12", {}},        {"0", {}},
+      {"37", {}},         {"", {}},           {"3x", {}},        {"-3", {}},
+  };
+  for (const auto& [type, kind] : cases) {
+    folder_.put("sys/class/dmi/id/chassis_type", type);
+    EXPECT_EQ(read().kindModel, kind) << type;
+    EXPECT_EQ(read().localizedModel, kind) << type;
+  }
+}
+
+TEST_F(LinuxSystemFactsTest, MachineInfoIsTheUsersOwnWord) {
+  folder_.put("sys/class/dmi/id/chassis_type", "3\n");
+  folder_.put("etc/machine-info", "PRETTY_HOSTNAME=\"Till no. 5\"\nCHASSIS=tablet\n");
+  EXPECT_EQ(read().deviceName, "Till no. 5");
+  EXPECT_EQ(read().kindModel, "tablet");
+}
+
+TEST_F(LinuxSystemFactsTest, TheEnvironmentsLocaleHidesTheSystems) {
+  folder_.put("etc/default/locale", "LANG=sv_SE.UTF-8\n");
+  EXPECT_EQ(read().locale, "sv_SE");
+  folder_.put("etc/locale.conf", "LANG=\"de_AT.UTF-8\"\nLANGUAGE=de:en\n");
+  EXPECT_EQ(read().locale, "de_AT");
+  EXPECT_EQ(read().region, "AT");
+  EXPECT_EQ(read().language, "de");
+  EXPECT_EQ(read({{"LANG", "fr_CA"}}).locale, "fr_CA");
+  EXPECT_EQ(read({{"LANG", "C"}}).locale, std::nullopt);
+}
+
+TEST_F(LinuxSystemFactsTest, TheTimeZoneComesFromTheVariableTheLinkOrTheFile) {
+  folder_.put("etc/timezone", "Asia/Tokyo\n");
+  EXPECT_EQ(read().timeZone, "Asia/Tokyo");
+  linkLocaltime("/usr/share/zoneinfo/Europe/Berlin");
+  EXPECT_EQ(read().timeZone, "Europe/Berlin");
+  EXPECT_EQ(read({{"TZ", ":America/Lima"}}).timeZone, "America/Lima");
+  EXPECT_EQ(read({{"TZ", "PET5"}}).timeZone, std::nullopt);
+}
+
+TEST_F(LinuxSystemFactsTest, FilesThatAreNoneOrTooLongAreMissing) {
+  std::filesystem::create_directories(folder_.at("etc/os-release"));
+  folder_.put("etc/machine-info", "CHASSIS=tablet\n" + std::string(RootFiles::kMaxFactBytes, '#'));
+  EXPECT_EQ(read().systemName, std::nullopt);
+  EXPECT_EQ(read().kindModel, std::nullopt);
+}
+
+}  // namespace
+}  // namespace quorvance

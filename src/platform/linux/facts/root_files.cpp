@@ -1,0 +1,45 @@
+#include "platform/linux/facts/root_files.h"
+
+#include <limits.h>
+#include <unistd.h>
+
+#include <array>
+
+#include "platform/linux/storage/private_files.h"
+
+namespace quorvance {
+
+std::optional<std::string> cleanFact(std::string_view text) {
+  constexpr std::string_view kBlank(" \t\r\n\0", 5);
+  const std::size_t first = text.find_first_not_of(kBlank);
+  if (first == std::string_view::npos) return std::nullopt;
+  const std::size_t last = text.find_last_not_of(kBlank);
+  return std::string(text.substr(first, last - first + 1));
+}
+
+std::optional<std::string> RootFiles::text(std::string_view path) const {
+  SmallFile file = readSmallFile(underRoot(path), kMaxFactBytes);
+  if (file.outcome != SmallFile::Outcome::whole) return std::nullopt;
+  return std::move(file.bytes);
+}
+
+std::optional<std::string> RootFiles::fact(std::string_view path) const {
+  const std::optional<std::string> whole = text(path);
+  return whole ? cleanFact(*whole) : std::nullopt;
+}
+
+std::optional<std::string> RootFiles::linkTarget(std::string_view path) const {
+  std::array<char, PATH_MAX> target;
+  const ssize_t length = readlink(underRoot(path).c_str(), target.data(), target.size());
+  // A target that fills the buffer may have been cut off.
+  if (length <= 0 || static_cast<std::size_t>(length) == target.size()) return std::nullopt;
+  return std::string(target.data(), static_cast<std::size_t>(length));
+}
+
+std::string RootFiles::underRoot(std::string_view path) const {
+  std::string whole = root_;
+  while (whole.ends_with('/')) whole.pop_back();
+  return whole.append(path);
+}
+
+}  // namespace quorvance

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "platform/linux/threads/library_thread.h"
+#include "quorvance/platform/http.h"
+
+namespace quorvance {
+
+/// HTTP and HTTPS over one thread, with kept connections.
+///
+/// The thread starts with the first use; when the system has none to give, everything waits and the
+/// next use tries again. At most kMaxInFlight exchanges run, each on a connection of its own; more
+/// wait for their turn, and a time-out counts from it. Destroying the session drops every
+/// completion that waits, breaks off what is in flight and waits for the thread, except on the
+/// thread itself. Any thread; guarded by the state's mutex.
+class CurlHttpSession : public HttpSession {
+ public:
+  static constexpr std::size_t kMaxInFlight = 32;
+  /// Beyond so many waiting requests a further one ends at once with a transport error.
+  static constexpr std::size_t kMaxWaiting = 1024;
+
+  /// `caFile`: certificates to trust instead of the system's; empty stands for those.
+  explicit CurlHttpSession(std::string caFile = {});
+  ~CurlHttpSession() override;
+  CurlHttpSession(const CurlHttpSession&) = delete;
+  CurlHttpSession& operator=(const CurlHttpSession&) = delete;
+
+  void dispatch(Task task) override;
+  void send(HttpRequest request, HttpCompletion completion) override;
+
+ private:
+  struct State;
+  class Worker;
+  void wake();
+
+  // Shared with the thread, which may outlive the session.
+  std::shared_ptr<State> state_;
+  const std::string caFile_;
+  LibraryThread thread_;
+};
+
+}  // namespace quorvance

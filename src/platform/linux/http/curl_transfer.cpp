@@ -1,0 +1,149 @@
+#include "platform/linux/http/curl_transfer.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <new>
+#include <optional>
+#include <utility>
+
+static_assert(LIBCURL_VERSION_NUM >= 0x075700, "libcurl 7.87 or later is needed");
+
+namespace quorvance {
+namespace {
+
+// Smaller numbers are interim heads: the reply's own head has not come.
+constexpr long kFirstFinalStatus = 200;
+
+}  // namespace
+
+PlatformError curlError(CURLcode code, std::string_view detail) {
+  PlatformError error;
+  error.domain = "libcurl";
+  error.code = code;
+  error.description = curl_easy_strerror(code);
+  if (!detail.empty()) error.failureReason = std::string(detail);
+  return error;
+}
+
+long curlTimeoutMilliseconds(std::chrono::milliseconds timeout) {
+  if (timeout <= std::chrono::milliseconds::zero()) timeout = kDefaultTimeout;
+  // The library refuses more than an int.
+  return static_cast<long>(
+      std::min<std::int64_t>(timeout.count(), std::numeric_limits<int>::max()));
+}
+
+CurlTransfer::CurlTransfer(const std::string& caFile) : handle_(curl_easy_init()) {
+  if (isUsable()) setConstantOptions(caFile);
+}
+
+void CurlTransfer::setConstantOptions(const std::string& caFile) {
+  CURL* const handle = handle_.get();
+  curl_easy_setopt(handle, CURLOPT_PRIVATE, this);
+  curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, errorText_.data());
+  // The host's signals and its proxy settings are its own business.
+  curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(handle, CURLOPT_PROXY, "");
+  curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);
+  curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_1);
+  curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);
+  curl_easy_setopt(handle, CURLOPT_TCP_NODELAY, 1L);
+  // Without it a hung name server holds the thread long past the time-out.
+  curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
+  curl_easy_setopt(handle, CURLOPT_SSLVERSION, CURL_SSLVERSION_TLSv1_2);
+  curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 1L);
+  curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 2L);
+  if (!caFile.empty()) curl_easy_setopt(handle, CURLOPT_CAINFO, caFile.c_str());
+  curl_easy_setopt(handle, CURLOPT_POST, 1L);
+  curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &CurlTransfer::onBody);
+  curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
+  curl_easy_setopt(handle, CURLOPT_MAXFILESIZE_LARGE, curl_off_t{kMaxReplyBytes});
+  // By itself the library writes a request again when a kept connection dies unanswered.
+  curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, &CurlTransfer::onRequest);
+  curl_easy_setopt(handle, CURLOPT_PREREQDATA, this);
+}
+
+bool CurlTransfer::setHeaders(const std::string& contentType) {
+  if (headers_ != nullptr && contentType == contentType_) return true;
+  const std::string lines[] = {"Content-Type: " + contentType, "Accept:", "Expect:"};
+  std::unique_ptr<curl_slist, CurlListDeleter> list;
+  for (const std::string& line : lines) {
+    curl_slist* const longer = curl_slist_append(list.get(), line.c_str());
+    if (longer == nullptr) return false;
+    static_cast<void>(list.release());
+    list.reset(longer);
+  }
+  curl_easy_setopt(handle_.get(), CURLOPT_HTTPHEADER, list.get());
+  headers_ = std::move(list);
+  contentType_ = contentType;
+  return true;
+}
+
+CURLcode CurlTransfer::start(HttpRequest request, HttpCompletion completion) {
+  request_ = std::move(request);
+  completion_ = std::move(completion);
+  body_.clear();
+  errorText_.front() = '\0';
+  timesSent_ = 0;
+  isTooLong_ = false;
+  CURL* const handle = handle_.get();
+  if (!setHeaders(request_.contentType)) return CURLE_OUT_OF_MEMORY;
+  curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, curlTimeoutMilliseconds(request_.timeout));
+  // Sent from where it stands, together with the head.
+  curl_easy_setopt(handle, CURLOPT_POSTFIELDS, request_.body.data());
+  curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE,
+                   static_cast<curl_off_t>(request_.body.size()));
+  return curl_easy_setopt(handle, CURLOPT_URL, request_.url.c_str());
+}
+
+HttpReply CurlTransfer::finish(CURLcode code) {
+  HttpReply reply = replyFor(code);
+  request_ = HttpRequest();
+  body_ = std::string();
+  return reply;
+}
+
+HttpReply CurlTransfer::replyFor(CURLcode code) {
+  HttpReply reply;
+  long status = 0;
+  curl_easy_getinfo(handle_.get(), CURLINFO_RESPONSE_CODE, &status);
+  if (status >= kFirstFinalStatus) reply.status = static_cast<int>(status);
+  if (code == CURLE_OK) {
+    reply.body = std::move(body_);
+  } else if (isTooLong_) {
+    reply.transportError = curlError(CURLE_FILESIZE_EXCEEDED);
+  } else if (timesSent_ > 1) {
+    reply.transportError = curlError(CURLE_GOT_NOTHING, "the connection ended without an answer");
+  } else {
+    reply.transportError = curlError(code, errorText_.data());
+  }
+  return reply;
+}
+
+HttpCompletion CurlTransfer::takeCompletion() { return std::exchange(completion_, nullptr); }
+
+std::size_t CurlTransfer::onBody(char* bytes, std::size_t size, std::size_t count, void* self) {
+  auto& transfer = *static_cast<CurlTransfer*>(self);
+  const std::size_t length = size * count;
+  constexpr std::size_t kRefused = 0;
+  if (length > kMaxReplyBytes - transfer.body_.size()) {
+    transfer.isTooLong_ = true;
+    return kRefused;
+  }
+  try {
+    transfer.body_.append(bytes, length);
+  } catch (const std::bad_alloc&) {
+    return kRefused;  // nothing may be thrown through the library's C code
+  }
+  return length;
+}
+
+// Called whenever a connection is ready and before a byte of the request is written to it.
+int CurlTransfer::onRequest(void* self, char*, char*, int, int) {
+  auto& transfer = *static_cast<CurlTransfer*>(self);
+  ++transfer.timesSent_;
+  return transfer.timesSent_ == 1 ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+}
+
+}  // namespace quorvance

@@ -1,0 +1,178 @@
+#include "platform/linux/storage/json_file_store.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <mutex>
+#include <utility>
+
+#include "base/debug.h"
+#include "base/json.h"
+#include "platform/linux/storage/private_files.h"
+
+namespace quorvance {
+namespace {
+
+using Texts = std::map<std::string, std::string, std::less<>>;
+using Entries = std::map<std::string, StoredEntry, std::less<>>;
+
+void sayOfState(const std::string& path, std::string_view what) {
+  debugPrint("state file " + path + ": " + std::string(what));
+}
+
+/// The object in the file: empty for a missing file, absent for one that holds something else.
+std::optional<Json> objectIn(const SmallFile& file) {
+  if (file.outcome == SmallFile::Outcome::missing) return Json::object();
+  if (file.outcome != SmallFile::Outcome::whole) return std::nullopt;
+  std::optional<Json> value = parseJson(file.bytes);
+  if (!value || !value->is_object()) return std::nullopt;
+  return value;
+}
+
+Entries entriesOf(const Json& object) {
+  Entries entries;
+  for (const auto& [key, value] : object.get_ref<const Json::object_t&>()) {
+    const auto* text = value.get_ptr<const std::string*>();
+    entries.emplace(key, text != nullptr ? StoredEntry{StoredEntry::Kind::text, *text}
+                                         : StoredEntry{StoredEntry::Kind::other, {}});
+  }
+  return entries;
+}
+
+/// Whether to set the file aside. One that cannot be read now may be readable the next time.
+bool isSpoilt(const SmallFile& file) {
+  return file.outcome == SmallFile::Outcome::whole || file.outcome == SmallFile::Outcome::tooLong;
+}
+
+}  // namespace
+
+/// The disk side of a store; the file lane only, save for load().
+class JsonFileStore::StateFile {
+ public:
+  explicit StateFile(std::string folder)
+      : folder_(std::move(folder)), path_(folder_ + "/state.json") {}
+
+  const std::string& path() const { return path_; }
+  SmallFile load() const { return readSmallFile(path_, kMaxFileBytes); }
+  /// Null, or in words what went wrong.
+  const char* merge(const Texts& texts) const;
+
+ private:
+  const std::string folder_;
+  const std::string path_;
+};
+
+const char* JsonFileStore::StateFile::merge(const Texts& texts) const {
+  if (!makePrivateFolder(folder_)) return "its folder cannot be made";
+  const FileDescriptor lock = lockFile(folder_ + "/state.lock");
+  if (!lock.isOpen()) return "it cannot be locked";
+  const SmallFile file = load();
+  std::optional<Json> object = objectIn(file);
+  if (!object) {
+    if (!isSpoilt(file)) return "it cannot be read";
+    std::rename(path_.c_str(), (folder_ + "/unreadable-state.json").c_str());
+    object = Json::object();
+  }
+  for (const auto& [key, text] : texts) setMember(*object, key, text);
+  const std::optional<std::string> bytes = writeJson(*object);
+  if (!bytes || bytes->size() > kMaxFileBytes) return "it would be too long";
+  if (*bytes == file.bytes) return nullptr;
+  const bool isReplaced = replaceFile(path_, folder_ + "/state.tmp", *bytes);
+  return isReplaced ? nullptr : "it cannot be written";
+}
+
+struct JsonFileStore::State {
+  explicit State(std::optional<std::string> folder) {
+    if (folder) file.emplace(std::move(*folder));
+  }
+
+  std::optional<const StateFile> file;
+  std::mutex mutex;
+  bool isLoaded = false;
+  Entries entries;
+  // What memory has and the disk does not.
+  Texts unwritten;
+  // A task that will take `unwritten` waits on the file lane.
+  bool isDiskAsked = false;
+
+  bool load();
+  bool change(std::string_view key, std::string_view text);
+  void bringToDisk();
+};
+
+// Under the mutex. Whether there is a file that cannot be used.
+bool JsonFileStore::State::load() {
+  if (std::exchange(isLoaded, true) || !file) return false;
+  const std::optional<Json> object = objectIn(file->load());
+  if (object) entries = entriesOf(*object);
+  return !object;
+}
+
+// Under the mutex. Whether there is something for the disk.
+bool JsonFileStore::State::change(std::string_view key, std::string_view text) {
+  StoredEntry& entry = entries[std::string(key)];
+  const bool isSame = entry.kind == StoredEntry::Kind::text && entry.text == text;
+  if (!isSame) {
+    entry = {StoredEntry::Kind::text, std::string(text)};
+    if (file && text.size() <= kMaxTextBytes) {
+      unwritten.insert_or_assign(std::string(key), std::string(text));
+    }
+  }
+  return !unwritten.empty();
+}
+
+void JsonFileStore::State::bringToDisk() {
+  Texts texts;
+  {
+    const std::lock_guard lock(mutex);
+    isDiskAsked = false;
+    texts.swap(unwritten);
+  }
+  if (texts.empty()) return;
+  const char* const problem = file->merge(texts);
+  if (problem == nullptr) return;
+  sayOfState(file->path(), problem);
+  const std::lock_guard lock(mutex);
+  unwritten.merge(texts);  // newer texts stay
+}
+
+JsonFileStore::JsonFileStore(std::optional<std::string> folder,
+                             std::shared_ptr<BackgroundQueue> queue)
+    : state_(std::make_shared<State>(std::move(folder))), queue_(std::move(queue)) {}
+
+void JsonFileStore::load() {
+  bool isUnusable = false;
+  {
+    const std::lock_guard lock(state_->mutex);
+    isUnusable = state_->load();
+  }
+  if (isUnusable) sayOfState(state_->file->path(), "cannot be used, nothing is known");
+}
+
+StoredEntry JsonFileStore::read(std::string_view key) {
+  load();
+  const std::lock_guard lock(state_->mutex);
+  const auto found = state_->entries.find(key);
+  return found == state_->entries.end() ? StoredEntry() : found->second;
+}
+
+void JsonFileStore::write(std::string_view key, std::string_view text) {
+  load();
+  {
+    const std::lock_guard lock(state_->mutex);
+    if (!state_->change(key, text)) return;
+  }
+  askForDisk();
+}
+
+void JsonFileStore::synchronize() { askForDisk(); }
+
+void JsonFileStore::askForDisk() {
+  {
+    const std::lock_guard lock(state_->mutex);
+    if (state_->unwritten.empty() || std::exchange(state_->isDiskAsked, true)) return;
+  }
+  queue_->post(WorkLane::files, [state = state_] { state->bringToDisk(); });
+}
+
+}  // namespace quorvance

@@ -1,0 +1,231 @@
+#include "platform/linux/storage/json_file_store.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <deque>
+#include <filesystem>
+#include <future>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "platform/linux/storage/temporary_folder_test_support.h"
+#include "platform/linux/threads/work_queue.h"
+
+namespace quorvance {
+namespace {
+
+namespace fs = std::filesystem;
+using Kind = StoredEntry::Kind;
+
+/// A file lane that runs when the test says so.
+class HeldFileLane : public BackgroundQueue {
+ public:
+  void post(WorkLane lane, Task task) override {
+    EXPECT_EQ(lane, WorkLane::files);
+    tasks_.push_back(std::move(task));
+  }
+  std::size_t waiting() const { return tasks_.size(); }
+  void runAll() {
+    for (; !tasks_.empty(); tasks_.pop_front()) tasks_.front()();
+  }
+
+ private:
+  std::deque<Task> tasks_;
+};
+
+class JsonFileStoreTest : public testing::Test {
+ protected:
+  JsonFileStore makeStore() { return JsonFileStore(folder_.at("app/quorvance"), lane_); }
+  std::string stateText() const { return folder_.get("app/quorvance/state.json"); }
+  void putState(std::string_view bytes) const { folder_.put("app/quorvance/state.json", bytes); }
+  /// Puts a file where the folder should be, or takes it away again.
+  void obstructDisk(bool isObstructed) const {
+    fs::remove_all(folder_.at("app"));
+    if (isObstructed) folder_.put("app", "not a folder");
+  }
+
+  TemporaryFolder folder_;
+  std::shared_ptr<HeldFileLane> lane_ = std::make_shared<HeldFileLane>();
+};
+
+mode_t permissionBitsOf(const std::string& path) {
+  struct stat status = {};
+  EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
+  return status.st_mode & 07777;
+}
+
+TEST_F(JsonFileStoreTest, MemoryAnswersAtOnceAndTheDiskAfterARestart) {
+  JsonFileStore store = makeStore();
+  EXPECT_EQ(store.read("deviceId").kind, Kind::absent);
+  store.write("deviceId", "d1");
+  store.write("user_id", "\xc3\xa4\"\n");
+  EXPECT_EQ(store.read("deviceId").text, "d1");
+  EXPECT_EQ(stateText(), "");
+  lane_->runAll();
+  JsonFileStore restarted = makeStore();
+  EXPECT_EQ(restarted.read("deviceId").kind, Kind::text);
+  EXPECT_EQ(restarted.read("deviceId").text, "d1");
+  EXPECT_EQ(restarted.read("user_id").text, "\xc3\xa4\"\n");
+}
+
+TEST_F(JsonFileStoreTest, GoesToTheDiskOnlyWhenAValueChanges) {
+  JsonFileStore store = makeStore();
+  store.write("a", "1");
+  store.write("b", "2");
+  store.synchronize();
+  EXPECT_EQ(lane_->waiting(), 1U);
+  lane_->runAll();
+  store.write("a", "1");
+  store.synchronize();
+  EXPECT_EQ(lane_->waiting(), 0U);
+  store.write("a", "");
+  EXPECT_EQ(lane_->waiting(), 1U);
+  lane_->runAll();
+  EXPECT_EQ(stateText(), R"({"a":"","b":"2"})");
+}
+
+TEST_F(JsonFileStoreTest, KeepsWhatOthersPutIntoTheFile) {
+  putState(R"({"foreign":{"x":[1,null]},"n":7,"a":"old"})");
+  JsonFileStore store = makeStore();
+  EXPECT_EQ(store.read("n").kind, Kind::other);
+  EXPECT_EQ(store.read("n").text, "");
+  EXPECT_EQ(store.read("foreign").kind, Kind::other);
+  // Another process changes the file after this one has read it.
+  putState(R"({"foreign":{"x":[1,null]},"n":7,"a":"old","late":"l"})");
+  store.write("a", "new");
+  store.write("b", "added");
+  lane_->runAll();
+  EXPECT_EQ(stateText(), R"({"foreign":{"x":[1,null]},"n":7,"a":"new","late":"l","b":"added"})");
+}
+
+TEST_F(JsonFileStoreTest, MakesPrivateFoldersAndFilesAgainWhenTheyAreGone) {
+  const mode_t mask = umask(0277);
+  JsonFileStore store = makeStore();
+  for (const char* text : {"1", "2"}) {
+    obstructDisk(false);
+    store.write("a", text);
+    lane_->runAll();
+    EXPECT_EQ(permissionBitsOf(folder_.at("app")), 0700U);
+    EXPECT_EQ(permissionBitsOf(folder_.at("app/quorvance")), 0700U);
+    EXPECT_EQ(permissionBitsOf(folder_.at("app/quorvance/state.json")), 0600U);
+    EXPECT_EQ(stateText(), R"({"a":")" + std::string(text) + R"("})");
+  }
+  umask(mask);
+}
+
+TEST_F(JsonFileStoreTest, LeavesNoFileThatCouldPassForAReport) {
+  putState("rubbish");
+  JsonFileStore store = makeStore();
+  store.write("a", "1");
+  lane_->runAll();
+  for (const auto& entry : fs::directory_iterator(folder_.at("app/quorvance"))) {
+    const std::string name = entry.path().filename();
+    EXPECT_NE(name, "state.tmp");
+    for (const char* category : {"bio", "crash", "communicationError", "activity"}) {
+      EXPECT_FALSE(name.starts_with(category)) << name;
+    }
+  }
+}
+
+TEST_F(JsonFileStoreTest, StartsEmptyWithAFileThatIsNoStateAndReplacesIt) {
+  const std::string tooLong = R"({"a":")" + std::string(JsonFileStore::kMaxFileBytes, 'x') + "\"}";
+  for (const std::string& bytes : {std::string(), std::string("rubbish"), std::string("[1]"),
+                                   std::string("{\"a\":"), std::string(500, '['), tooLong}) {
+    putState(bytes);
+    JsonFileStore store = makeStore();
+    EXPECT_EQ(store.read("a").kind, Kind::absent);
+    store.write("a", "1");
+    lane_->runAll();
+    EXPECT_EQ(stateText(), R"({"a":"1"})");
+    EXPECT_EQ(folder_.get("app/quorvance/unreadable-state.json"), bytes);
+  }
+}
+
+TEST_F(JsonFileStoreTest, LivesInMemoryWithAFolderInPlaceOfItsFile) {
+  fs::create_directories(folder_.at("app/quorvance/state.json/full"));
+  JsonFileStore store = makeStore();
+  store.write("a", "1");
+  lane_->runAll();
+  EXPECT_EQ(store.read("a").text, "1");
+  EXPECT_TRUE(fs::is_directory(folder_.at("app/quorvance/state.json/full")));
+}
+
+TEST_F(JsonFileStoreTest, DoesNotWaitForAPipeInPlaceOfItsFile) {
+  fs::create_directories(folder_.at("app/quorvance"));
+  ASSERT_EQ(mkfifo(folder_.at("app/quorvance/state.json").c_str(), 0600), 0);
+  JsonFileStore store = makeStore();
+  EXPECT_EQ(store.read("a").kind, Kind::absent);
+}
+
+TEST_F(JsonFileStoreTest, TriesWhatCouldNotBeWrittenAgainWithTheNextWrite) {
+  obstructDisk(true);
+  JsonFileStore store = makeStore();
+  store.write("a", "1");
+  store.write("b", "1");
+  lane_->runAll();
+  EXPECT_EQ(store.read("a").text, "1");
+  obstructDisk(false);
+  EXPECT_EQ(lane_->waiting(), 0U);
+  store.write("a", "2");
+  lane_->runAll();
+  EXPECT_EQ(stateText(), R"({"a":"2","b":"1"})");
+}
+
+TEST_F(JsonFileStoreTest, AnUnchangedWriteIsANextWriteToo) {
+  obstructDisk(true);
+  JsonFileStore store = makeStore();
+  store.write("a", "1");
+  lane_->runAll();
+  obstructDisk(false);
+  store.write("a", "1");
+  lane_->runAll();
+  EXPECT_EQ(stateText(), R"({"a":"1"})");
+}
+
+TEST_F(JsonFileStoreTest, KeepsTextsThatAreTooLongInMemory) {
+  JsonFileStore store = makeStore();
+  const std::string longest(JsonFileStore::kMaxTextBytes, 'x');
+  store.write("long", longest + "x");
+  EXPECT_EQ(store.read("long").text, longest + "x");
+  EXPECT_EQ(lane_->waiting(), 0U);
+  store.write("fits", longest);
+  lane_->runAll();
+  EXPECT_EQ(makeStore().read("fits").text, longest);
+  EXPECT_EQ(makeStore().read("long").kind, Kind::absent);
+}
+
+TEST_F(JsonFileStoreTest, WithoutAFolderEverythingStaysInMemory) {
+  JsonFileStore store(std::nullopt, lane_);
+  store.write("a", "1");
+  store.synchronize();
+  EXPECT_EQ(store.read("a").text, "1");
+  EXPECT_EQ(lane_->waiting(), 0U);
+}
+
+// As two processes do: the lock belongs to the open file, not to the process.
+TEST_F(JsonFileStoreTest, TwoStoresOnOneFileLoseNoUpdate) {
+  constexpr int kWrites = 100;
+  const auto writeMany = [&](const std::string& prefix) {
+    const auto queue = std::make_shared<WorkQueue>();
+    JsonFileStore store(folder_.at("app/quorvance"), queue);
+    for (int i = 0; i < kWrites; ++i) {
+      store.write(prefix + std::to_string(i), "1");
+      std::promise<void> written;
+      queue->post(WorkLane::files, [&] { written.set_value(); });
+      written.get_future().wait();
+    }
+  };
+  std::thread other([&] { writeMany("a"); });
+  writeMany("b");
+  other.join();
+  JsonFileStore store = makeStore();
+  for (int i = 0; i < kWrites; ++i) {
+    EXPECT_EQ(store.read("a" + std::to_string(i)).kind, Kind::text) << i;
+    EXPECT_EQ(store.read("b" + std::to_string(i)).kind, Kind::text) << i;
+  }
+}
+
+}  // namespace
+}  // namespace quorvance

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <memory>
+
+#include "platform/linux/threads/library_thread.h"
+#include "quorvance/platform/queues.h"
+
+namespace quorvance {
+
+/// Background work on at most four threads, which start on demand and end when idle.
+///
+/// The lanes of files and facts run one task at a time, completions two: together as many as there
+/// are threads, so a task that its lane admits never waits for a thread. With one hung task of each
+/// kind every lane but the hung one goes on, and one more completion at a time still runs.
+/// When the system has no thread to give, the tasks wait and the next post tries again. A task that
+/// throws ends the process. Destroying the queue drops what waits and waits for what runs; on one
+/// of its own threads it waits for nothing. Any thread; guarded by the state's mutex.
+class WorkQueue : public BackgroundQueue {
+ public:
+  static constexpr std::size_t kMaxThreads = 4;
+  static constexpr std::chrono::milliseconds kIdleTime{10'000};
+
+  /// `idleTime`: how long a thread waits for another task before it ends.
+  explicit WorkQueue(std::chrono::milliseconds idleTime = kIdleTime);
+  ~WorkQueue() override;
+  WorkQueue(const WorkQueue&) = delete;
+  WorkQueue& operator=(const WorkQueue&) = delete;
+
+  void post(WorkLane lane, Task task) override;
+
+ private:
+  struct State;
+  void startThread();
+  static void run(State& state, std::size_t slot);
+
+  // Shared with the threads, which may outlive the queue.
+  std::shared_ptr<State> state_;
+  std::array<LibraryThread, kMaxThreads> threads_;
+};
+
+}  // namespace quorvance

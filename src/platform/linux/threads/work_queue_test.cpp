@@ -1,0 +1,139 @@
+#include "platform/linux/threads/work_queue.h"
+
+#include <gtest/gtest.h>
+
+#include <future>
+#include <latch>
+#include <memory>
+#include <numeric>
+#include <vector>
+
+#include "platform/linux/threads/thread_signals_test_support.h"
+
+namespace quorvance {
+namespace {
+
+using std::chrono::milliseconds;
+
+/// Tasks that hang until the test is over.
+class HangingTasks {
+ public:
+  ~HangingTasks() { mayEnd_.set_value(); }
+
+  /// Returns when the task runs.
+  void hang(WorkQueue& queue, WorkLane lane) {
+    std::promise<void> started;
+    queue.post(lane, [&started, end = end_] {
+      started.set_value();
+      end.wait();
+    });
+    started.get_future().wait();
+  }
+
+ private:
+  std::promise<void> mayEnd_;
+  std::shared_future<void> end_ = mayEnd_.get_future().share();
+};
+
+void waitForTask(WorkQueue& queue, WorkLane lane) {
+  std::promise<void> done;
+  queue.post(lane, [&] { done.set_value(); });
+  done.get_future().wait();
+}
+
+TEST(WorkQueueTest, AHungTaskOfEachKindHoldsUpNoOtherCompletion) {
+  WorkQueue queue;
+  HangingTasks hanging;
+  hanging.hang(queue, WorkLane::files);
+  hanging.hang(queue, WorkLane::facts);
+  hanging.hang(queue, WorkLane::completions);
+  for (int i = 0; i < 100; ++i) waitForTask(queue, WorkLane::completions);
+}
+
+TEST(WorkQueueTest, HungCompletionsHoldUpNoLane) {
+  WorkQueue queue;
+  HangingTasks hanging;
+  hanging.hang(queue, WorkLane::completions);
+  hanging.hang(queue, WorkLane::completions);
+  queue.post(WorkLane::completions, [] {});
+  for (int i = 0; i < 10; ++i) {
+    waitForTask(queue, WorkLane::facts);
+    waitForTask(queue, WorkLane::files);
+  }
+}
+
+TEST(WorkQueueTest, CompletionsRunBesideEachOther) {
+  WorkQueue queue;
+  std::latch both(2);
+  std::latch done(2);
+  for (int i = 0; i < 2; ++i) {
+    queue.post(WorkLane::completions, [&] {
+      both.arrive_and_wait();
+      done.count_down();
+    });
+  }
+  done.wait();
+}
+
+TEST(WorkQueueTest, LanesRunOneTaskAtATimeInOrder) {
+  constexpr int kTasks = 500;
+  for (const WorkLane lane : {WorkLane::files, WorkLane::facts}) {
+    WorkQueue queue;
+    std::vector<int> order;  // unguarded: two tasks at a time would be a race
+    for (int i = 0; i < kTasks; ++i) {
+      queue.post(lane, [&order, i] { order.push_back(i); });
+      queue.post(WorkLane::completions, [] {});
+    }
+    waitForTask(queue, lane);
+    std::vector<int> expected(kTasks);
+    std::iota(expected.begin(), expected.end(), 0);
+    EXPECT_EQ(order, expected);
+  }
+}
+
+TEST(WorkQueueTest, IdleThreadsEndAndNewOnesStart) {
+  WorkQueue queue(milliseconds(1));
+  for (int i = 0; i < 3; ++i) {
+    auto ended = std::make_shared<std::promise<void>>();
+    auto threadEnd = ended->get_future();
+    queue.post(WorkLane::files, [ended] { signalAtThreadEnd(std::move(*ended)); });
+    threadEnd.wait();
+  }
+}
+
+TEST(WorkQueueTest, DestructionDropsWhatWaitsAndWaitsForWhatRuns) {
+  auto queue = std::make_unique<WorkQueue>();
+  std::promise<void> started;
+  std::promise<void> mayEnd;
+  bool isEnded = false;
+  queue->post(WorkLane::files, [&, end = mayEnd.get_future().share()] {
+    started.set_value();
+    end.wait();
+    isEnded = true;
+  });
+  started.get_future().wait();
+  queue->post(WorkLane::files,
+              [signal = signalWhenDropped(mayEnd)] { FAIL() << "was to be dropped"; });
+  queue.reset();
+  EXPECT_TRUE(isEnded);
+}
+
+TEST(WorkQueueTest, DestroyedByItsOwnTaskWaitsForNothing) {
+  HangingTasks hanging;
+  auto queue = std::make_unique<WorkQueue>();
+  hanging.hang(*queue, WorkLane::completions);
+  auto ended = std::make_shared<std::promise<void>>();
+  auto threadEnd = ended->get_future();
+  std::promise<void> mayGo;
+  queue->post(WorkLane::completions, [&, ended, go = mayGo.get_future().share()] {
+    signalAtThreadEnd(std::move(*ended));
+    go.wait();
+    queue.reset();
+  });
+  mayGo.set_value();
+  threadEnd.wait();
+  EXPECT_EQ(queue, nullptr);
+}
+
+}  // namespace
+}  // namespace quorvance
