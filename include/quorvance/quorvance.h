@@ -12,6 +12,7 @@
 #include "quorvance/json.h"
 #include "quorvance/mobile_permission.h"
 #include "quorvance/payment.h"
+#include "quorvance/platform/gesture.h"
 #include "quorvance/platform/host_loop_queue.h"
 #include "quorvance/platform/linux_platform.h"
 #include "quorvance/platform/platform.h"

@@ -17,6 +17,7 @@
 #include "quorvance/platform/http.h"
 #include "quorvance/platform/identity.h"
 #include "quorvance/platform/key_value_store.h"
+#include "quorvance/platform/motion.h"
 #include "quorvance/platform/queues.h"
 #include "quorvance/platform/user_data.h"
 
@@ -51,6 +52,7 @@ struct Platform {
   std::shared_ptr<AuthorizationSource> authorization;
   std::shared_ptr<LocationSource> location;
   std::shared_ptr<UserDataSource> userData;
+  std::shared_ptr<MotionSource> motion;
   std::shared_ptr<CrashTrap> crashTrap;
   std::shared_ptr<FaceDetection> faceDetection;
 };

@@ -17,6 +17,8 @@ struct ViewFrame {
   double height = 0;
 };
 
+class QuorvanceGestureRecognizer;
+
 /// A view of the host's user interface; touched only inside calls that the host's thread makes.
 class View {
  public:
@@ -28,6 +30,9 @@ class View {
   virtual std::vector<std::shared_ptr<View>> subviews() = 0;
   /// For debug output only.
   virtual std::string description() = 0;
+  /// Takes the recognizer, which from then on is to be driven with the touches of this view and of
+  /// everything in it (gesture.h). A view without touches leaves it alone.
+  virtual void addGestureRecognizer(std::shared_ptr<QuorvanceGestureRecognizer> /*recognizer*/) {}
 };
 
 }  // namespace quorvance
