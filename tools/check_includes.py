@@ -52,12 +52,6 @@ HEADERS_WITHOUT_SOURCE = {
     "quorvance/quorvance.h": "umbrella",
 }
 
-# System headers below the platform, each with its reason.
-SYSTEM_HEADER_EXCEPTIONS = {
-    ("base", "sys/random.h"): "getrandom, for UUIDs",
-    ("base", "pthread.h"): "pthread_atfork, for the forks of a host",
-}
-
 # Where a header of neither the language nor the JSON package may be included.
 THIRD_PARTY = {
     "gtest": "tests",
@@ -180,8 +174,7 @@ def problem_of_angled(kind, folder, test, name):
     if kind == "public":
         return f"a public header includes no system header: <{name}>"
     if kind == "source" and not is_linux(folder):
-        if (folder, name) not in SYSTEM_HEADER_EXCEPTIONS:
-            return f"system headers are only for src/platform/linux: <{name}>"
+        return f"system headers are only for src/platform/linux: <{name}>"
     return None
 
 

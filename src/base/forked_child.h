@@ -2,6 +2,8 @@
 
 namespace quorvance {
 
+// Both are defined by the platform that is linked; one without forks answers false.
+
 /// Begins to watch for forks of this process; once is enough, more does nothing.
 void watchForForks() noexcept;
 

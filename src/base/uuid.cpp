@@ -1,37 +1,17 @@
 #include "base/uuid.h"
 
-#include <sys/random.h>
-
 #include <array>
-#include <cerrno>
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <string_view>
 
-#include "base/fatal.h"
+#include "base/random.h"
 
 namespace quorvance {
-namespace {
-
-// The kernel's own generator, not a process-local one: identifiers stay unique after a fork.
-void fillRandom(std::span<std::uint8_t> bytes) {
-  std::size_t filled = 0;
-  while (filled < bytes.size()) {
-    const auto got = getrandom(bytes.data() + filled, bytes.size() - filled, 0);
-    if (got > 0) {
-      filled += static_cast<std::size_t>(got);
-    } else if (errno != EINTR) {
-      fatalError("the kernel gives no random bytes");
-    }
-  }
-}
-
-}  // namespace
 
 std::string randomUuid() {
   std::array<std::uint8_t, 16> bytes{};
-  fillRandom(bytes);
+  fillWithRandomBytes(bytes);
   bytes[6] = static_cast<std::uint8_t>((bytes[6] & 0x0F) | 0x40);  // version 4
   bytes[8] = static_cast<std::uint8_t>((bytes[8] & 0x3F) | 0x80);  // variant of RFC 4122
   constexpr std::string_view kDigits = "0123456789ABCDEF";

@@ -9,7 +9,6 @@
 #include "core/stored_report_uploader.h"
 #include "diagnostics/crash_eye.h"
 #include "diagnostics/queued_report_keeper.h"
-#include "quorvance/platform/linux_platform.h"
 
 namespace quorvance {
 namespace {
@@ -76,7 +75,7 @@ std::shared_ptr<Context> processContext() {
   const std::lock_guard lock(process.mutex);
   if (!process.context) {
     process.context = std::make_shared<Context>(
-        process.chosenPlatform ? std::move(*process.chosenPlatform) : makeLinuxPlatform());
+        process.chosenPlatform ? std::move(*process.chosenPlatform) : makeDefaultPlatform());
     process.chosenPlatform.reset();
   }
   return process.context;

@@ -21,6 +21,8 @@
 #include "quorvance/platform/queues.h"
 #include "quorvance/platform/user_data.h"
 
+#pragma GCC visibility push(default)
+
 namespace quorvance {
 
 /// The groups of device facts; a missing one answers "unknown".
@@ -57,4 +59,11 @@ struct Platform {
   std::shared_ptr<FaceDetection> faceDetection;
 };
 
+/// The platform of the system that the library was built for, with the defaults of an application;
+/// what a context is made over unless the host chooses another one. Passive, throws nothing.
+/// Defined by the platform that is linked.
+Platform makeDefaultPlatform();
+
 }  // namespace quorvance
+
+#pragma GCC visibility pop

@@ -77,4 +77,6 @@ Platform makeLinuxPlatform(LinuxPlatformOptions options) {
   return platform;
 }
 
+Platform makeDefaultPlatform() { return makeLinuxPlatform(); }
+
 }  // namespace quorvance
