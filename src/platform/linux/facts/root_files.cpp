@@ -3,11 +3,19 @@
 #include <limits.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <filesystem>
+#include <system_error>
 
 #include "platform/linux/storage/private_files.h"
 
 namespace quorvance {
+namespace {
+
+constexpr std::size_t kMaxNames = 4096;
+
+}  // namespace
 
 std::optional<std::string> cleanFact(std::string_view text) {
   constexpr std::string_view kBlank(" \t\r\n\0", 5);
@@ -26,6 +34,18 @@ std::optional<std::string> RootFiles::text(std::string_view path) const {
 std::optional<std::string> RootFiles::fact(std::string_view path) const {
   const std::optional<std::string> whole = text(path);
   return whole ? cleanFact(*whole) : std::nullopt;
+}
+
+std::vector<std::string> RootFiles::names(std::string_view path) const {
+  std::vector<std::string> names;
+  std::error_code error;
+  std::filesystem::directory_iterator entry(underRoot(path), error);
+  while (!error && entry != std::filesystem::directory_iterator() && names.size() < kMaxNames) {
+    names.push_back(entry->path().filename().string());
+    entry.increment(error);
+  }
+  std::sort(names.begin(), names.end());
+  return names;
 }
 
 std::optional<std::string> RootFiles::linkTarget(std::string_view path) const {

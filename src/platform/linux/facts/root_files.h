@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quorvance {
 
@@ -24,6 +25,9 @@ class RootFiles {
   std::optional<std::string> text(std::string_view path) const;
   /// As above, for files with one fact: cleaned.
   std::optional<std::string> fact(std::string_view path) const;
+  /// The names in a folder, sorted; none when it cannot be read. Of a folder with more names than a
+  /// system has devices, the rest is left out.
+  std::vector<std::string> names(std::string_view path) const;
   /// Where a symbolic link points to, as it is written there.
   std::optional<std::string> linkTarget(std::string_view path) const;
 
