@@ -4,6 +4,7 @@
 //   storage/   files and folders of the application's own data: the state, the documents
 //   http/      the HTTP session over libcurl
 //   facts/     what the system tells of itself and of the device
+//   motion/    accelerometer, gyroscope, gravity and magnetometer
 //   crash/     the crash trap: what a dying process may still do
 #include "quorvance/platform/linux_platform.h"
 
@@ -18,6 +19,8 @@
 #include "platform/linux/facts/linux_system_facts.h"
 #include "platform/linux/facts/root_files.h"
 #include "platform/linux/http/curl_http_session.h"
+#include "platform/linux/motion/iio_sensor_finder.h"
+#include "platform/linux/motion/linux_motion_source.h"
 #include "platform/linux/storage/data_folder.h"
 #include "platform/linux/storage/json_file_store.h"
 #include "platform/linux/storage/linux_documents_folder.h"
@@ -74,6 +77,8 @@ Platform makeLinuxPlatform(LinuxPlatformOptions options) {
   const RootFiles files(std::move(options.root));
   platform.identity = std::make_shared<LinuxIdentity>(files, identifier, platform.defaults);
   platform.facts.system = std::make_shared<LinuxSystemFacts>(files, platform.environment);
+  platform.motion = std::make_shared<LinuxMotionSource>(std::make_shared<IioSensorFinder>(files),
+                                                        platform.mainQueue);
   return platform;
 }
 

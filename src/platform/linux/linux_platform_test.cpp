@@ -42,6 +42,7 @@ TEST(LinuxPlatformTest, HasAllThatIsRequiredAndStartsNothing) {
   EXPECT_TRUE(platform.clock && platform.mainQueue && platform.backgroundQueue && platform.http &&
               platform.defaults);
   EXPECT_TRUE(platform.identity && platform.environment && platform.facts.system);
+  EXPECT_TRUE(platform.motion && platform.motion->makeManager());
   EXPECT_EQ(threadsOfProcess(), threads);
   EXPECT_EQ(filesOf(home.path()), 0U);
 }
