@@ -61,6 +61,25 @@ TEST_F(LinuxSystemFactsTest, TheModelComesFromTheMostTellingSource) {
   EXPECT_EQ(read({{"SIMULATOR_MODEL_IDENTIFIER", ""}}).model, "Phone X");
 }
 
+TEST_F(LinuxSystemFactsTest, TextThatNobodyCanReadIsNone) {
+  const std::string_view unreadable[] = {
+      "\x7f"
+      "ELF\x02\x01\x01",
+      "Book\x1b[2J14", "B\xff\xfeok", "Tab\tbook",
+      "Book\xc2\x9b"
+      "14"};
+  for (const std::string_view text : unreadable) {
+    folder_.put("proc/device-tree/model", text);
+    folder_.put("sys/class/dmi/id/product_name", "Book 14\n");
+    folder_.put("etc/os-release", "NAME='" + std::string(text) + "'\nVERSION_ID=12\n");
+    EXPECT_EQ(read().model, "Book 14");
+    EXPECT_EQ(read().systemName, std::nullopt);
+    EXPECT_EQ(read().systemVersion, "12");
+    folder_.put("sys/class/dmi/id/product_name", "Line 1\nLine 2\n");
+    EXPECT_EQ(read().model, LinuxEnvironment({}).machine());
+  }
+}
+
 TEST_F(LinuxSystemFactsTest, TheKindOfDeviceComesFromItsChassis) {
   const std::pair<const char*, std::optional<std::string>> cases[] = {
       {"3\n", "desktop"}, {"10\n", "laptop"}, {"11", "handset"}, {"23\n", "server"},

@@ -8,8 +8,9 @@
 
 namespace quorvance {
 
-/// The text without what kernel files end with (line ends, NULs) and without spaces around it;
-/// absent when nothing is left.
+/// The text without what kernel files end with (line ends, NULs) and without spaces around it.
+/// Absent when nothing is left, and for what nobody can read: control characters, text that is not
+/// UTF-8, or more than a name has.
 std::optional<std::string> cleanFact(std::string_view text);
 
 /// The small files in which a system describes itself, under a root folder ("/" save in tests and
