@@ -50,6 +50,8 @@ bool ManagerCore::setup(const std::string& serverUrl, const std::optional<std::s
                textOf(static_cast<double>(after - before)));
   }
   getSdkConfiguration();
+  context_->facts->refresh();
+  context_->facts->watchNetwork();
   trace.close();
   return true;
 }

@@ -56,12 +56,23 @@ TEST(PermissionListTest, UnknownWordsAndRepetitionsAreSkipped) {
 
 TEST(DeviceDataCollectorTest, TheConfigurationRequestNamesTheModelInEveryMode) {
   CollectorWorld world;
-  EXPECT_EQ(compactText(world.collector->configurationBody()), "{}");
+  EXPECT_EQ(compactText(world.collector->configurationBody()),
+            R"({"model":"x86_64","kindModel":"computer"})");
   world.refresh();
   const std::string text = R"({"iosVersion":"12","model":"Model-1","kindModel":"handset"})";
   EXPECT_EQ(compactText(world.collector->configurationBody()), text);
   const DebugLines debug;
   EXPECT_EQ(compactText(world.collector->configurationBody()), text);
+}
+
+// Whatever source the host put in.
+TEST(DeviceDataCollectorTest, TheSimulatorsVariableNamesTheModelBeforeAnySource) {
+  CollectorWorld world;
+  world.environment->variables["SIMULATOR_MODEL_IDENTIFIER"] = "Sim1,2";
+  world.refresh();
+  EXPECT_EQ(world.collector->configurationBody().at("model"), "Sim1,2");
+  EXPECT_EQ(world.collector->deviceDataJson().at("model"), "Sim1,2");
+  EXPECT_EQ(world.collector->settingDataJson().at("isEmulator"), true);
 }
 
 TEST(DeviceDataCollectorTest, TheIdentifierRequestCarriesTheAdvertisingIdentifierWhenAllowed) {
@@ -100,13 +111,15 @@ TEST(DeviceDataCollectorTest, UserDataIsAnEmptyObjectWithoutASource) {
 
 TEST(DeviceDataCollectorTest, DebugModeAddsItsKeysAndPrintsTheDevice) {
   CollectorWorld world;
-  world.screen->facts.orientation = 1;
+  world.posture->facts.orientation = 1;
   world.refresh();
   EXPECT_FALSE(world.collector->deviceDataJson().contains("orientation"));
   const DebugLines debug;
+  EXPECT_FALSE(world.collector->deviceDataJson().contains("orientation")) << "read in production";
+  world.refresh();
   const Json json = world.collector->deviceDataJson();
-  EXPECT_TRUE(json.contains("orientation"));
-  EXPECT_EQ(debug.lines(), std::vector<std::string>{"device_data:  " + compactText(json)});
+  EXPECT_EQ(json.at("orientation"), "portrait");
+  EXPECT_EQ(debug.lines().back(), "device_data:  " + compactText(json));
 }
 
 }  // namespace

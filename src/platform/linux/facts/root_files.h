@@ -31,10 +31,10 @@ class RootFiles {
   std::vector<std::string> names(std::string_view path) const;
   /// Where a symbolic link points to, as it is written there.
   std::optional<std::string> linkTarget(std::string_view path) const;
-
- private:
+  /// The path as the kernel is asked for it.
   std::string underRoot(std::string_view path) const;
 
+ private:
   const std::string root_;
 };
 
