@@ -19,6 +19,7 @@ ARROWS = {
     "platform/linux": [
         "platform/linux/crash",
         "platform/linux/facts",
+        "platform/linux/hardware",
         "platform/linux/http",
         "platform/linux/motion",
         "platform/linux/storage",
@@ -26,6 +27,7 @@ ARROWS = {
     ],
     "platform/linux/crash": ["platform/linux/storage", "platform/linux/threads"],
     "platform/linux/facts": ["platform/linux/storage"],
+    "platform/linux/hardware": ["platform/linux/facts"],
     "platform/linux/http": ["platform/linux/threads"],
     "platform/linux/motion": ["platform/linux/facts", "platform/linux/threads"],
     "platform/linux/storage": ["platform/linux/threads"],

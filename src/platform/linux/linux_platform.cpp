@@ -3,8 +3,9 @@
 //   threads/   both main queues, the background queue, and how every thread of the library starts
 //   storage/   files and folders of the application's own data: the state, the documents
 //   http/      the HTTP session over libcurl
-//   facts/     what the system tells of itself and of the device
 //   motion/    accelerometer, gyroscope, gravity and magnetometer
+//   facts/     what the system tells of itself
+//   hardware/  what the kernel tells of screen, battery and posture
 //   crash/     the crash trap: what a dying process may still do
 #include "quorvance/platform/linux_platform.h"
 
@@ -18,6 +19,8 @@
 #include "platform/linux/facts/linux_identity.h"
 #include "platform/linux/facts/linux_system_facts.h"
 #include "platform/linux/facts/root_files.h"
+#include "platform/linux/hardware/linux_power_source.h"
+#include "platform/linux/hardware/linux_screen_facts.h"
 #include "platform/linux/http/curl_http_session.h"
 #include "platform/linux/motion/iio_sensor_finder.h"
 #include "platform/linux/motion/linux_motion_source.h"
@@ -79,6 +82,9 @@ Platform makeLinuxPlatform(LinuxPlatformOptions options) {
   platform.facts.system = std::make_shared<LinuxSystemFacts>(files, platform.environment);
   platform.motion = std::make_shared<LinuxMotionSource>(std::make_shared<IioSensorFinder>(files),
                                                         platform.mainQueue);
+  platform.facts.storage = std::make_shared<LinuxStorageFacts>(platform.environment);
+  platform.facts.screen = std::make_shared<LinuxScreenFacts>(files);
+  platform.facts.power = std::make_shared<LinuxPowerSource>(files);
   return platform;
 }
 
