@@ -18,6 +18,7 @@ ARROWS = {
     "platform": ["base"],
     "platform/linux": [
         "platform/linux/crash",
+        "platform/linux/desktop",
         "platform/linux/facts",
         "platform/linux/hardware",
         "platform/linux/http",
@@ -26,6 +27,7 @@ ARROWS = {
         "platform/linux/threads",
     ],
     "platform/linux/crash": ["platform/linux/storage", "platform/linux/threads"],
+    "platform/linux/desktop": ["platform/linux/facts"],
     "platform/linux/facts": ["platform/linux/storage"],
     "platform/linux/hardware": ["platform/linux/facts"],
     "platform/linux/http": ["platform/linux/threads"],

@@ -5,6 +5,7 @@
 //   http/      the HTTP session over libcurl
 //   motion/    accelerometer, gyroscope, gravity and magnetometer
 //   facts/     what the system tells of itself
+//   desktop/   fonts and the user's settings
 //   hardware/  what the kernel tells of screen, battery and posture
 //   crash/     the crash trap: what a dying process may still do
 #include "quorvance/platform/linux_platform.h"
@@ -15,6 +16,7 @@
 #include <utility>
 
 #include "platform/linux/crash/linux_crash_trap.h"
+#include "platform/linux/desktop/linux_font_facts.h"
 #include "platform/linux/facts/linux_environment.h"
 #include "platform/linux/facts/linux_identity.h"
 #include "platform/linux/facts/linux_system_facts.h"
@@ -84,6 +86,7 @@ Platform makeLinuxPlatform(LinuxPlatformOptions options) {
                                                         platform.mainQueue);
   platform.facts.storage = std::make_shared<LinuxStorageFacts>(platform.environment);
   platform.facts.screen = std::make_shared<LinuxScreenFacts>(files);
+  platform.facts.fonts = std::make_shared<LinuxFontFacts>();
   platform.facts.power = std::make_shared<LinuxPowerSource>(files);
   return platform;
 }
