@@ -5,6 +5,7 @@
 //   http/      the HTTP session over libcurl
 //   motion/    accelerometer, gyroscope, gravity and magnetometer
 //   facts/     what the system tells of itself
+//   routes/    which network the device is on
 //   desktop/   fonts and the user's settings
 //   hardware/  what the kernel tells of screen, battery and posture
 //   crash/     the crash trap: what a dying process may still do
@@ -26,10 +27,13 @@
 #include "platform/linux/http/curl_http_session.h"
 #include "platform/linux/motion/iio_sensor_finder.h"
 #include "platform/linux/motion/linux_motion_source.h"
+#include "platform/linux/routes/linux_network_facts.h"
+#include "platform/linux/routes/linux_reachability_monitor.h"
 #include "platform/linux/storage/data_folder.h"
 #include "platform/linux/storage/json_file_store.h"
 #include "platform/linux/storage/linux_documents_folder.h"
 #include "platform/linux/threads/thread_main_queue.h"
+#include "platform/linux/threads/watch_thread.h"
 #include "platform/linux/threads/work_queue.h"
 
 namespace quorvance {
@@ -87,7 +91,11 @@ Platform makeLinuxPlatform(LinuxPlatformOptions options) {
   platform.facts.storage = std::make_shared<LinuxStorageFacts>(platform.environment);
   platform.facts.screen = std::make_shared<LinuxScreenFacts>(files);
   platform.facts.fonts = std::make_shared<LinuxFontFacts>();
+  platform.facts.network = std::make_shared<LinuxNetworkFacts>(files);
   platform.facts.power = std::make_shared<LinuxPowerSource>(files);
+
+  const auto watchThread = std::make_shared<WatchThread>();
+  platform.reachability = std::make_shared<LinuxReachabilityMonitor>(files, watchThread);
   return platform;
 }
 

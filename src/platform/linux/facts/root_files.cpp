@@ -29,8 +29,8 @@ std::optional<std::string> cleanFact(std::string_view text) {
   return isFact ? std::optional<std::string>(text) : std::nullopt;
 }
 
-std::optional<std::string> RootFiles::text(std::string_view path) const {
-  SmallFile file = readSmallFile(underRoot(path), kMaxFactBytes);
+std::optional<std::string> RootFiles::text(std::string_view path, std::size_t maxBytes) const {
+  SmallFile file = readSmallFile(underRoot(path), maxBytes);
   if (file.outcome != SmallFile::Outcome::whole) return std::nullopt;
   return std::move(file.bytes);
 }

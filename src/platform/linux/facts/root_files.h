@@ -22,8 +22,9 @@ class RootFiles {
 
   explicit RootFiles(std::string root) : root_(std::move(root)) {}
 
-  /// The whole text, absent when the file cannot be read. Paths begin with "/".
-  std::optional<std::string> text(std::string_view path) const;
+  /// The whole text, absent when the file cannot be read or is longer. Paths begin with "/".
+  std::optional<std::string> text(std::string_view path,
+                                  std::size_t maxBytes = kMaxFactBytes) const;
   /// As above, for files with one fact: cleaned.
   std::optional<std::string> fact(std::string_view path) const;
   /// The names in a folder, sorted; none when it cannot be read. Of a folder with more names than a
