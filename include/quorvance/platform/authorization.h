@@ -30,6 +30,16 @@ class AuthorizationSource {
   virtual AuthorizationStatus status(AuthorizationSubject subject) = 0;
 };
 
+/// What only the application can know of its user's answers: those of its own dialogues, or of
+/// services that the platform has no authority for (contacts, calendar, reminders, photos). Called
+/// as an AuthorizationSource is.
+class HostAuthorization {
+ public:
+  virtual ~HostAuthorization() = default;
+  /// Absent where the platform is to answer.
+  virtual std::optional<AuthorizationStatus> status(AuthorizationSubject subject) = 0;
+};
+
 /// A position fix; what the receiver does not supply stays unset.
 struct LocationFix {
   /// Metres above sea level.

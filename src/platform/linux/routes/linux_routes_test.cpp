@@ -129,7 +129,7 @@ TEST(LinuxReachabilityTest, FollowsTheKernelThroughEveryChange) {
     EXPECT_EQ(readDefaultRoute(RootFiles(root)).kind, NetworkKind::none) << "the peer is down";
     ip("link set far up");
     EXPECT_TRUE(inbox.waitFor(NetworkKind::other));
-    EXPECT_EQ(LinuxNetworkFacts(RootFiles(root)).read().isDefaultRouteWireless, false);
+    EXPECT_EQ(LinuxNetworkFacts(RootFiles(root), {}).read().isDefaultRouteWireless, false);
     ip("link set far down");
     EXPECT_TRUE(inbox.waitFor(NetworkKind::none));
     ip("link set far up");

@@ -49,7 +49,8 @@ struct WatchThread::State {
   std::vector<Task> posted;
   bool isStopped = false;
   bool isRunning = false;
-  const int wakeUp = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+  /// Made with the first task, under the mutex.
+  int wakeUp = -1;
 
   // The running thread's own.
   std::vector<std::shared_ptr<Watch>> watches;
@@ -128,12 +129,14 @@ WatchThread::~WatchThread() {
   const std::lock_guard lock(state_->mutex);
   state_->isStopped = true;
   state_->posted.clear();
-  state_->wake();
+  if (state_->isRunning) state_->wake();
 }
 
 void WatchThread::post(Task task) {
-  if (isForkedChild() || process_ != getpid() || state_->wakeUp < 0) return;
+  if (isForkedChild() || process_ != getpid()) return;
   const std::lock_guard lock(state_->mutex);
+  if (state_->wakeUp < 0) state_->wakeUp = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+  if (state_->wakeUp < 0) return;
   state_->posted.push_back(std::move(task));
   state_->wake();
   if (state_->isRunning) return;
