@@ -55,6 +55,14 @@ bool ManagerCore::ifAuthorized(MobilePermission type) {
   return context_->collector->isAuthorized(type);
 }
 
+void ManagerCore::setPendingUserData(Json userData) {
+  if (userData.is_null()) {
+    context_->collector->takePendingUserData();
+  } else if (userData.is_object() && writeJson(userData)) {
+    context_->collector->setPendingUserData(std::move(userData));
+  }
+}
+
 void ManagerCore::crashEyeDidCatchCrash(const CrashModel& crash) {
   if (crash.isStored) return;
   context_->reports->storeReport(crashReport(crash, context_->state->now()).getJson(),

@@ -1,6 +1,10 @@
 #include <gmock/gmock.h>
 
+#include <limits>
+
+#include "base/json_test_support.h"
 #include "core/recording_parts_test_support.h"
+#include "quorvance/account_check_points.h"
 
 namespace quorvance {
 namespace {
@@ -55,6 +59,51 @@ TEST(EvidenceTest, PermissionIsAnsweredAsItStandsNow) {
   EXPECT_FALSE(world.manager->ifAuthorized(static_cast<MobilePermission>(7)));
   answers.clear();
   EXPECT_FALSE(world.manager->ifAuthorized(MobilePermission::CAMERA));
+}
+
+TEST(EvidenceTest, PendingUserDataGoesOutWithTheNextPayloadOnce) {
+  ManagerWorld world;
+  world.setup();
+  const auto sent = [&](const CheckPoint& checkPoint) {
+    world.manager->arriveToCheckPoint(checkPoint);
+    world.time->run();
+    const Json body = world.http->sentTo(ManagerWorld::kEventPath).back().body;
+    return body.contains("user_data") ? textOf(body["user_data"]) : "none";
+  };
+  const Json contacts = parsedJson(R"({"contacts":2})");
+  EXPECT_EQ(sent(Launch()), "none");
+  world.manager->setPendingUserData(parsedJson(R"({"contacts":1})"));
+  world.manager->setPendingUserData(contacts);
+  EXPECT_EQ(sent(CheckPoint(CheckPointType::UPDATE_DETAILS)), "none");
+  EXPECT_EQ(sent(Launch()), R"({"contacts":2})");
+  EXPECT_EQ(sent(Launch()), "none");
+  world.manager->setPendingUserData(contacts);
+  world.manager->setPendingUserData(nullptr);
+  EXPECT_EQ(sent(Launch()), "none");
+  world.manager->setPendingUserData(contacts);
+  world.manager->sendDataWithNewSession();
+  world.time->run();
+  EXPECT_EQ(sent(Launch()), "none") << "a session collects its own and drops it";
+}
+
+TEST(EvidenceTest, UserDataThatCannotBeSentIsIgnored) {
+  ManagerWorld world;
+  world.setup();
+  Json deep = Json::object();
+  for (int i = 0; i < 200; ++i) {
+    Json outer = Json::object();
+    outer["a"] = std::move(deep);
+    deep = std::move(outer);
+  }
+  Json endless = Json::object();
+  endless["a"] = std::numeric_limits<double>::infinity();
+  for (const Json& odd : {deep, endless, Json(7), Json("text"), Json::array()}) {
+    world.manager->setPendingUserData(odd);
+    world.manager->arriveToCheckPoint(Launch());
+    world.time->run();
+    EXPECT_FALSE(world.http->sentTo(ManagerWorld::kEventPath).back().body.contains("user_data"));
+  }
+  EXPECT_EQ(world.http->countTo(ManagerWorld::kEventPath), 5U);
 }
 
 TEST(EvidenceTest, CrashIsKeptUnderItsSignalsNumber) {
