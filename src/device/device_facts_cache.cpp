@@ -129,14 +129,13 @@ void DeviceFactsCache::readNetworkAlone() { readInto(&DeviceFacts::network, &rea
 void DeviceFactsCache::readWhole() {
   readSystemOnce();
   readInto(&DeviceFacts::screen, &readScreen);
-  if (isInDebugMode()) {
-    readInto(&DeviceFacts::posture, &readPosture);
-    readInto(&DeviceFacts::power, &readPower);
-  }
   readInto(&DeviceFacts::accessibility, &readAccessibility);
   readNetworkAlone();
   readInto(&DeviceFacts::storage, &readStorage);
   readFontsOnce();
+  if (!isInDebugMode()) return;
+  readInto(&DeviceFacts::power, &readPower);
+  readInto(&DeviceFacts::posture, &readPosture);
 }
 
 }  // namespace quorvance

@@ -68,7 +68,12 @@ struct CameraDevices::State {
   std::atomic<bool> isWatching{false};
   std::atomic<AuthorizationStatus> status{AuthorizationStatus::notDetermined};
 
-  void readAgain() { status = statusOfDevices(files); }
+  std::atomic<bool> isRead{false};
+
+  void readAgain() {
+    status = statusOfDevices(files);
+    isRead = true;
+  }
 };
 
 class CameraDevices::FolderWatch : public Watch {
@@ -92,6 +97,8 @@ CameraDevices::CameraDevices(RootFiles files, std::shared_ptr<WatchThread> threa
     : state_(std::make_shared<State>(std::move(files))), thread_(std::move(thread)) {}
 
 CameraDevices::~CameraDevices() = default;
+
+bool CameraDevices::hasRead() const { return state_->isRead; }
 
 AuthorizationStatus CameraDevices::status() {
   if (!state_->isWatching.load(std::memory_order_relaxed) && !state_->isWatching.exchange(true)) {

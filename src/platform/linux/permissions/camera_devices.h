@@ -18,6 +18,8 @@ class CameraDevices {
 
   /// Not determined until the first reading has ended.
   AuthorizationStatus status();
+  /// Whether that has ended.
+  bool hasRead() const;
 
  private:
   struct State;

@@ -37,6 +37,24 @@ AuthorizationStatus LinuxAuthorization::status(AuthorizationSubject subject) {
   return status;
 }
 
+bool LinuxAuthorization::hasRead() {
+  const StoredPermissions stored = sources_.store->permissions();
+  return stored.isRead && (stored.isSandboxed || sources_.cameras->hasRead()) &&
+         (sources_.hostLocation || sources_.geoClue->service().isRead);
+}
+
+std::string LinuxAuthorization::origin(AuthorizationSubject subject) const {
+  const std::string origin = sources_.host ? "the application, else " : "";
+  switch (subject) {
+    case AuthorizationSubject::location:
+      return origin + "D-Bus: permission store, GeoClue";
+    case AuthorizationSubject::camera:
+      return origin + "sandboxed: permission store, else access to /dev/video*";
+    default:
+      return sources_.host ? "the application" : "nothing on Linux, unless the application tells";
+  }
+}
+
 std::optional<LocationFix> LinuxLocation::lastFix() {
   if (sources_.hostLocation) {
     if (auto fix = sources_.hostLocation->lastFix()) return fix;

@@ -31,6 +31,8 @@ class LinuxAuthorization : public AuthorizationSource {
 
   bool locationServicesEnabled() override;
   AuthorizationStatus status(AuthorizationSubject subject) override;
+  bool hasRead() override;
+  std::string origin(AuthorizationSubject subject) const override;
 
  private:
   AuthorizationStatus systemStatus(AuthorizationSubject subject);
