@@ -27,6 +27,7 @@
 #include "platform/linux/facts/linux_system_facts.h"
 #include "platform/linux/facts/root_files.h"
 #include "platform/linux/facts/sandbox.h"
+#include "platform/linux/hardware/linux_posture_facts.h"
 #include "platform/linux/hardware/linux_power_source.h"
 #include "platform/linux/hardware/linux_screen_facts.h"
 #include "platform/linux/http/curl_http_session.h"
@@ -70,6 +71,18 @@ LinuxEnvironment::Variables variablesOf(const LinuxPlatformOptions& options) {
 
 BusPlace placeOf(std::optional<std::string>& address, BusPlace usual) {
   return address ? BusPlace{unixAddressesIn(*address)} : std::move(usual);
+}
+
+/// What the kernel's and the system's files tell.
+void addMachineFacts(Platform& platform, const RootFiles& files) {
+  const auto sensors = std::make_shared<IioSensorFinder>(files);
+  platform.motion = std::make_shared<LinuxMotionSource>(sensors, platform.mainQueue);
+  platform.facts.system = std::make_shared<LinuxSystemFacts>(files, platform.environment);
+  platform.facts.storage = std::make_shared<LinuxStorageFacts>(platform.environment);
+  platform.facts.screen = std::make_shared<LinuxScreenFacts>(files);
+  platform.facts.fonts = std::make_shared<LinuxFontFacts>();
+  platform.facts.posture = std::make_shared<LinuxPostureFacts>(sensors);
+  platform.facts.power = std::make_shared<LinuxPowerSource>(files);
 }
 
 /// What is read from buses, or followed by the watch thread.
@@ -120,13 +133,7 @@ Platform makeLinuxPlatform(LinuxPlatformOptions options) {
 
   const RootFiles files(options.root);
   platform.identity = std::make_shared<LinuxIdentity>(files, identifier, platform.defaults);
-  platform.facts.system = std::make_shared<LinuxSystemFacts>(files, platform.environment);
-  platform.motion = std::make_shared<LinuxMotionSource>(std::make_shared<IioSensorFinder>(files),
-                                                        platform.mainQueue);
-  platform.facts.storage = std::make_shared<LinuxStorageFacts>(platform.environment);
-  platform.facts.screen = std::make_shared<LinuxScreenFacts>(files);
-  platform.facts.fonts = std::make_shared<LinuxFontFacts>();
-  platform.facts.power = std::make_shared<LinuxPowerSource>(files);
+  addMachineFacts(platform, files);
   platform.userData = std::move(options.userData);
   addBusFacts(platform, options, files);
   return platform;

@@ -10,6 +10,7 @@
 #include "platform/linux/hardware/linux_posture_facts.h"
 #include "platform/linux/hardware/linux_power_source.h"
 #include "platform/linux/hardware/linux_screen_facts.h"
+#include "platform/linux/motion/iio_sensor_finder.h"
 #include "platform/linux/storage/temporary_folder_test_support.h"
 
 namespace quorvance {
@@ -170,7 +171,25 @@ TEST(OrientationTest, IsTheEdgeOrTheFaceThatPointsDown) {
   for (const Case& c : cases) {
     EXPECT_EQ(orientationOf(c.sample), c.orientation) << c.sample.x << " " << c.sample.y;
   }
-  EXPECT_EQ(LinuxPostureFacts([] { return std::nullopt; }).read().orientation, std::nullopt);
+}
+
+TEST_F(LinuxHardwareTest, TheOrientationIsReadFromTheAccelerometer) {
+  LinuxPostureFacts posture(std::make_shared<IioSensorFinder>(RootFiles(folder_.path())));
+  EXPECT_EQ(posture.read().orientation, std::nullopt);
+  const std::string device = "sys/bus/iio/devices/iio:device0/in_accel_";
+  folder_.put(device + "scale", "0.01\n");
+  const auto hold = [&](const char* x, const char* y, const char* z) {
+    folder_.put(device + "x_raw", x);
+    folder_.put(device + "y_raw", y);
+    folder_.put(device + "z_raw", z);
+    return posture.read().orientation;
+  };
+  // The kernel counts +1 g on the axis that points up.
+  EXPECT_EQ(hold("0", "981", "0"), 1);
+  EXPECT_EQ(hold("981", "0", "0"), 3);
+  EXPECT_EQ(hold("0", "0", "981"), 5);
+  EXPECT_EQ(hold("0", "0", "2981"), 0);
+  EXPECT_EQ(hold("0", "0", "busy"), std::nullopt);
 }
 
 }  // namespace

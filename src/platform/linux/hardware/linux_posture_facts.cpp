@@ -35,9 +35,9 @@ int orientationOf(const MotionSample& acceleration) {
 
 PostureFacts LinuxPostureFacts::read() {
   PostureFacts facts;
-  if (const auto acceleration = readAcceleration_()) {
-    facts.orientation = orientationOf(*acceleration);
-  }
+  const auto sensor = finder_->find(SensorKind::accelerometer);
+  const auto acceleration = sensor ? sensor->read() : std::nullopt;
+  if (acceleration) facts.orientation = orientationOf(*acceleration);
   return facts;
 }
 

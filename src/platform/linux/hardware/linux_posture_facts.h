@@ -1,8 +1,9 @@
 #pragma once
 
-#include <functional>
-#include <optional>
+#include <memory>
+#include <utility>
 
+#include "platform/linux/motion/sensor_reader.h"
 #include "quorvance/platform/device_facts.h"
 #include "quorvance/platform/motion.h"
 
@@ -17,17 +18,13 @@ int orientationOf(const MotionSample& acceleration);
 /// block.
 class LinuxPostureFacts : public FactSource<PostureFacts> {
  public:
-  /// Absent when there is no accelerometer, or it gives no reading.
-  using ReadAcceleration = std::function<std::optional<MotionSample>()>;
-
-  explicit LinuxPostureFacts(ReadAcceleration readAcceleration)
-      : readAcceleration_(std::move(readAcceleration)) {}
+  explicit LinuxPostureFacts(std::shared_ptr<SensorFinder> finder) : finder_(std::move(finder)) {}
 
   PostureFacts read() override;
   std::string origin(std::string_view field) const override;
 
  private:
-  const ReadAcceleration readAcceleration_;
+  const std::shared_ptr<SensorFinder> finder_;
 };
 
 }  // namespace quorvance
