@@ -12,9 +12,15 @@ Json textArray(const std::vector<std::string>& texts) {
   return array;
 }
 
+void writeFamilies(Json& object, std::string_view key, const void* member) {
+  using Families = std::vector<std::string>;
+  const auto& families = *static_cast<const std::shared_ptr<const Families>*>(member);
+  if (families) putMember(object, key, textArray(*families));
+}
+
 void writeFonts(Json& object, std::string_view key, const void* member) {
   using Fonts = std::map<std::string, std::vector<std::string>>;
-  const auto& fonts = *static_cast<const std::optional<Fonts>*>(member);
+  const auto& fonts = *static_cast<const std::shared_ptr<const Fonts>*>(member);
   if (!fonts) return;
   Json families = makeObject(fonts->size());
   for (const auto& [family, names] : *fonts) putMember(families, family, textArray(names));
@@ -24,6 +30,7 @@ void writeFonts(Json& object, std::string_view key, const void* member) {
 // Snapshots are never read back.
 void ignoreFonts(const Json& /*value*/, void* /*member*/) {}
 
+constexpr FieldCodec kFamiliesCodec{&writeFamilies, &ignoreFonts};
 constexpr FieldCodec kFontsCodec{&writeFonts, &ignoreFonts};
 
 constexpr RecordField kDeviceFields[] = {
@@ -42,7 +49,7 @@ constexpr RecordField kDeviceFields[] = {
     field<&DeviceData::xdpi>("xdpi"),
     field<&DeviceData::ydpi>("ydpi"),
     field<&DeviceData::model>("model"),
-    field<&DeviceData::familyNames>("familyNames"),
+    field<&DeviceData::familyNames>("familyNames", kFamiliesCodec),
     field<&DeviceData::fontForName>("fontForName", kFontsCodec),
     field<&DeviceData::fontCount>("fontCount"),
     field<&DeviceData::idfa>("idfa"),

@@ -45,8 +45,8 @@ void fillFonts(DeviceData& data, const std::shared_ptr<const FontFacts>& fonts) 
   if (!fonts || (fonts->familyNames.empty() && fonts->fontsByFamily.empty())) return;
   std::int64_t count = 0;
   for (const auto& entry : fonts->fontsByFamily) count += std::ssize(entry.second);
-  data.familyNames = fonts->familyNames;
-  data.fontForName = fonts->fontsByFamily;
+  data.familyNames = {fonts, &fonts->familyNames};
+  data.fontForName = {fonts, &fonts->fontsByFamily};
   data.fontCount = count;
 }
 
