@@ -50,8 +50,10 @@ bool ManagerCore::setup(const std::string& serverUrl, const std::optional<std::s
                textOf(static_cast<double>(after - before)));
   }
   getSdkConfiguration();
+  // A source over a bus begins to read with the first question: the first checkpoint may follow.
+  context_->platform.backgroundQueue->post(
+      WorkLane::facts, [collector = context_->collector] { collector->permissions(); });
   context_->facts->refresh();
-  context_->facts->watchNetwork();
   trace.close();
   return true;
 }

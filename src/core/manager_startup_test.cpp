@@ -274,6 +274,7 @@ TEST(StartupTest, SlowFactsHoldUpTheStartForTwoSecondsAtMost) {
   world.time->run();
   EXPECT_EQ(world.http->sent().size(), 1U);
   EXPECT_NE(world.context->facts->snapshot()->fonts, nullptr) << "setup has everything read";
+  EXPECT_GT(world.authorization->questions, 0);
 }
 
 }  // namespace

@@ -78,18 +78,13 @@ void DeviceFactsCache::whenRefreshed(Task task) {
 
 void DeviceFactsCache::refresh() { whenRefreshed(nullptr); }
 
+// Not in a host call: the first subscription may start a thread.
 void DeviceFactsCache::watchNetwork() {
-  if (!reachability_) return;
-  {
-    const std::lock_guard lock(mutex_);
-    if (networkSubscription_) return;
-  }
-  auto subscription = reachability_->subscribe([weak = weak_from_this()](NetworkKind /*kind*/) {
+  if (!reachability_ || networkSubscription_) return;
+  networkSubscription_ = reachability_->subscribe([weak = weak_from_this()](NetworkKind /*kind*/) {
     const auto self = weak.lock();
     if (self) self->join(self->nextNetworkRound_, nullptr, &DeviceFactsCache::readNetworkAlone);
   });
-  const std::lock_guard lock(mutex_);
-  networkSubscription_.swap(subscription);
 }
 
 template <class Change>
@@ -128,6 +123,7 @@ void DeviceFactsCache::readNetworkAlone() { readInto(&DeviceFacts::network, &rea
 // What may take longest comes last: what was read before it is told without it.
 void DeviceFactsCache::readWhole() {
   readSystemOnce();
+  watchNetwork();
   readInto(&DeviceFacts::screen, &readScreen);
   readInto(&DeviceFacts::accessibility, &readAccessibility);
   readNetworkAlone();

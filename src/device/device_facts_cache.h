@@ -31,11 +31,9 @@ class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
   void whenSystemKnown(Task task);
   /// The same after a whole refresh that began with this call or later.
   void whenRefreshed(Task task);
-  /// Asks for a whole refresh that nobody waits for.
+  /// Asks for a whole refresh that nobody waits for. From the first one on, a change of the network
+  /// has its facts read again.
   void refresh();
-  /// From now on a change of the network has its facts read again. Once is enough; more does
-  /// nothing.
-  void watchNetwork();
 
  private:
   struct Waiter;
@@ -50,6 +48,7 @@ class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
   void readSystemOnce();
   void readFontsOnce();
   void readNetworkAlone();
+  void watchNetwork();
   void readWhole();
   template <class Group>
   void readInto(Group DeviceFacts::*member, Group (*readGroup)(const DeviceFactSources&));
@@ -69,6 +68,7 @@ class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
   NextRound nextSystemRound_;
   NextRound nextWholeRound_;
   NextRound nextNetworkRound_;
+  /// The fact lane's own.
   std::shared_ptr<void> networkSubscription_;
 };
 

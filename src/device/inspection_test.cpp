@@ -15,8 +15,8 @@ namespace {
 /// A bus that is slow to answer.
 class SlowAuthorization : public FakeAuthorization {
  public:
-  bool hasRead() override { return ++questions > 3; }
-  int questions = 0;
+  bool hasRead() override { return ++looks > 3; }
+  int looks = 0;
 };
 
 struct InspectionWorld : TestWorld {
@@ -121,7 +121,7 @@ TEST(InspectionTest, WaitsForTheFirstReadingOfThePermissionsAndNotForEver) {
   for (const int patience : {0, -1'000}) {
     InspectionWorld world;
     const auto slow = std::make_shared<SlowAuthorization>();
-    slow->questions = patience;
+    slow->looks = patience;
     slow->answers[AuthorizationSubject::camera] = AuthorizationStatus::authorized;
     slow->answers[AuthorizationSubject::location] = AuthorizationStatus::authorized;
     world.location->fix = LocationFix{.latitude = 47.5};
@@ -129,7 +129,7 @@ TEST(InspectionTest, WaitsForTheFirstReadingOfThePermissionsAndNotForEver) {
     const auto fields = world.inspect();
     EXPECT_EQ(fieldOf(fields, "camera").value, R"("authorized")");
     EXPECT_EQ(fieldOf(fields, "place").value, R"({"latitude":47.5})");
-    EXPECT_GT(slow->questions, patience);
+    EXPECT_GT(slow->looks, patience);
   }
 }
 

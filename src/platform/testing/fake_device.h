@@ -85,9 +85,11 @@ class FakeAuthorization : public AuthorizationSource {
  public:
   bool isLocationOn = true;
   std::map<AuthorizationSubject, AuthorizationStatus> answers;
+  int questions = 0;
 
   bool locationServicesEnabled() override { return isLocationOn; }
   AuthorizationStatus status(AuthorizationSubject subject) override {
+    ++questions;
     const auto found = answers.find(subject);
     return found == answers.end() ? AuthorizationStatus::notDetermined : found->second;
   }
