@@ -12,6 +12,7 @@
 
 #include "platform/linux/storage/temporary_folder_test_support.h"
 #include "platform/linux/threads/work_queue.h"
+#include "platform/testing/test_world.h"
 
 namespace quorvance {
 namespace {
@@ -70,20 +71,40 @@ TEST_F(JsonFileStoreTest, MemoryAnswersAtOnceAndTheDiskAfterARestart) {
   EXPECT_EQ(restarted.read("user_id").text, "\xc3\xa4\"\n");
 }
 
-TEST_F(JsonFileStoreTest, GoesToTheDiskOnlyWhenAValueChanges) {
+TEST_F(JsonFileStoreTest, WritesOfOneTurnShareATaskAndLeaveAFileThatHasThemAlone) {
   JsonFileStore store = makeStore();
   store.write("a", "1");
   store.write("b", "2");
   store.synchronize();
   EXPECT_EQ(lane_->waiting(), 1U);
   lane_->runAll();
+  EXPECT_EQ(stateText(), R"({"a":"1","b":"2"})");
+  const auto stateFile = folder_.at("app/quorvance/state.json");
+  fs::create_hard_link(stateFile, folder_.at("first"));
   store.write("a", "1");
-  store.synchronize();
-  EXPECT_EQ(lane_->waiting(), 0U);
-  store.write("a", "");
-  EXPECT_EQ(lane_->waiting(), 1U);
   lane_->runAll();
-  EXPECT_EQ(stateText(), R"({"a":"","b":"2"})");
+  EXPECT_TRUE(fs::equivalent(stateFile, folder_.at("first"))) << "it was written anew";
+}
+
+// What this process wrote last is not what the file holds.
+TEST_F(JsonFileStoreTest, WhatAnotherProcessDidToTheFileIsSeenByTheNextWrite) {
+  JsonFileStore store = makeStore();
+  store.write("user", "ann");
+  store.write("device", "d");
+  lane_->runAll();
+  const std::string whole = stateText();
+  putState(R"({"device":"d","user":"bob"})");
+  store.write("user", "ann");
+  lane_->runAll();
+  EXPECT_EQ(stateText(), whole);
+  fs::remove(folder_.at("app/quorvance/state.json"));
+  store.write("user", "ann");
+  lane_->runAll();
+  EXPECT_EQ(stateText(), whole) << "removed";
+  putState("{\"user\":");
+  store.write("device", "e");
+  lane_->runAll();
+  EXPECT_EQ(stateText(), R"({"device":"e","user":"ann"})") << "spoilt";
 }
 
 TEST_F(JsonFileStoreTest, KeepsWhatOthersPutIntoTheFile) {
@@ -173,27 +194,29 @@ TEST_F(JsonFileStoreTest, TriesWhatCouldNotBeWrittenAgainWithTheNextWrite) {
   EXPECT_EQ(stateText(), R"({"a":"2","b":"1"})");
 }
 
-TEST_F(JsonFileStoreTest, AnUnchangedWriteIsANextWriteToo) {
-  obstructDisk(true);
-  JsonFileStore store = makeStore();
-  store.write("a", "1");
-  lane_->runAll();
-  obstructDisk(false);
-  store.write("a", "1");
-  lane_->runAll();
-  EXPECT_EQ(stateText(), R"({"a":"1"})");
-}
-
-TEST_F(JsonFileStoreTest, KeepsTextsThatAreTooLongInMemory) {
-  JsonFileStore store = makeStore();
+// The older value must not come back with a restart.
+TEST_F(JsonFileStoreTest, TextThatIsTooLongTakesTheOlderOneAway) {
   const std::string longest(JsonFileStore::kMaxTextBytes, 'x');
+  putState(R"({"foreign":")" + std::string(JsonFileStore::kMaxFileBytes - 1000, 'f') +
+           R"(","fits":"old","long":"old"})");
+  const DebugLines debug;
+  JsonFileStore store = makeStore();
   store.write("long", longest + "x");
   EXPECT_EQ(store.read("long").text, longest + "x");
-  EXPECT_EQ(lane_->waiting(), 0U);
+  lane_->runAll();
+  EXPECT_EQ(makeStore().read("long").kind, Kind::absent);
+  EXPECT_EQ(makeStore().read("fits").text, "old");
+  EXPECT_TRUE(debug.contain("long is too long")) << "in silence";
+  // Here it is the file that would be too long.
+  store.write("fits", longest);
+  lane_->runAll();
+  EXPECT_EQ(makeStore().read("fits").kind, Kind::absent);
+  EXPECT_TRUE(debug.contain("fits is too long"));
+  EXPECT_EQ(makeStore().read("foreign").text.size(), JsonFileStore::kMaxFileBytes - 1000);
+  putState("{}");
   store.write("fits", longest);
   lane_->runAll();
   EXPECT_EQ(makeStore().read("fits").text, longest);
-  EXPECT_EQ(makeStore().read("long").kind, Kind::absent);
 }
 
 TEST_F(JsonFileStoreTest, WithoutAFolderEverythingStaysInMemory) {
