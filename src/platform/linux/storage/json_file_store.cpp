@@ -9,6 +9,7 @@
 
 #include "base/debug.h"
 #include "base/json.h"
+#include "platform/linux/storage/file_lock.h"
 #include "platform/linux/storage/private_files.h"
 
 namespace quorvance {
@@ -57,7 +58,7 @@ class JsonFileStore::StateFile {
   SmallFile load() const { return readSmallFile(path_, kMaxFileBytes); }
   /// Makes the file hold the texts of `keys`, or every text when it is missing or set aside.
   /// Returns null, or in words what went wrong.
-  const char* merge(const Keys& keys, const Entries& entries) const;
+  const char* merge(const Keys& keys, const Entries& entries);
 
  private:
   void put(Json& object, const std::string& key, const StoredEntry& entry) const;
@@ -65,12 +66,15 @@ class JsonFileStore::StateFile {
 
   const std::string folder_;
   const std::string path_;
+  // The last wait for the lock was in vain: until it is free again, none is made.
+  bool isLockStalled_ = false;
 };
 
-const char* JsonFileStore::StateFile::merge(const Keys& keys, const Entries& entries) const {
+const char* JsonFileStore::StateFile::merge(const Keys& keys, const Entries& entries) {
   if (!makePrivateFolder(folder_)) return "its folder cannot be made";
-  const FileDescriptor lock = lockFile(folder_ + "/state.lock");
-  if (!lock.isOpen()) return "it cannot be locked";
+  const FileLock lock(folder_ + "/state.lock", isLockStalled_ ? kMaxLockWait.zero() : kMaxLockWait);
+  isLockStalled_ = lock.outcome() == FileLock::Outcome::heldElsewhere;
+  if (lock.outcome() != FileLock::Outcome::held) return "it cannot be locked";
   const SmallFile file = load();
   std::optional<Json> object = objectIn(file);
   const bool isNew = !object || file.outcome == SmallFile::Outcome::missing;
@@ -114,7 +118,7 @@ struct JsonFileStore::State {
     if (folder) file.emplace(std::move(*folder));
   }
 
-  std::optional<const StateFile> file;
+  std::optional<StateFile> file;
   std::mutex mutex;
   bool isLoaded = false;
   Entries entries;

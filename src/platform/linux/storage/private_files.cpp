@@ -1,7 +1,6 @@
 #include "platform/linux/storage/private_files.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -120,12 +119,8 @@ bool replaceFile(const std::string& path, const std::string& temporaryPath,
   return false;
 }
 
-FileDescriptor lockFile(const std::string& path) {
-  FileDescriptor file = openFile(path, O_RDWR | O_CREAT | O_NOFOLLOW);
-  if (!file.isOpen()) return file;
-  const int result = repeatWhenInterrupted([&] { return flock(file.number(), LOCK_EX); });
-  if (result != 0) file.reset();
-  return file;
+FileDescriptor openLockFile(const std::string& path) {
+  return openFile(path, O_RDWR | O_CREAT | O_NOFOLLOW);
 }
 
 }  // namespace quorvance

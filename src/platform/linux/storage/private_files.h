@@ -52,8 +52,7 @@ bool makePrivateFolder(const std::string& path);
 /// False leaves `path` as it was.
 bool replaceFile(const std::string& path, const std::string& temporaryPath, std::string_view bytes);
 
-/// Waits for the exclusive lock of a side file, which is made when missing and never removed. The
-/// lock is held while the descriptor is open; a closed one means failure.
-FileDescriptor lockFile(const std::string& path);
+/// Opens a file that only stands for a lock, and makes it when it is missing.
+FileDescriptor openLockFile(const std::string& path);
 
 }  // namespace quorvance
