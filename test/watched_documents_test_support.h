@@ -10,7 +10,8 @@
 
 namespace quorvance {
 
-/// Another folder, whose writes and removals a test can wait for.
+/// Another folder, whose writes and removals a test can wait for. It does not say where it is:
+/// hosts have such folders.
 class WatchedDocuments : public DocumentsFolder {
  public:
   explicit WatchedDocuments(std::shared_ptr<DocumentsFolder> inner) : inner_(std::move(inner)) {}

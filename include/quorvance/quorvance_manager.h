@@ -136,7 +136,8 @@ class QuorvanceManager {
   /// From the permissions as last read; false for a number outside the vocabulary.
   bool ifAuthorizedWithTypeMobilePermission(MobilePermission type) const;
 
-  /// Keeps the crash as a report, to be sent later.
+  /// Keeps the crash as a report, to be sent later. Waits for the disk, as no other operation does:
+  /// the report is there when it returns, and the process may end.
   void crashEyeDidCatchCrash(const CrashModel& crash);
 
  private:

@@ -54,9 +54,11 @@ Context::Context(Platform usedPlatform, ContextParts parts)
                        return std::make_shared<QueuedReportKeeper>(reportStore,
                                                                    platform.backgroundQueue);
                      })),
-      crashCatcher(
-          partOr(std::move(parts.crashCatcher),
-                 [this] { return std::make_shared<CrashEye>(platform.crashTrap, texts); })),
+      crashCatcher(partOr(std::move(parts.crashCatcher),
+                          [this] {
+                            return std::make_shared<CrashEye>(platform.crashTrap, texts,
+                                                              platform.documents);
+                          })),
       facts(std::make_shared<DeviceFactsCache>(platform, texts)),
       collector(std::make_shared<DeviceDataCollector>(platform, state, facts)),
       deviceData(std::make_shared<DeviceDataManager>(state, collector)),

@@ -32,18 +32,6 @@ TEST(ManagerCrashTest, OnlyTheSwitchOfTheConfigurationInstalls) {
   EXPECT_THAT(form.at(1).bytes, testing::HasSubstr("\"version\": \"12\""));
 }
 
-TEST(ManagerCrashTest, OnlyWhatTheTrapCouldNotStoreIsStored) {
-  CrashedWorld world(R"({"enable_crash_eye": true})");
-  CaughtCrash crash{false, "SIGABRT", "Signal SIGABRT(6) was raised.\n", "frame", true};
-  EXPECT_TRUE(world.trap->fall(crash));
-  world.time->run();
-  EXPECT_EQ(world.documents->count("crash"), 0U);
-  crash.isStored = false;
-  world.trap->fall(crash);
-  world.time->run();
-  EXPECT_EQ(world.documents->count("crash"), 1U);
-}
-
 TEST(ManagerCrashTest, ManagerThatIsGoneIsNotTold) {
   CrashedWorld world(R"({"enable_crash_eye": true})");
   world.http->dropAll();

@@ -58,8 +58,9 @@ bool ManagerCore::ifAuthorized(MobilePermission type) {
 
 void ManagerCore::crashEyeDidCatchCrash(const CrashModel& crash) {
   if (crash.isStored) return;
-  context_->reports->storeReport(crashReport(crash, context_->state->now()).getJson(),
-                                 ReportCategory::crash);
+  // The process may be gone a moment later: the report is on the disk when this returns.
+  context_->reportStore->storeReport(crashReport(crash, context_->state->now()).getJson(),
+                                     ReportCategory::crash);
 }
 
 }  // namespace quorvance

@@ -4,6 +4,7 @@
 
 #include "diagnostics/crash_catcher.h"
 #include "quorvance/platform/crash_trap.h"
+#include "quorvance/platform/documents.h"
 #include "state/system_texts.h"
 
 namespace quorvance {
@@ -13,8 +14,10 @@ namespace quorvance {
 /// thread.
 class CrashEye : public CrashCatcher {
  public:
-  /// Without a trap nothing is ever caught.
-  CrashEye(std::shared_ptr<CrashTrap> trap, std::shared_ptr<SystemTexts> texts);
+  /// Without a trap nothing is ever caught. The trap writes into the folder of the documents, which
+  /// may be null; where it cannot, the delegates store what they are told.
+  CrashEye(std::shared_ptr<CrashTrap> trap, std::shared_ptr<SystemTexts> texts,
+           std::shared_ptr<DocumentsFolder> documents);
 
   /// With the texts of now; a delegate that is there already is not added again.
   void install(std::weak_ptr<CrashEyeDelegate> delegate) override;
@@ -22,6 +25,7 @@ class CrashEye : public CrashCatcher {
  private:
   const std::shared_ptr<CrashTrap> trap_;
   const std::shared_ptr<SystemTexts> texts_;
+  const std::shared_ptr<DocumentsFolder> documents_;
 };
 
 }  // namespace quorvance

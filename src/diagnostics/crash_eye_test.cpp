@@ -19,7 +19,7 @@ struct EyeWorld {
   std::shared_ptr<FakeCrashTrap> trap = std::make_shared<FakeCrashTrap>();
   std::shared_ptr<FakeEnvironment> environment = std::make_shared<FakeEnvironment>();
   std::shared_ptr<SystemTexts> texts = std::make_shared<SystemTexts>(environment);
-  CrashEye eye{trap, texts};
+  CrashEye eye{trap, texts, nullptr};
   CaughtCrash crash{false, "SIGBUS", "Signal SIGBUS(10) was raised.\n", "frame", true};
 };
 
@@ -71,7 +71,7 @@ TEST(CrashEyeTest, WithoutALiveDelegateNobodyListens) {
 
 TEST(CrashEyeTest, PlatformWithoutATrapCatchesNothing) {
   const EyeWorld world;
-  CrashEye eye(nullptr, world.texts);
+  CrashEye eye(nullptr, world.texts, nullptr);
   const auto delegate = std::make_shared<RecordingDelegate>();
   eye.install(delegate);
   EXPECT_THAT(world.trap->plans, testing::IsEmpty());

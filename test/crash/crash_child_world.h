@@ -26,6 +26,10 @@ class CrashChildWorld {
   void receiveConfiguration(bool enableCrashEye);
   /// The library's side ends, as with a host that has let its manager go.
   void dropManager();
+  /// The host keeps the reports itself from now on, in this folder, but as no folder of a file
+  /// system.
+  void replaceDocuments();
+  void tellOfCrash(const CrashModel& crash);
   /// The next thing that the calling thread does is its fault.
   void noteFault();
 

@@ -49,6 +49,12 @@ class DocumentsFolder {
   virtual std::optional<PlatformError> write(const std::string& name, std::string_view bytes) = 0;
   virtual std::optional<PlatformError> rename(const std::string& from, const std::string& to) = 0;
   virtual std::optional<PlatformError> remove(const std::string& name) = 0;
+
+  // What a host's own folder may leave as it is.
+
+  /// Where the folder is in the file system, as an absolute path: a dying process writes there
+  /// itself. Absent when it is in none. Always the same; any thread, never waits.
+  virtual std::optional<std::string> fileSystemPath() const { return std::nullopt; }
 };
 
 }  // namespace quorvance

@@ -70,7 +70,7 @@ Platform makeLinuxPlatform(LinuxPlatformOptions options) {
   platform.backgroundQueue = std::make_shared<WorkQueue>();
   platform.http = std::make_shared<CurlHttpSession>();
   platform.documents = std::make_shared<LinuxDocumentsFolder>(options.dataFolder);
-  platform.crashTrap = std::make_shared<LinuxCrashTrap>(options.dataFolder);
+  platform.crashTrap = std::make_shared<LinuxCrashTrap>();
   platform.defaults =
       std::make_shared<JsonFileStore>(std::move(options.dataFolder), platform.backgroundQueue);
 

@@ -24,6 +24,16 @@ constexpr mode_t kCrashFolderMode = 0700;
 
 FileDescriptor spareDescriptor() { return FileDescriptor(open("/dev/null", O_RDONLY | O_CLOEXEC)); }
 
+std::vector<std::string> withThoseAbove(const std::string& path) {
+  std::vector<std::string> paths;
+  for (std::size_t end = path.find('/', 1); end != std::string::npos;
+       end = path.find('/', end + 1)) {
+    paths.push_back(path.substr(0, end));
+  }
+  paths.push_back(path);
+  return paths;
+}
+
 bool writeWhole(int file, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t count = write(file, bytes.data(), bytes.size());
@@ -36,8 +46,8 @@ bool writeWhole(int file, std::string_view bytes) {
 
 }  // namespace
 
-CrashFile::CrashFile(std::string folder, std::string category, std::size_t maxFiles)
-    : folderPath_(std::move(folder)),
+CrashFile::CrashFile(const std::string& folder, std::string category, std::size_t maxFiles)
+    : folderPaths_(withThoseAbove(folder)),
       category_(std::move(category)),
       maxFiles_(maxFiles),
       name_(category_ + randomUuid() + ".json"),
@@ -46,7 +56,8 @@ CrashFile::CrashFile(std::string folder, std::string category, std::size_t maxFi
 
 CrashFile::State CrashFile::open() {
   folder_ = openFolder();
-  if (folder_ < 0 && errno == ENOENT && mkdir(folderPath_.c_str(), kCrashFolderMode) == 0) {
+  if (folder_ < 0 && errno == ENOENT) {
+    makeFolders();
     folder_ = openFolder();
   }
   if (folder_ < 0) return State::failed;
@@ -61,7 +72,14 @@ int CrashFile::openAt(int folder, const char* name, int flags) {
 }
 
 int CrashFile::openFolder() {
-  return openAt(AT_FDCWD, folderPath_.c_str(), O_RDONLY | O_DIRECTORY);
+  return openAt(AT_FDCWD, folderPaths_.back().c_str(), O_RDONLY | O_DIRECTORY);
+}
+
+void CrashFile::makeFolders() const {
+  for (const std::string& path : folderPaths_) {
+    // The umask may take bits away.
+    if (mkdir(path.c_str(), kCrashFolderMode) == 0) chmod(path.c_str(), kCrashFolderMode);
+  }
 }
 
 // A folder that cannot be listed has no room, as for every other report.

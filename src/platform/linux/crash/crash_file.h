@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/linux/storage/private_files.h"
 
@@ -14,12 +15,13 @@ namespace quorvance {
 /// context; the rest is async-signal-safe. Not thread-safe.
 class CrashFile {
  public:
-  /// Files are named by `category`, a UUID and ".json"; with `maxFiles` of the category there, none
-  /// is written.
-  CrashFile(std::string folder, std::string category, std::size_t maxFiles);
+  /// Files are named by `category`, a UUID and ".json"; with `maxFiles` of the category there, and
+  /// without a folder's path, none is written.
+  CrashFile(const std::string& folder, std::string category, std::size_t maxFiles);
 
   enum class State { ready, full, failed };
-  /// Opens the folder and looks whether there is room. First of all, and once.
+  /// Opens the folder, which is made anew with all above it when it is missing, and looks whether
+  /// there is room. First of all, and once.
   State open();
   /// Replaces the file in one step, or leaves it as it was.
   bool replace(std::string_view bytes);
@@ -31,9 +33,11 @@ class CrashFile {
  private:
   int openAt(int folder, const char* name, int flags);
   int openFolder();
+  void makeFolders() const;
   bool hasRoom();
 
-  const std::string folderPath_;
+  /// Those above it first, the folder itself last.
+  const std::vector<std::string> folderPaths_;
   const std::string category_;
   const std::size_t maxFiles_;
   const std::string name_;

@@ -25,6 +25,7 @@ class LinuxDocumentsFolder : public DocumentsFolder {
   std::optional<PlatformError> write(const std::string& name, std::string_view bytes) override;
   std::optional<PlatformError> rename(const std::string& from, const std::string& to) override;
   std::optional<PlatformError> remove(const std::string& name) override;
+  std::optional<std::string> fileSystemPath() const override { return path_; }
 
  private:
   std::string at(std::string_view name) const;
