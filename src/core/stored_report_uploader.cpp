@@ -31,9 +31,10 @@ void StoredReportUploader::uploadStoredReports(ReportCategory category,
 }
 
 void StoredReportUploader::begin(Ask ask) {
-  auto run = std::make_shared<Run>(Run{std::move(ask), {}, 0});
+  auto run = std::make_shared<Run>(Run{std::move(ask), {}, 0, nullptr});
   backgroundQueue_->post(WorkLane::files, [self = shared_from_this(), run] {
-    run->names = self->store_->reportsOf(run->ask.category);
+    run->lock = self->store_->lockUpload(run->ask.category);
+    if (run->lock) run->names = self->store_->reportsOf(run->ask.category);
     self->tryNext(run);
   });
 }
@@ -47,7 +48,7 @@ void StoredReportUploader::tryNext(const std::shared_ptr<Run>& run) {
       return;
     }
   }
-  end(run->ask);
+  end(*run);
 }
 
 void StoredReportUploader::send(const std::shared_ptr<Run>& run, const std::string& name,
@@ -72,11 +73,12 @@ void StoredReportUploader::finish(const std::shared_ptr<Run>& run, const std::st
   });
 }
 
-void StoredReportUploader::end(const Ask& ask) {
+void StoredReportUploader::end(Run& run) {
+  run.lock.reset();
   std::optional<Ask> further;
   {
     const std::lock_guard lock(mutex_);
-    Category& state = categoryOf(ask);
+    Category& state = categoryOf(run.ask);
     further = std::exchange(state.waiting, std::nullopt);
     state.isRunning = further.has_value();
   }

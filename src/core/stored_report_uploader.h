@@ -18,7 +18,8 @@ namespace quorvance {
 ///
 /// A category's life: idle, until an ask begins a run. A run lists the files once and tries each,
 /// whatever became of the one before. Asks made meanwhile become one further run, under the
-/// identity of the earliest of them, so runs of one category never overlap.
+/// identity of the earliest of them, so runs of one category never overlap. A run that another
+/// process has under way is left to that one.
 class StoredReportUploader : public ReportUploader,
                              public std::enable_shared_from_this<StoredReportUploader> {
  public:
@@ -38,6 +39,7 @@ class StoredReportUploader : public ReportUploader,
     Ask ask;
     std::vector<std::string> names;
     std::size_t next = 0;
+    std::unique_ptr<DocumentsLock> lock;
   };
   struct Category {
     bool isRunning = false;
@@ -49,7 +51,7 @@ class StoredReportUploader : public ReportUploader,
   void tryNext(const std::shared_ptr<Run>& run);
   void send(const std::shared_ptr<Run>& run, const std::string& name, Json report);
   void finish(const std::shared_ptr<Run>& run, const std::string& name, bool wasTaken);
-  void end(const Ask& ask);
+  void end(Run& run);
 
   const std::shared_ptr<ReportStore> store_;
   const std::shared_ptr<BackgroundQueue> backgroundQueue_;

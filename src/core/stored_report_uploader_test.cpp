@@ -92,6 +92,20 @@ TEST(UploaderTest, RunsNeverOverlapAndAsksMeanwhileBecomeOneUnderTheEarliest) {
   EXPECT_THAT(world.usersSentTo(kActivityPath), ElementsAre("u1", "u1", "u2", "u2"));
 }
 
+TEST(UploaderTest, RunOfAnotherProcessIsLeftToItAndTheNextAskTriesAgain) {
+  UploadWorld world;
+  world.put("activity1.json");
+  world.documents->lockedElsewhere = {"upload-activity"};
+  world.manager->arriveToCheckPoint(Launch());
+  world.time->run();
+  EXPECT_EQ(world.http->countTo(kActivityPath), 0U);
+  world.documents->lockedElsewhere.clear();
+  world.manager->arriveToCheckPoint(Launch());
+  world.time->run();
+  EXPECT_EQ(world.http->countTo(kActivityPath), 1U);
+  EXPECT_EQ(world.documents->count("activity"), 0U);
+}
+
 TEST(UploaderTest, ActivityOfALeavingUserGoesUnderThatUserAndSession) {
   UploadWorld world;
   world.put("activity1.json");

@@ -46,6 +46,22 @@ class OverheardTrap : public CrashTrap {
   const DelegateManner& manner_;
 };
 
+class HostsDocuments : public WatchedDocuments {
+ public:
+  HostsDocuments(std::shared_ptr<DocumentsFolder> inner, DocumentsManner manner)
+      : WatchedDocuments(std::move(inner)), manner_(manner) {}
+
+  std::optional<PlatformError> write(const std::string& name, std::string_view bytes) override {
+    if (std::exchange(manner_, DocumentsManner::writes) == DocumentsManner::faultsFirst) {
+      writeToNothing();
+    }
+    return WatchedDocuments::write(name, bytes);
+  }
+
+ private:
+  DocumentsManner manner_;
+};
+
 Platform linuxPlatformIn(const std::string& folder) {
   LinuxPlatformOptions options;
   options.dataFolder = folder;
@@ -80,7 +96,7 @@ void CrashChildWorld::dropManager() {
 }
 
 void CrashChildWorld::replaceDocuments() {
-  platform_.documents = std::make_shared<WatchedDocuments>(platform_.documents);
+  platform_.documents = std::make_shared<HostsDocuments>(platform_.documents, documentsManner);
   manager_ = std::make_unique<QuorvanceManager>(platform_);
 }
 

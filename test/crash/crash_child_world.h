@@ -12,6 +12,9 @@ namespace quorvance {
 /// What a delegate does once it was told of a crash.
 enum class DelegateManner { returns, hangs, crashes };
 
+/// What the host's own documents do when a report is written.
+enum class DocumentsManner { writes, faultsFirst };
+
 /// A host in miniature: a real crash trap and a real folder, everything else in virtual time on one
 /// thread.
 class CrashChildWorld {
@@ -36,6 +39,7 @@ class CrashChildWorld {
   const std::string& folder() const { return folder_; }
 
   DelegateManner delegateManner = DelegateManner::returns;
+  DocumentsManner documentsManner = DocumentsManner::writes;
 
  private:
   const std::string folder_;

@@ -18,7 +18,7 @@
 #include <thread>
 #include <vector>
 
-#include "test/crash/crash_programs.h"
+#include "test/child_programs.h"
 
 namespace quorvance {
 namespace {
@@ -284,6 +284,14 @@ void crashWithOwnDocuments(CrashChildWorld& world) {
   nullWrite(world);
 }
 
+// The delegate's report waits for a turn that the dying thread will never end.
+void crashWhileStoring(CrashChildWorld& world) {
+  world.documentsManner = DocumentsManner::faultsFirst;
+  world.replaceDocuments();
+  install(world);
+  world.tellOfCrash({});
+}
+
 // It is the host that has caught a crash; what it told of is stored when the call returns.
 void exitAfterTelling(CrashChildWorld& world) {
   world.tellOfCrash({CrashModelType::signal, "SIGBUS", "Signal SIGBUS(10) was raised.\n", "1.0.0",
@@ -361,6 +369,7 @@ const std::map<std::string, CrashKind>& crashKinds() {
       {"installed_twice", crashAfterInstallingTwice},
       {"removed_folder", crashWithoutFolder},
       {"hosts_own_documents", crashWithOwnDocuments},
+      {"fault_while_storing", crashWhileStoring},
       {"told_by_the_host", exitAfterTelling},
       {"out_of_descriptors", crashOutOfDescriptors},
       {"file_size_exceeded", exceedFileSize},

@@ -15,8 +15,8 @@
 #include <string_view>
 #include <vector>
 
+#include "test/child_programs.h"
 #include "test/crash/crash_notes.h"
-#include "test/crash/crash_programs.h"
 #include "test/crash/watched_process.h"
 #include "test/scratch_folder_test_support.h"
 
@@ -88,6 +88,7 @@ std::vector<CrashCase> allCrashCases() {
       {"installed_twice", {"SIGSEGV"}},
       {"removed_folder", {"SIGSEGV"}},
       {"hosts_own_documents", {"SIGSEGV"}, SIGKILL, Builds::all, "told SIGSEGV not stored\n"},
+      {"fault_while_storing", {"SIGSEGV"}},
       {"told_by_the_host", {"SIGBUS"}, 0, Builds::all, "", 0},
       // Sanitizers need descriptors of their own.
       {"out_of_descriptors", {"SIGSEGV"}, SIGKILL, plain},
@@ -215,7 +216,7 @@ void expectCase(const CrashScene& scene, const CrashCase& one) {
   EXPECT_EQ(scene.end.signal, one.endSignal);
   EXPECT_EQ(scene.end.exitStatus, one.exitStatus);
   expectReports(scene, one);
-  EXPECT_THAT(scene.otherFiles, IsSubsetOf({"log"}));
+  EXPECT_THAT(scene.otherFiles, IsSubsetOf({"log", ".lock-reports"}));
   EXPECT_THAT(scene.complaints, Not(HasSubstr("signal-unsafe")));
   EXPECT_THAT(scene.output, HasSubstr(one.says));
 }

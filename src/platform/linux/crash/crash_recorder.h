@@ -31,7 +31,7 @@ class CrashRecorder {
                      const void* top = nullptr);
   std::string_view callStack() const { return stack_.text(); }
   /// After another thread was stopped in the middle of its record().
-  void removeTemporary() { file_.removeTemporary(); }
+  void removeTemporaries() { file_.removeTemporaries(); }
 
  private:
   bool write(const CrashForm& form, std::string_view name, std::string_view reason);

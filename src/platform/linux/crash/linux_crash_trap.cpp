@@ -100,7 +100,7 @@ void reportSignal(TrapState& trap, int number, const void* struckAt) {
   news.reason = plan->reason;
   trap.reporter.tell(news);
   const pid_t terminating = trap.terminating.load();
-  if (terminating != 0 && terminating != gettid()) gear->exceptionRecorder.removeTemporary();
+  if (terminating != 0 && terminating != gettid()) gear->exceptionRecorder.removeTemporaries();
 }
 
 void onFatalSignal(int number, siginfo_t* /*info*/, void* context) {

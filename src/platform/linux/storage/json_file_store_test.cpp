@@ -5,13 +5,10 @@
 
 #include <deque>
 #include <filesystem>
-#include <future>
 #include <memory>
 #include <string>
-#include <thread>
 
 #include "platform/linux/storage/temporary_folder_test_support.h"
-#include "platform/linux/threads/work_queue.h"
 #include "platform/testing/test_world.h"
 
 namespace quorvance {
@@ -225,29 +222,6 @@ TEST_F(JsonFileStoreTest, WithoutAFolderEverythingStaysInMemory) {
   store.synchronize();
   EXPECT_EQ(store.read("a").text, "1");
   EXPECT_EQ(lane_->waiting(), 0U);
-}
-
-// As two processes do: the lock belongs to the open file, not to the process.
-TEST_F(JsonFileStoreTest, TwoStoresOnOneFileLoseNoUpdate) {
-  constexpr int kWrites = 100;
-  const auto writeMany = [&](const std::string& prefix) {
-    const auto queue = std::make_shared<WorkQueue>();
-    JsonFileStore store(folder_.at("app/quorvance"), queue);
-    for (int i = 0; i < kWrites; ++i) {
-      store.write(prefix + std::to_string(i), "1");
-      std::promise<void> written;
-      queue->post(WorkLane::files, [&] { written.set_value(); });
-      written.get_future().wait();
-    }
-  };
-  std::thread other([&] { writeMany("a"); });
-  writeMany("b");
-  other.join();
-  JsonFileStore store = makeStore();
-  for (int i = 0; i < kWrites; ++i) {
-    EXPECT_EQ(store.read("a" + std::to_string(i)).kind, Kind::text) << i;
-    EXPECT_EQ(store.read("b" + std::to_string(i)).kind, Kind::text) << i;
-  }
 }
 
 }  // namespace

@@ -48,9 +48,12 @@ SmallFile readSmallFile(const std::string& path, std::size_t maxBytes);
 bool makePrivateFolder(const std::string& path);
 
 /// Replaces or makes `path` with mode 0600 in one step: a reader sees the old bytes or the new.
-/// `temporaryPath` is in the same folder and is overwritten; the caller keeps others off it.
-/// False leaves `path` as it was.
+/// `temporaryPath` is in the same folder and is overwritten; the caller keeps others off it, and it
+/// is locked while it is there. False leaves `path` as it was.
 bool replaceFile(const std::string& path, const std::string& temporaryPath, std::string_view bytes);
+
+/// Opens what is no pipe, device or link; otherwise closed.
+FileDescriptor openPlainFile(const std::string& path);
 
 /// Opens a file that only stands for a lock, and makes it when it is missing.
 FileDescriptor openLockFile(const std::string& path);

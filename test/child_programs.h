@@ -2,10 +2,13 @@
 
 namespace quorvance {
 
-// What the crash tests must know of this build; the values are written by its configuration.
+// What tests must know of this build to start programs; the values are written by its
+// configuration.
 
 /// The program that dies.
 extern const char* const kCrashChildProgram;
+/// The program that shares a data folder with others, and is killed.
+extern const char* const kStorageChildProgram;
 /// A shared library that faults while it is loaded.
 extern const char* const kFaultyModule;
 /// Empty in a build without.
