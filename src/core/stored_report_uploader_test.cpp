@@ -20,10 +20,16 @@ constexpr const char* kVerdictPath = "qrsk-med/3.0/GetCheckpointRisk/";
 
 /// A manager whose reports are really stored and uploaded.
 struct UploadWorld : TestWorld {
-  std::shared_ptr<Context> context = std::make_shared<Context>(platform());
-  std::shared_ptr<ManagerCore> manager = ManagerCore::make(context);
+  std::shared_ptr<Context> context;
+  std::shared_ptr<ManagerCore> manager;
 
-  UploadWorld() { manager->setup("http://risk.test/", "u1", nullptr); }
+  explicit UploadWorld(
+      std::shared_ptr<MemoryDocuments> folder = std::make_shared<MemoryDocuments>()) {
+    documents = std::move(folder);
+    context = std::make_shared<Context>(platform());
+    manager = ManagerCore::make(context);
+    manager->setup("http://risk.test/", "u1", nullptr);
+  }
 
   void put(const std::string& name, const std::string& bytes = R"({"kept":1})") {
     documents->files[name] = bytes;
@@ -59,6 +65,23 @@ TEST(UploaderTest, SendsEachFileOnceAndRemovesWhatWasTaken) {
   world.manager->arriveToCheckPoint(Launch());
   world.time->run();
   EXPECT_EQ(world.documents->count("activity"), 0U);
+}
+
+// A process that ends while the next one is read must not send the first again.
+TEST(UploaderTest, ReportThatWasTakenIsGoneBeforeTheNextIsRead) {
+  struct CountingDocuments : MemoryDocuments {
+    std::vector<std::size_t> thereAtRead;
+    DocumentRead read(const std::string& name, std::string& bytes) override {
+      thereAtRead.push_back(count("activity"));
+      return MemoryDocuments::read(name, bytes);
+    }
+  };
+  const auto counting = std::make_shared<CountingDocuments>();
+  UploadWorld world(counting);
+  for (const char* name : {"activity1.json", "activity2.json", "activity3.json"}) world.put(name);
+  world.manager->arriveToCheckPoint(Launch());
+  world.time->run();
+  EXPECT_THAT(counting->thereAtRead, ElementsAre(3, 2, 1));
 }
 
 TEST(UploaderTest, FailedUploadOfACrashIsReportedAndOfAnErrorIsNot) {
