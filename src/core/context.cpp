@@ -9,6 +9,7 @@
 #include "core/stored_report_uploader.h"
 #include "diagnostics/crash_eye.h"
 #include "diagnostics/queued_report_keeper.h"
+#include "state/once_read_system_facts.h"
 
 namespace quorvance {
 namespace {
@@ -19,6 +20,7 @@ Platform checked(Platform platform) {
     fatalError("a platform lacks its clock, a queue, its HTTP session or its key-value store");
   }
   watchForForks();
+  if (auto& system = platform.facts.system) system = std::make_shared<OnceReadSystemFacts>(system);
   return platform;
 }
 
@@ -45,14 +47,14 @@ Context::Context(Platform usedPlatform, ContextParts parts)
     : platform(checked(std::move(usedPlatform))),
       state(std::make_shared<InnerQuorvanceData>(platform.clock, platform.defaults,
                                                  platform.identity)),
-      texts(std::make_shared<SystemTexts>(platform.environment)),
+      texts(std::make_shared<SystemTexts>(platform.environment, platform.facts.system)),
       tracing(std::make_shared<TracingManager>(state, texts)),
       exceptions(std::make_shared<ExceptionLogger>(tracing)),
       reportStore(std::make_shared<ReportStore>(platform.documents, exceptions)),
       reports(partOr(std::move(parts.reports),
                      [this] {
                        return std::make_shared<QueuedReportKeeper>(reportStore,
-                                                                   platform.backgroundQueue);
+                                                                   platform.backgroundQueue, texts);
                      })),
       crashCatcher(partOr(std::move(parts.crashCatcher),
                           [this] {

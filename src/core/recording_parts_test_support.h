@@ -26,6 +26,9 @@ class RecordingReports : public ReportKeeper {
     asked_->lines.push_back("store " + std::string(categoryWord(category)));
     asked_->stored.push_back(std::move(report));
   }
+  void storeReport(ErrorLogData record, ReportCategory category) override {
+    storeReport(record.getJson(), category);
+  }
 
  private:
   std::shared_ptr<AskedOfParts> asked_;

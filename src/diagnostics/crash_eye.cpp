@@ -8,8 +8,8 @@
 namespace quorvance {
 namespace {
 
-CrashVersions versionsFrom(const SystemTexts& texts) {
-  return {SystemTexts::sdkVersion(), texts.systemVersion().value_or(""),
+CrashVersions versionsFrom(SystemTexts& texts) {
+  return {SystemTexts::sdkVersion(), texts.readSystemVersion().value_or(""),
           texts.deviceModel().value_or("")};
 }
 

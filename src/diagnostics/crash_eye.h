@@ -11,7 +11,7 @@ namespace quorvance {
 
 /// Catches the crashes of this process with the platform's trap, which writes the report, and hands
 /// each to every delegate that is still alive. The list of delegates is the process's own. Any
-/// thread.
+/// thread that may wait for the disk.
 class CrashEye : public CrashCatcher {
  public:
   /// Without a trap nothing is ever caught. The trap writes into the folder of the documents, which

@@ -20,6 +20,13 @@ constexpr RecordField kErrorFields[] = {
 
 Json ErrorLogData::getJson() const { return recordToJson(this, kErrorFields); }
 
+Json ErrorLogData::completeJson(SystemTexts& texts) const {
+  if (version) return getJson();
+  ErrorLogData whole = *this;
+  whole.version = texts.readSystemVersion();
+  return whole.getJson();
+}
+
 ErrorLogData ErrorLogData::stamped(const SystemTexts& texts, std::int64_t now) {
   return {.version = texts.systemVersion(),
           .deviceModel = texts.deviceModel(),

@@ -17,12 +17,18 @@ inline constexpr std::size_t kMaxWaitingReports = 200;
 class QueuedReportKeeper : public ReportKeeper {
  public:
   QueuedReportKeeper(std::shared_ptr<ReportStore> store,
-                     std::shared_ptr<BackgroundQueue> backgroundQueue);
+                     std::shared_ptr<BackgroundQueue> backgroundQueue,
+                     std::shared_ptr<SystemTexts> texts);
   void storeReport(Json report, ReportCategory category) override;
+  void storeReport(ErrorLogData record, ReportCategory category) override;
 
  private:
+  template <class MakeReport>
+  void post(MakeReport makeReport, ReportCategory category);
+
   const std::shared_ptr<ReportStore> store_;
   const std::shared_ptr<BackgroundQueue> backgroundQueue_;
+  const std::shared_ptr<SystemTexts> texts_;
   const std::shared_ptr<std::atomic<std::size_t>> waiting_ =
       std::make_shared<std::atomic<std::size_t>>(0);
 };

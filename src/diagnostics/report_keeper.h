@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "base/json.h"
+#include "diagnostics/error_log_data.h"
 
 namespace quorvance {
 
@@ -25,6 +26,8 @@ class ReportKeeper {
   /// Hands the report to the disk and returns without waiting for it; of one thread's reports, in
   /// order.
   virtual void storeReport(Json report, ReportCategory category) = 0;
+  /// The same; the record gets the system's version there if it has none.
+  virtual void storeReport(ErrorLogData record, ReportCategory category) = 0;
 };
 
 }  // namespace quorvance

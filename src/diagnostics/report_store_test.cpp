@@ -150,7 +150,8 @@ TEST(ReportStoreTest, ProcessThatNeverEndsItsTurnCostsNoReport) {
 
 TEST(QueuedReportsTest, WaitForTheDiskInOrderAndInBounds) {
   StoreWorld world;
-  QueuedReportKeeper keeper(world.reports, world.time);
+  QueuedReportKeeper keeper(world.reports, world.time,
+                            std::make_shared<SystemTexts>(world.environment));
   world.time->hold(WorkLane::files);
   for (std::size_t i = 0; i < kMaxWaitingReports + 5; ++i) {
     keeper.storeReport(smallReport(), ReportCategory::crash);

@@ -100,7 +100,7 @@ void Call::report(const CallOutcome& outcome) const {
     record.cause = responseText(response);
     record.errorType = "Connection";
   }
-  services->reports->storeReport(record.getJson(), ReportCategory::communicationError);
+  services->reports->storeReport(std::move(record), ReportCategory::communicationError);
 }
 
 }  // namespace

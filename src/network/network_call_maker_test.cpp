@@ -21,6 +21,9 @@ class KeptReports : public ReportKeeper {
     EXPECT_EQ(category, ReportCategory::communicationError);
     reports.push_back(std::move(report));
   }
+  void storeReport(ErrorLogData record, ReportCategory category) override {
+    storeReport(record.getJson(), category);
+  }
 };
 
 struct CallWorld : TestWorld {
