@@ -10,7 +10,7 @@
 #include "device/device_data_collector.h"
 #include "device/device_data_manager.h"
 #include "device/device_facts_cache.h"
-#include "diagnostics/crash_catcher.h"
+#include "diagnostics/crash_eye.h"
 #include "diagnostics/exception_logger.h"
 #include "diagnostics/report_keeper.h"
 #include "diagnostics/report_store.h"
@@ -24,9 +24,6 @@ namespace quorvance {
 
 /// Members of a context that a test replaces; null stands for the real one.
 struct ContextParts {
-  std::shared_ptr<ReportKeeper> reports;
-  std::shared_ptr<ReportUploader> uploader;
-  std::shared_ptr<CrashCatcher> crashCatcher;
   std::shared_ptr<ScreenListenerMaker> screens;
 };
 
@@ -45,7 +42,7 @@ struct Context {
   const std::shared_ptr<ExceptionLogger> exceptions;
   const std::shared_ptr<ReportStore> reportStore;
   const std::shared_ptr<ReportKeeper> reports;
-  const std::shared_ptr<CrashCatcher> crashCatcher;
+  const std::shared_ptr<CrashEye> crashEye;
   const std::shared_ptr<DeviceFactsCache> facts;
   const std::shared_ptr<DeviceDataCollector> collector;
   const std::shared_ptr<DeviceDataManager> deviceData;

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "core/recording_parts_test_support.h"
+#include "core/manager_world_test_support.h"
 #include "quorvance/account_check_points.h"
 #include "quorvance/transaction.h"
 
@@ -98,9 +98,9 @@ TEST(CheckpointTest, StepsComeInTheirOrder) {
   ManagerWorld world;
   world.http->answer(ManagerWorld::kRiskPath, okReply(R"({"risk":0})"));
   world.configure(ManagerWorld::kTraceManager);
+  world.put({"activity1.json"});
   world.context->tracing->clear();
   world.manager->getRiskForCheckPoint(Login(userNamed("u2")), nullptr);
-  EXPECT_THAT(world.asked->lines, ElementsAre("upload activity under u1"));
   EXPECT_THAT(world.traces(), ElementsAre("getRiskForCheckPoint Start", "configureUserId Start",
                                           "configure(userId:) Start", "configure(userId:) End",
                                           "configureUserId End", "getRiskForCheckPoint End"));
@@ -109,6 +109,8 @@ TEST(CheckpointTest, StepsComeInTheirOrder) {
   EXPECT_EQ(*entries[0]["paramList"][0].get_ptr<const std::string*>(),
             textOf(Login(userNamed("u2")).getJson()));
   world.time->run();
+  EXPECT_THAT(world.usersSentTo(ManagerWorld::kActivityPath), ElementsAre("u1"));
+  EXPECT_THAT(world.usersSentTo(ManagerWorld::kRiskPath), ElementsAre("u2"));
   EXPECT_EQ(world.traces().size(), 6U);
   world.manager->arriveToCheckPoint(Launch());
   world.time->run();

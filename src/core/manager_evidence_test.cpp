@@ -1,30 +1,31 @@
 #include <gmock/gmock.h>
 
-#include "core/recording_parts_test_support.h"
+#include "core/manager_world_test_support.h"
 
 namespace quorvance {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::ElementsAre;
 
 TEST(EvidenceTest, FirstListenerWithTheActivityMapOnTellsTheStart) {
   ManagerWorld world;
   world.setup();
   world.time->run();
-  const auto view = std::shared_ptr<View>();
-  EXPECT_NE(world.manager->startNewScreenListener(ScreenListenerType::GENERAL, 1, view), nullptr);
-  EXPECT_THAT(world.asked->lines, ElementsAre("listener"));
+  const auto start = [&](std::int64_t actionId) {
+    EXPECT_NE(world.manager->startNewScreenListener(ScreenListenerType::GENERAL, actionId, nullptr),
+              nullptr);
+    world.time->run();
+  };
+  start(1);
+  EXPECT_EQ(world.documents->count("activity"), 0U);
   world.configure(R"({"activity_map": true,
                       "screen_listeners_list": [{"screenListenerType": "GENERAL", "screenId": 1},
                                                 {"screenListenerType": "GENERAL"}]})");
   world.time->advance(3s);
-  world.asked->lines.clear();
-  world.manager->startNewScreenListener(ScreenListenerType::GENERAL, 1, view);
-  world.manager->startNewScreenListener(ScreenListenerType::GENERAL, 2, view);
-  world.time->run();
-  EXPECT_THAT(world.asked->lines, ElementsAre("store activity", "listener", "listener"));
-  EXPECT_EQ(textOf(world.asked->stored[0]),
+  start(1);
+  start(2);
+  ASSERT_EQ(world.documents->count("activity"), 1U);
+  EXPECT_EQ(textOf(*parseJson(world.documents->files.begin()->second)),
             R"({"appID":"com.bank.app","appVer":"4.2","deviceId":"no_device_id","userId":"u1",)"
             R"("sessionId":")" +
                 *world.manager->getSessionId() +

@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "core/recording_parts_test_support.h"
+#include "core/manager_world_test_support.h"
 #include "quorvance/account_check_points.h"
 
 namespace quorvance {
@@ -93,13 +93,14 @@ TEST(SessionTest, SendLeavesNoTraceEntry) {
 TEST(SessionTest, LogoutSendsTheLeavingUsersActivityThenBeginsANewSession) {
   ManagerWorld world;
   world.configure(ManagerWorld::kTraceManager);
-  const auto left = world.manager->getSessionId();
+  const Session left = world.context->state->currentSession();
+  world.put({"activity1.json"});
   world.time->advance(5ms);
   world.context->tracing->clear();
   world.manager->logout();
   world.time->run();
-  EXPECT_THAT(world.asked->lines, ElementsAre("upload activity under u1"));
-  EXPECT_EQ(world.asked->uploads[0].session.idSession, left);
+  ASSERT_THAT(world.usersSentTo(ManagerWorld::kActivityPath), ElementsAre("u1"));
+  EXPECT_EQ(world.http->sentTo(ManagerWorld::kActivityPath)[0].body["session"], left.getJson());
   EXPECT_EQ(world.store->read("user_id").text, "UNKNOWN");
   EXPECT_EQ(world.manager->userId(), std::nullopt);
   EXPECT_TRUE(world.manager->logoutEventNow());
@@ -110,7 +111,7 @@ TEST(SessionTest, LogoutSendsTheLeavingUsersActivityThenBeginsANewSession) {
   EXPECT_EQ(textOf(sent[0].body["keys"]["user_id"]), R"("UNKNOWN")");
   EXPECT_EQ(textOf(sent[0].body["session"]), R"({"idSession":")" + *world.manager->getSessionId() +
                                                  R"(","timeSession":1700000000005})");
-  EXPECT_NE(world.manager->getSessionId(), left);
+  EXPECT_NE(world.manager->getSessionId(), left.idSession);
 }
 
 TEST(SessionTest, TwoLogoutsInOneMillisecondMakeTwoSessions) {

@@ -121,7 +121,7 @@ void ManagerCore::saveSdkConfiguration(const Json& dictionary) {
   const SdkConfig config = SdkConfig::fromJson(dictionary);
   context_->state->replaceSdkConfig(config);
   flags_.repeatSdkConfig = false;
-  if (config.enableCrashEye.value_or(false)) context_->crashCatcher->install(weak_from_this());
+  if (config.enableCrashEye.value_or(false)) context_->crashEye->install(weak_from_this());
   if (hasAnyLevel(config.tracingDataQvData)) sendingTracingData();
   trace.close();
 }

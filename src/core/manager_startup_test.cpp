@@ -1,14 +1,12 @@
 #include <gmock/gmock.h>
 
-#include "core/recording_parts_test_support.h"
+#include "core/manager_world_test_support.h"
 
 namespace quorvance {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::Contains;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 std::vector<std::int64_t> secondsOfCalls(const ManagerWorld& world, std::string_view path,
                                          std::int64_t start) {
@@ -36,6 +34,7 @@ TEST(StartupTest, EmptyUrlIsRefusedAndChangesNothing) {
 
 TEST(StartupTest, SetupStoresFetchesAndLeavesDeviceAndSessionToTheHost) {
   ManagerWorld world;
+  world.put({"activity1.json", "communicationError1.json", "crash1.json"});
   EXPECT_TRUE(world.setup());
   world.time->run();
   EXPECT_EQ(world.store->read("serverUrl").text, "http://risk.test/");
@@ -47,7 +46,7 @@ TEST(StartupTest, SetupStoresFetchesAndLeavesDeviceAndSessionToTheHost) {
   EXPECT_EQ(textOf(sent.body["model"]), R"("Model-1")");
   EXPECT_EQ(textOf(sent.body["kindModel"]), R"("handset")");
   EXPECT_EQ(sent.body.size(), 6U);  // with "keys", "session" and "version"
-  EXPECT_THAT(world.asked->lines, IsEmpty());
+  EXPECT_EQ(world.documents->reads, 0);
 }
 
 TEST(StartupTest, AbsentUserKeepsTheStoredOneAndIsTracedAsNil) {
@@ -92,12 +91,12 @@ TEST(StartupTest, ConfigurationIsTakenInOrderAndReplacedWhole) {
   ManagerWorld world;
   world.configure(R"({"enable_crash_eye": true, "timeout_connection": 30,
                       "tracing_manager": {"level_exception": true}})");
-  EXPECT_THAT(world.asked->lines, ElementsAre("install"));
+  EXPECT_EQ(world.trap->plans.size(), 1U);
   EXPECT_EQ(world.context->state->sdkConfig()->timeoutConnection, 30);
   world.http->answer(ManagerWorld::kConfigurationPath, okReply("{}"));
   world.setup();
   world.time->run();
-  EXPECT_THAT(world.asked->lines, ElementsAre("install"));
+  EXPECT_EQ(world.trap->plans.size(), 1U);
   EXPECT_EQ(world.context->state->sdkConfig()->timeoutConnection, 5);
 }
 
@@ -135,21 +134,29 @@ TEST(StartupTest, DeviceIdentifierIsStoredThenReportsThenSession) {
   ManagerWorld world;
   world.http->answer(ManagerWorld::kDevicePath, okReply(R"({"response":{"deviceID":"d-7"}})"));
   world.setup();
+  world.put({"activity1.json", "communicationError1.json", "crash1.json"});
   world.manager->initializeDeviceId();
   world.time->run();
   EXPECT_EQ(world.manager->getDeviceId(), "d-7");
-  EXPECT_THAT(world.asked->lines,
-              ElementsAre("upload communicationError under u1", "upload crash under u1"));
-  EXPECT_EQ(world.asked->uploads[0].keys.deviceId, "d-7");
-  ASSERT_EQ(world.http->countTo(ManagerWorld::kSessionPath), 1U);
+  std::vector<std::string> urls;
+  for (const SentRequest& sent : world.http->sent()) urls.push_back(sent.request.url);
+  const std::string server = ManagerWorld::kServer;
+  EXPECT_THAT(
+      urls,
+      ElementsAre(server + ManagerWorld::kDevicePath, server + ManagerWorld::kConfigurationPath,
+                  server + ManagerWorld::kErrorPath, server + ManagerWorld::kCrashPath,
+                  server + ManagerWorld::kSessionPath));
+  EXPECT_EQ(textOf(world.http->sent()[2].body["keys"]["device_id"]), R"("d-7")");
+  EXPECT_THAT(world.documents->files, ElementsAre(testing::Key("activity1.json")));
   const SentRequest asked = world.http->sentTo(ManagerWorld::kDevicePath)[0];
   EXPECT_EQ(textOf(asked.body["device_data"]),
             R"({"collectTime":1700000000000,"uuid":"0F1E2D3C-4B5A-4978-8796-A5B4C3D2E1F0"})");
   EXPECT_EQ(textOf(asked.body["keys"]["device_id"]), R"("no_device_id")");
   // The same identifier again does all of it again.
+  world.put({"crash2.json"});
   world.manager->initializeDeviceId();
   world.time->run();
-  EXPECT_EQ(world.asked->lines.size(), 4U);
+  EXPECT_EQ(world.http->countTo(ManagerWorld::kCrashPath), 2U);
   EXPECT_EQ(world.http->countTo(ManagerWorld::kSessionPath), 2U);
 }
 
@@ -208,9 +215,9 @@ TEST(StartupTest, EmulatorIsProbedInDebugModeAfterADeviceIdentifier) {
   world.setup();
   world.manager->initializeDeviceId();
   world.time->advance(499ms);
-  EXPECT_THAT(world.asked->lines, testing::Not(Contains("probe")));
+  EXPECT_EQ(world.screens->probes, 0);
   world.time->advance(1ms);
-  EXPECT_THAT(world.asked->lines, Contains("probe"));
+  EXPECT_EQ(world.screens->probes, 1);
   EXPECT_TRUE(debug.contain("4.2"));
   EXPECT_TRUE(debug.contain("QuorvanceManager: time to init device data manager: 0.0"));
 }

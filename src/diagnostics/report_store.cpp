@@ -94,10 +94,11 @@ bool ReportStore::storeReport(const Json& report, ReportCategory category) {
 
 void ReportStore::takeUpUnfinished() {
   const Turn turn = waitForTurn();
+  const std::vector<UnfinishedDocument> unfinished = documents_->unfinishedDocuments();
   std::vector<DocumentEntry> entries;
   // Who comes next lists the folder too, and logs the error.
-  if (documents_->list(entries)) return;
-  for (const UnfinishedDocument& one : documents_->unfinishedDocuments()) takeUp(one, entries);
+  if (unfinished.empty() || documents_->list(entries)) return;
+  for (const UnfinishedDocument& one : unfinished) takeUp(one, entries);
 }
 
 // A second writing whose first one is gone was sent already.

@@ -10,7 +10,7 @@
 
 #include "base/json.h"
 #include "diagnostics/exception_logger.h"
-#include "diagnostics/report_keeper.h"
+#include "diagnostics/report_category.h"
 #include "quorvance/platform/documents.h"
 
 namespace quorvance {

@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-#include "diagnostics/queued_report_keeper.h"
+#include "diagnostics/report_keeper.h"
 #include "platform/testing/test_world.h"
 
 namespace quorvance {
@@ -148,10 +148,9 @@ TEST(ReportStoreTest, ProcessThatNeverEndsItsTurnCostsNoReport) {
   EXPECT_TRUE(world.reports->storeReport(smallReport(), ReportCategory::crash));
 }
 
-TEST(QueuedReportsTest, WaitForTheDiskInOrderAndInBounds) {
+TEST(ReportKeeperTest, WaitForTheDiskInOrderAndInBounds) {
   StoreWorld world;
-  QueuedReportKeeper keeper(world.reports, world.time,
-                            std::make_shared<SystemTexts>(world.environment));
+  ReportKeeper keeper(world.reports, world.time, std::make_shared<SystemTexts>(world.environment));
   world.time->hold(WorkLane::files);
   for (std::size_t i = 0; i < kMaxWaitingReports + 5; ++i) {
     keeper.storeReport(smallReport(), ReportCategory::crash);

@@ -1,7 +1,7 @@
 #pragma once
 
 // What happened, kept until it is sent: traces in memory, reports on disk, crashes. Nothing here
-// sends anything. Start reading at tracing_manager.h and report_keeper.h.
+// sends anything. Start reading at tracing_manager.h and report_store.h.
 
 #include <cstddef>
 #include <memory>

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <map>
 
 #include "network/quorvance_network_manager.h"
 #include "platform/testing/test_world.h"
@@ -14,26 +15,16 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class KeptReports : public ReportKeeper {
- public:
-  std::vector<Json> reports;
-  void storeReport(Json report, ReportCategory category) override {
-    EXPECT_EQ(category, ReportCategory::communicationError);
-    reports.push_back(std::move(report));
-  }
-  void storeReport(ErrorLogData record, ReportCategory category) override {
-    storeReport(record.getJson(), category);
-  }
-};
-
 struct CallWorld : TestWorld {
   std::shared_ptr<InnerQuorvanceData> state =
       std::make_shared<InnerQuorvanceData>(time, store, identity);
   std::shared_ptr<SystemTexts> texts = std::make_shared<SystemTexts>(environment);
   std::shared_ptr<TracingManager> tracing = std::make_shared<TracingManager>(state, texts);
-  std::shared_ptr<KeptReports> reports = std::make_shared<KeptReports>();
-  std::shared_ptr<NetworkCallMaker> maker = std::make_shared<NetworkCallMaker>(CallServices{
-      http, time, state, texts, tracing, std::make_shared<ExceptionLogger>(tracing), reports});
+  std::shared_ptr<ExceptionLogger> exceptions = std::make_shared<ExceptionLogger>(tracing);
+  std::shared_ptr<NetworkCallMaker> maker = std::make_shared<NetworkCallMaker>(
+      CallServices{http, time, state, texts, tracing, exceptions,
+                   std::make_shared<ReportKeeper>(
+                       std::make_shared<ReportStore>(documents, exceptions), time, texts)});
   std::vector<ResponceObject> responses;
   int dropped = 0;
 
@@ -43,6 +34,16 @@ struct CallWorld : TestWorld {
         std::make_shared<CallCompletion>(
             [this](ResponceObject response) { responses.push_back(std::move(response)); },
             [this] { ++dropped; }));
+  }
+
+  std::map<std::int64_t, Json> reportsByCode() const {
+    std::map<std::int64_t, Json> reports;
+    for (const auto& [name, bytes] : documents->files) {
+      EXPECT_TRUE(name.starts_with("communicationError")) << name;
+      const Json report = *parseJson(bytes);
+      reports.emplace(findInteger(report, "error_code").value_or(-1), report);
+    }
+    return reports;
   }
 
   std::vector<std::string> phases() const {
@@ -95,7 +96,7 @@ TEST(CallMakerTest, EarlyFaultsEndInSilenceAndTellTheOwner) {
   world.time->run();
   EXPECT_THAT(world.http->sent(), IsEmpty());
   EXPECT_THAT(world.phases(), ElementsAre("Start", "exception"));
-  EXPECT_THAT(world.reports->reports, IsEmpty());
+  EXPECT_THAT(world.documents->files, IsEmpty());
   EXPECT_EQ(world.dropped, 1);
 }
 
@@ -110,14 +111,14 @@ TEST(CallMakerTest, FailuresAreReportedUnlessTheCallSaysNo) {
   for (int i = 0; i < 3; ++i) world.call("http://risk.test/p", Json::object());
   world.call("http://risk.test/p", Json::object(), false);
   world.time->run();
-  ASSERT_EQ(world.reports->reports.size(), 2U);
-  EXPECT_EQ(textOf(world.reports->reports[0]),
+  auto reports = world.reportsByCode();
+  ASSERT_EQ(reports.size(), 2U);
+  EXPECT_EQ(textOf(reports[0]),
             R"({"error_stack":"http://risk.test/p","version":"12","device_model":"Simulated",)"
             R"("sdk_version":"1.0.0","cause":"test 111: connection refused",)"
             R"("error_type":"test 111: connection refused","error_code":0,)"
             R"("error_timestamp":1700000000000})");
-  EXPECT_EQ(*findText(world.reports->reports[1], "error_type"), "Connection");
-  EXPECT_EQ(findInteger(world.reports->reports[1], "error_code"), 503);
+  EXPECT_EQ(*findText(reports[503], "error_type"), "Connection");
   EXPECT_EQ(world.responses[3].error, 503);
 }
 
@@ -147,7 +148,7 @@ TEST(CallMakerTest, CallOutlivesItsMakerWithoutVersionAndReport) {
   world.maker.reset();
   world.time->run();
   EXPECT_EQ(world.http->sent()[0].request.body, "{}");
-  EXPECT_THAT(world.reports->reports, IsEmpty());
+  EXPECT_THAT(world.documents->files, IsEmpty());
   ASSERT_EQ(world.responses.size(), 1U);
   EXPECT_EQ(world.responses[0].error, 500);
 }
@@ -208,7 +209,7 @@ TEST(ClientTest, FaceImageGoesAsItStands) {
   world.http->answer("SendBiometricImage/", statusReply(500));
   world.time->run();
   EXPECT_EQ(world.http->sent()[0].request.body, R"({"image":"x","version":"1.0.0"})");
-  EXPECT_THAT(world.reports->reports, IsEmpty());
+  EXPECT_THAT(world.documents->files, IsEmpty());
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "core/stored_report_uploader.h"
+#include "core/report_uploader.h"
 
 #include <utility>
 
@@ -6,17 +6,17 @@
 
 namespace quorvance {
 
-StoredReportUploader::StoredReportUploader(std::shared_ptr<ReportStore> store,
-                                           std::shared_ptr<BackgroundQueue> backgroundQueue)
+ReportUploader::ReportUploader(std::shared_ptr<ReportStore> store,
+                               std::shared_ptr<BackgroundQueue> backgroundQueue)
     : store_(std::move(store)), backgroundQueue_(std::move(backgroundQueue)) {}
 
-StoredReportUploader::Category& StoredReportUploader::categoryOf(const Ask& ask) {
+ReportUploader::Category& ReportUploader::categoryOf(const Ask& ask) {
   return categories_[static_cast<std::size_t>(ask.category)];
 }
 
-void StoredReportUploader::uploadStoredReports(ReportCategory category,
-                                               std::shared_ptr<QuorvanceNetworkManager> client,
-                                               PreparedCall identity) {
+void ReportUploader::uploadStoredReports(ReportCategory category,
+                                         std::shared_ptr<QuorvanceNetworkManager> client,
+                                         PreparedCall identity) {
   Ask ask{category, std::move(client), std::move(identity)};
   {
     const std::lock_guard lock(mutex_);
@@ -30,7 +30,7 @@ void StoredReportUploader::uploadStoredReports(ReportCategory category,
   begin(std::move(ask));
 }
 
-void StoredReportUploader::begin(Ask ask) {
+void ReportUploader::begin(Ask ask) {
   auto run = std::make_shared<Run>(Run{std::move(ask), {}, 0, nullptr});
   backgroundQueue_->post(WorkLane::files, [self = shared_from_this(), run] {
     run->lock = self->store_->lockUpload(run->ask.category);
@@ -40,7 +40,7 @@ void StoredReportUploader::begin(Ask ask) {
 }
 
 // On the file lane.
-void StoredReportUploader::tryNext(const std::shared_ptr<Run>& run) {
+void ReportUploader::tryNext(const std::shared_ptr<Run>& run) {
   while (run->next < run->names.size()) {
     const std::string& name = run->names[run->next++];
     if (auto report = store_->readReport(name)) {
@@ -51,8 +51,7 @@ void StoredReportUploader::tryNext(const std::shared_ptr<Run>& run) {
   end(*run);
 }
 
-void StoredReportUploader::send(const std::shared_ptr<Run>& run, const std::string& name,
-                                Json report) {
+void ReportUploader::send(const std::shared_ptr<Run>& run, const std::string& name, Json report) {
   PreparedCall call = run->ask.identity;
   call.requestId = randomUuid();
   call.keys.requestId = call.requestId;
@@ -65,15 +64,15 @@ void StoredReportUploader::send(const std::shared_ptr<Run>& run, const std::stri
           [self = shared_from_this(), run, name] { self->finish(run, name, false); }));
 }
 
-void StoredReportUploader::finish(const std::shared_ptr<Run>& run, const std::string& name,
-                                  bool wasTaken) {
+void ReportUploader::finish(const std::shared_ptr<Run>& run, const std::string& name,
+                            bool wasTaken) {
   backgroundQueue_->post(WorkLane::files, [self = shared_from_this(), run, name, wasTaken] {
     if (wasTaken) self->store_->removeReport(name);
     self->tryNext(run);
   });
 }
 
-void StoredReportUploader::end(Run& run) {
+void ReportUploader::end(Run& run) {
   run.lock.reset();
   std::optional<Ask> further;
   {

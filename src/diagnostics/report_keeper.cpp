@@ -1,18 +1,18 @@
-#include "diagnostics/queued_report_keeper.h"
+#include "diagnostics/report_keeper.h"
 
 #include <utility>
 
 namespace quorvance {
 
-QueuedReportKeeper::QueuedReportKeeper(std::shared_ptr<ReportStore> store,
-                                       std::shared_ptr<BackgroundQueue> backgroundQueue,
-                                       std::shared_ptr<SystemTexts> texts)
+ReportKeeper::ReportKeeper(std::shared_ptr<ReportStore> store,
+                           std::shared_ptr<BackgroundQueue> backgroundQueue,
+                           std::shared_ptr<SystemTexts> texts)
     : store_(std::move(store)),
       backgroundQueue_(std::move(backgroundQueue)),
       texts_(std::move(texts)) {}
 
 template <class MakeReport>
-void QueuedReportKeeper::post(MakeReport makeReport, ReportCategory category) {
+void ReportKeeper::post(MakeReport makeReport, ReportCategory category) {
   if (waiting_->fetch_add(1) >= kMaxWaitingReports) {
     waiting_->fetch_sub(1);
     return;
@@ -24,12 +24,12 @@ void QueuedReportKeeper::post(MakeReport makeReport, ReportCategory category) {
                          });
 }
 
-void QueuedReportKeeper::storeReport(Json report, ReportCategory category) {
+void ReportKeeper::storeReport(Json report, ReportCategory category) {
   auto kept = std::make_shared<const Json>(std::move(report));
   post([kept]() -> const Json& { return *kept; }, category);
 }
 
-void QueuedReportKeeper::storeReport(ErrorLogData record, ReportCategory category) {
+void ReportKeeper::storeReport(ErrorLogData record, ReportCategory category) {
   auto kept = std::make_shared<const ErrorLogData>(std::move(record));
   post([kept, texts = texts_] { return kept->completeJson(*texts); }, category);
 }

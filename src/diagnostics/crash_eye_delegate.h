@@ -1,7 +1,5 @@
 #pragma once
 
-#include <memory>
-
 #include "quorvance/crash_model.h"
 
 namespace quorvance {
@@ -11,14 +9,6 @@ class CrashEyeDelegate {
  public:
   virtual ~CrashEyeDelegate() = default;
   virtual void crashEyeDidCatchCrash(const CrashModel& crash) = 0;
-};
-
-/// Catches what ends the host's process. The delegate is held weakly: the catcher keeps nobody
-/// alive.
-class CrashCatcher {
- public:
-  virtual ~CrashCatcher() = default;
-  virtual void install(std::weak_ptr<CrashEyeDelegate> delegate) = 0;
 };
 
 }  // namespace quorvance

@@ -1,4 +1,4 @@
-#include "core/stored_report_uploader.h"
+#include "core/report_uploader.h"
 
 #include <gmock/gmock.h>
 
