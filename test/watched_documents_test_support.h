@@ -36,6 +36,13 @@ class WatchedDocuments : public DocumentsFolder {
     count(removals_);
     return error;
   }
+  std::unique_ptr<DocumentsLock> lockAmongProcesses(std::string_view purpose,
+                                                    std::chrono::milliseconds timeout) override {
+    return inner_->lockAmongProcesses(purpose, timeout);
+  }
+  std::vector<UnfinishedDocument> unfinishedDocuments() override {
+    return inner_->unfinishedDocuments();
+  }
 
   /// As many as there were when the count is reached or patience ends.
   std::size_t waitForWrites(std::size_t wanted, std::chrono::seconds patience) {

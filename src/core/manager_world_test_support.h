@@ -48,8 +48,8 @@ struct ManagerWorld : TestWorld {
   }
 
   /// Puts stored reports there.
-  void put(std::initializer_list<const char*> names) {
-    for (const char* name : names) documents->files[name] = R"({"kept":1})";
+  void put(std::initializer_list<const char*> names, const std::string& bytes = R"({"kept":1})") {
+    for (const char* name : names) documents->files[name] = bytes;
   }
 
   /// The users under whom requests went to the path, in order.

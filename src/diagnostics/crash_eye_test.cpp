@@ -69,13 +69,5 @@ TEST(CrashEyeTest, WithoutALiveDelegateNobodyListens) {
   EXPECT_FALSE(world.trap->fall(world.crash));
 }
 
-TEST(CrashEyeTest, PlatformWithoutATrapCatchesNothing) {
-  const EyeWorld world;
-  CrashEye eye(nullptr, world.texts, nullptr);
-  const auto delegate = std::make_shared<RecordingDelegate>();
-  eye.install(delegate);
-  EXPECT_THAT(world.trap->plans, testing::IsEmpty());
-}
-
 }  // namespace
 }  // namespace quorvance

@@ -1,5 +1,5 @@
 // What a crash of each kind leaves behind: a child process dies, its folder and its end are looked
-// at. With QUORVANCE_CRASH_REPEATS=20 in the environment five kinds die so often.
+// at.
 
 #include <gmock/gmock.h>
 #include <signal.h>
@@ -268,23 +268,6 @@ TEST(CrashTest, DyingThreadNeverCallsTheAllocator) {
   if (isSanitized()) return;
   // The call that dies is itself counted.
   EXPECT_EQ(CrashScene("abort_inside_malloc").notes.allocatorCalls, 1U);
-}
-
-TEST(CrashTest, RepeatsLeaveTheSame) {
-  const char* const wanted = std::getenv("QUORVANCE_CRASH_REPEATS");
-  const int repeats = wanted == nullptr ? 1 : std::atoi(wanted);
-  const std::vector<std::string> repeated = {"null_write", "eight_threads", "exception_on_thread",
-                                             "abort_inside_malloc", "corrupted_heap"};
-  for (const CrashCase& one : crashCasesOfThisBuild()) {
-    if (std::find(repeated.begin(), repeated.end(), one.kind) == repeated.end()) continue;
-    double slowest = 0;
-    for (int i = 0; i < repeats; ++i) {
-      const CrashScene scene(one.kind);
-      expectCase(scene, one);
-      slowest = std::max(slowest, scene.millisecondsFromFault());
-    }
-    RecordProperty(one.kind, std::to_string(slowest));
-  }
 }
 
 }  // namespace

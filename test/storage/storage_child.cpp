@@ -16,6 +16,7 @@
 
 #include "platform/testing/test_world.h"
 #include "quorvance/quorvance.h"
+#include "test/watched_documents_test_support.h"
 
 namespace quorvance {
 namespace {
@@ -29,38 +30,14 @@ void say(const std::string& line) {
 }
 
 /// The real folder; says which reports it has taken.
-class TellingDocuments : public DocumentsFolder {
+class TellingDocuments : public WatchedDocuments {
  public:
-  explicit TellingDocuments(std::shared_ptr<DocumentsFolder> inner) : inner_(std::move(inner)) {}
-
-  bool prepare() override { return inner_->prepare(); }
-  std::optional<PlatformError> list(std::vector<DocumentEntry>& entries) override {
-    return inner_->list(entries);
-  }
-  DocumentRead read(const std::string& name, std::string& bytes) override {
-    return inner_->read(name, bytes);
-  }
+  using WatchedDocuments::WatchedDocuments;
   std::optional<PlatformError> write(const std::string& name, std::string_view bytes) override {
-    auto error = inner_->write(name, bytes);
+    auto error = WatchedDocuments::write(name, bytes);
     if (!error) say("report " + name);
     return error;
   }
-  std::optional<PlatformError> rename(const std::string& from, const std::string& to) override {
-    return inner_->rename(from, to);
-  }
-  std::optional<PlatformError> remove(const std::string& name) override {
-    return inner_->remove(name);
-  }
-  std::unique_ptr<DocumentsLock> lockAmongProcesses(std::string_view purpose,
-                                                    std::chrono::milliseconds timeout) override {
-    return inner_->lockAmongProcesses(purpose, timeout);
-  }
-  std::vector<UnfinishedDocument> unfinishedDocuments() override {
-    return inner_->unfinishedDocuments();
-  }
-
- private:
-  const std::shared_ptr<DocumentsFolder> inner_;
 };
 
 Platform linuxPlatformIn(const std::string& folder) {
