@@ -67,9 +67,13 @@ ReportStore::Turn ReportStore::waitForTurn() {
   const auto deadline = steady_clock::now() + kMaxTurnWait;
   Turn turn{std::unique_lock(storing_, deadline), nullptr};
   const auto left = std::chrono::duration_cast<milliseconds>(deadline - steady_clock::now());
-  turn.amongProcesses = documents_->lockAmongProcesses(
-      "reports", isTurnStalled_ ? milliseconds::zero() : std::max(left, milliseconds::zero()));
-  isTurnStalled_ = turn.amongProcesses == nullptr;
+  const auto timeout = isTurnStalled_ ? milliseconds::zero() : std::max(left, milliseconds::zero());
+  turn.amongProcesses = documents_->lockAmongProcesses("reports", timeout);
+  if (turn.amongProcesses) {
+    isTurnStalled_ = false;
+  } else if (timeout > milliseconds::zero()) {
+    isTurnStalled_ = true;
+  }
   return turn;
 }
 

@@ -6,11 +6,12 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <set>
 #include <sstream>
 #include <string>
@@ -23,7 +24,7 @@
 namespace quorvance {
 namespace {
 
-constexpr std::size_t kMaxKept = 50;
+constexpr std::size_t kMaxShared = 50;
 constexpr const char* kCrashPath = "qrsk-med/3.0/CrashLogging/";
 
 TalkingProcess childOf(const std::string& kind, const std::string& folder,
@@ -68,8 +69,8 @@ class KillRounds {
     const FolderContent content(folder_);
     check(content, left, "left");
     check(content, right, "right");
-    EXPECT_LE(content.reports.size(), kMaxKept);
-    EXPECT_TRUE(!isFilled || content.reports.size() == kMaxKept);
+    EXPECT_LE(content.reports.size(), kMaxShared);
+    EXPECT_TRUE(!isFilled || content.reports.size() == kMaxShared);
     for (const std::string& name : content.reports) {
       EXPECT_TRUE(jsonIn(folder_ + "/" + name).is_object()) << name;
       std::filesystem::remove(folder_ + "/" + name);

@@ -14,13 +14,13 @@
 namespace quorvance {
 namespace {
 
-using Outcome = FileLock::Outcome;
+using LockOutcome = FileLock::Outcome;
 
-Outcome lockNow(int file, int operation) {
+LockOutcome lockNow(int file, int operation) {
   int result = flock(file, operation);
   while (result != 0 && errno == EINTR) result = flock(file, operation);
-  if (result == 0) return Outcome::held;
-  return errno == EWOULDBLOCK ? Outcome::heldElsewhere : Outcome::impossible;
+  if (result == 0) return LockOutcome::held;
+  return errno == EWOULDBLOCK ? LockOutcome::heldElsewhere : LockOutcome::impossible;
 }
 
 /// A wait that its thread may have to finish alone; it then gives the lock back.
@@ -28,12 +28,12 @@ struct LockWait {
   FileDescriptor file;
   std::mutex mutex;
   std::condition_variable changed;
-  Outcome outcome = Outcome::heldElsewhere;
+  LockOutcome outcome = LockOutcome::heldElsewhere;
   bool isAbandoned = false;
 };
 
 void waitForLock(LockWait& wait) {
-  const Outcome outcome = lockNow(wait.file.number(), LOCK_EX);
+  const LockOutcome outcome = lockNow(wait.file.number(), LOCK_EX);
   const std::lock_guard lock(wait.mutex);
   if (wait.isAbandoned) {
     flock(wait.file.number(), LOCK_UN);
@@ -43,15 +43,16 @@ void waitForLock(LockWait& wait) {
   wait.changed.notify_one();
 }
 
-Outcome lockWithin(FileDescriptor& file, std::chrono::milliseconds timeout) {
+LockOutcome lockWithin(FileDescriptor& file, std::chrono::milliseconds timeout) {
   const auto wait = std::make_shared<LockWait>();
   wait->file = std::move(file);
   LibraryThread thread;
-  if (!thread.start("qv-lock", [wait] { waitForLock(*wait); })) return Outcome::heldElsewhere;
+  if (!thread.start("qv-lock", [wait] { waitForLock(*wait); })) return LockOutcome::heldElsewhere;
   thread.letGo();
   std::unique_lock lock(wait->mutex);
-  wait->changed.wait_for(lock, timeout, [&] { return wait->outcome != Outcome::heldElsewhere; });
-  if (wait->outcome == Outcome::heldElsewhere) {
+  wait->changed.wait_for(lock, timeout,
+                         [&] { return wait->outcome != LockOutcome::heldElsewhere; });
+  if (wait->outcome == LockOutcome::heldElsewhere) {
     wait->isAbandoned = true;
   } else {
     file = std::move(wait->file);
@@ -65,7 +66,7 @@ FileLock::FileLock(const std::string& path, std::chrono::milliseconds timeout)
     : file_(openLockFile(path)), process_(getpid()) {
   if (!file_.isOpen()) return;
   outcome_ = lockNow(file_.number(), LOCK_EX | LOCK_NB);
-  if (outcome_ == Outcome::heldElsewhere && timeout > timeout.zero()) {
+  if (outcome_ == LockOutcome::heldElsewhere && timeout > timeout.zero()) {
     outcome_ = lockWithin(file_, timeout);
   }
 }
@@ -73,7 +74,7 @@ FileLock::FileLock(const std::string& path, std::chrono::milliseconds timeout)
 // A fork of the host has a copy of the descriptor: closing ours would leave the lock with it, and
 // what the fork destroys must not release ours.
 FileLock::~FileLock() {
-  if (outcome_ == Outcome::held && process_ == getpid()) flock(file_.number(), LOCK_UN);
+  if (outcome_ == LockOutcome::held && process_ == getpid()) flock(file_.number(), LOCK_UN);
 }
 
 }  // namespace quorvance

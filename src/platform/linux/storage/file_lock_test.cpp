@@ -17,7 +17,7 @@ namespace quorvance {
 namespace {
 
 using namespace std::chrono_literals;
-using Outcome = FileLock::Outcome;
+using LockOutcome = FileLock::Outcome;
 
 /// A fork of this process that has done `work` when this one goes on, and then lives until killed.
 class LivingFork {
@@ -60,12 +60,12 @@ TEST(FileLockTest, StoppedProcessHoldsUpNobodyForEverAndADeadOneNobody) {
     std::optional<FileLock> lock;
     const LivingFork owner([&] { lock.emplace(path, 0s); });
     owner.stop();
-    EXPECT_EQ(FileLock(path, 0s).outcome(), Outcome::heldElsewhere);
-    EXPECT_EQ(FileLock(path, 50ms).outcome(), Outcome::heldElsewhere);
+    EXPECT_EQ(FileLock(path, 0s).outcome(), LockOutcome::heldElsewhere);
+    EXPECT_EQ(FileLock(path, 50ms).outcome(), LockOutcome::heldElsewhere);
   }
   // The wait that was given up a moment ago gets the lock first, and must give it back.
-  EXPECT_EQ(FileLock(path, 30s).outcome(), Outcome::held);
-  EXPECT_EQ(FileLock(folder.at("no/folder"), 0s).outcome(), Outcome::impossible);
+  EXPECT_EQ(FileLock(path, 30s).outcome(), LockOutcome::held);
+  EXPECT_EQ(FileLock(folder.at("no/folder"), 0s).outcome(), LockOutcome::impossible);
 }
 
 TEST(FileLockTest, ForkNeitherReleasesNorKeepsTheLockOfItsParent) {
@@ -73,9 +73,9 @@ TEST(FileLockTest, ForkNeitherReleasesNorKeepsTheLockOfItsParent) {
   std::optional<FileLock> lock(std::in_place, folder.at("lock"), 0s);
   const LivingFork heir([&] { lock.reset(); });
   const LivingFork keeper([] {});
-  EXPECT_EQ(FileLock(folder.at("lock"), 0s).outcome(), Outcome::heldElsewhere);
+  EXPECT_EQ(FileLock(folder.at("lock"), 0s).outcome(), LockOutcome::heldElsewhere);
   lock.reset();
-  EXPECT_EQ(FileLock(folder.at("lock"), 0s).outcome(), Outcome::held);
+  EXPECT_EQ(FileLock(folder.at("lock"), 0s).outcome(), LockOutcome::held);
 }
 
 /// Runs what it is given at once.

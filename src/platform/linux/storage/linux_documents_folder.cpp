@@ -80,6 +80,7 @@ bool LinuxDocumentsFolder::prepare() { return path_ && makePrivateFolder(*path_)
 // What cannot be locked at all is not locked: a report matters more than a place in its category.
 std::unique_ptr<DocumentsLock> LinuxDocumentsFolder::lockAmongProcesses(
     std::string_view purpose, std::chrono::milliseconds timeout) {
+  if (!path_) return std::make_unique<DocumentsLock>();
   auto lock = std::make_unique<FolderLock>(at(".lock-" + std::string(purpose)), timeout);
   if (lock->isHeldElsewhere()) return nullptr;
   return lock;
