@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <mutex>
 #include <utility>
 
 #include "base/uuid.h"
@@ -56,7 +57,7 @@ bool ReportStore::prepare() {
 }
 
 struct ReportStore::Turn {
-  std::unique_lock<std::timed_mutex> amongThreads;
+  std::unique_lock<BoundedMutex> amongThreads;
   std::unique_ptr<DocumentsLock> amongProcesses;
 };
 

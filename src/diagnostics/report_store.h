@@ -3,11 +3,11 @@
 #include <atomic>
 #include <cstddef>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "base/bounded_mutex.h"
 #include "base/json.h"
 #include "diagnostics/exception_logger.h"
 #include "diagnostics/report_category.h"
@@ -62,7 +62,7 @@ class ReportStore {
 
   const std::shared_ptr<DocumentsFolder> documents_;
   const std::shared_ptr<ExceptionLogger> exceptions_;
-  std::timed_mutex storing_;
+  BoundedMutex storing_;
   std::atomic<bool> isTakenUp_{false};
   std::atomic<bool> isTurnStalled_{false};
 };

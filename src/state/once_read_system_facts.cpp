@@ -1,6 +1,7 @@
 #include "state/once_read_system_facts.h"
 
 #include <chrono>
+#include <mutex>
 #include <utility>
 
 namespace quorvance {
@@ -14,7 +15,7 @@ OnceReadSystemFacts::OnceReadSystemFacts(std::shared_ptr<FactSource<SystemFacts>
     : source_(std::move(source)) {}
 
 SystemFacts OnceReadSystemFacts::read() {
-  const std::unique_lock lock(mutex_, kMaxReadWait);
+  const std::unique_lock lock(mutex_, std::chrono::steady_clock::now() + kMaxReadWait);
   if (!lock) return {};
   if (!facts_) facts_ = source_->read();
   return *facts_;

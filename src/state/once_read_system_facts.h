@@ -1,9 +1,9 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <optional>
 
+#include "base/bounded_mutex.h"
 #include "quorvance/platform/device_facts.h"
 
 namespace quorvance {
@@ -20,7 +20,7 @@ class OnceReadSystemFacts : public FactSource<SystemFacts> {
 
  private:
   const std::shared_ptr<FactSource<SystemFacts>> source_;
-  std::timed_mutex mutex_;
+  BoundedMutex mutex_;
   std::optional<SystemFacts> facts_;
 };
 
