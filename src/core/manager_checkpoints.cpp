@@ -55,7 +55,6 @@ Json ManagerCore::checkPointBody(const CheckPoint& checkPoint, Json json) {
   configureUserId(checkPoint, json);
   Json body = context_->deviceData->getJson(checkPoint.type(), false);
   setMember(body, CheckPointTypeToString::toString(checkPoint.type()), std::move(json));
-  context_->facts->refreshPermissions();
   return body;
 }
 

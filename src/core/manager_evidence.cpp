@@ -52,8 +52,7 @@ void ManagerCore::checkSensorForEmulator() {
 void ManagerCore::onRequestAccess(MobilePermission type) { context_->collector->recordAsked(type); }
 
 bool ManagerCore::ifAuthorized(MobilePermission type) {
-  context_->facts->refreshPermissions();
-  return context_->facts->snapshot()->permissions.isAuthorized(type);
+  return context_->collector->isAuthorized(type);
 }
 
 void ManagerCore::crashEyeDidCatchCrash(const CrashModel& crash) {

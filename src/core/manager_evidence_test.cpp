@@ -44,17 +44,17 @@ TEST(EvidenceTest, AskedPermissionsAreStoredOnceEachInOrder) {
   EXPECT_EQ(world.store->read("permissionList").text, "CAMERA,PHOTO");
 }
 
-TEST(EvidenceTest, PermissionsAreAnsweredFromTheLastReading) {
+TEST(EvidenceTest, PermissionIsAnsweredAsItStandsNow) {
   ManagerWorld world;
-  world.authorization->answers[AuthorizationSubject::camera] = AuthorizationStatus::authorized;
-  world.authorization->answers[AuthorizationSubject::location] =
-      AuthorizationStatus::authorizedWhenInUse;
-  world.setup();
-  world.time->run();
+  auto& answers = world.authorization->answers;
+  answers[AuthorizationSubject::camera] = AuthorizationStatus::authorized;
+  answers[AuthorizationSubject::location] = AuthorizationStatus::authorizedWhenInUse;
   EXPECT_TRUE(world.manager->ifAuthorized(MobilePermission::CAMERA));
   EXPECT_TRUE(world.manager->ifAuthorized(MobilePermission::AUTHORIZED_WHEN_IN_USE));
   EXPECT_FALSE(world.manager->ifAuthorized(MobilePermission::AUTHORIZED_ALWAYS));
   EXPECT_FALSE(world.manager->ifAuthorized(static_cast<MobilePermission>(7)));
+  answers.clear();
+  EXPECT_FALSE(world.manager->ifAuthorized(MobilePermission::CAMERA));
 }
 
 TEST(EvidenceTest, CrashIsKeptUnderItsSignalsNumber) {

@@ -40,8 +40,6 @@ bool ManagerCore::setup(const std::string& serverUrl, const std::optional<std::s
   }
   configureServerUrl(serverUrl);
   configureUserId(userId);
-  // The first checkpoint may follow at once; its permissions are those that were read last.
-  context_->facts->refreshPermissions();
   const auto& version = context_->platform.hostApplication.shortVersion;
   if (version) debugPrint(*version);
   // Nothing is measured between the two readings; the line is kept as it stands.

@@ -49,7 +49,9 @@ DeviceDataCollector::DeviceDataCollector(const Platform& platform,
       facts_(std::move(facts)),
       identity_(platform.identity),
       environment_(platform.environment),
-      userData_(platform.userData) {}
+      userData_(platform.userData),
+      authorization_(platform.authorization),
+      location_(platform.location) {}
 
 SnapshotInputs DeviceDataCollector::inputs(const DeviceFacts& facts) const {
   SnapshotInputs result{.facts = facts,
@@ -98,6 +100,19 @@ Json DeviceDataCollector::simDataJson() const {
 
 Json DeviceDataCollector::collectUserData() const {
   return userData_ ? userData_->collect() : Json::object();
+}
+
+PermissionSnapshot DeviceDataCollector::permissions() const {
+  return authorization_ ? PermissionSnapshot::take(*authorization_) : PermissionSnapshot{};
+}
+
+bool DeviceDataCollector::isAuthorized(MobilePermission permission) const {
+  return authorization_ && quorvance::isAuthorized(*authorization_, permission);
+}
+
+std::optional<LocationFix> DeviceDataCollector::location(
+    const PermissionSnapshot& permissions) const {
+  return location_ && permissions.mayLocate() ? location_->lastFix() : std::nullopt;
 }
 
 void DeviceDataCollector::setPendingUserData(Json userData) {

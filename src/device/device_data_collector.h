@@ -10,6 +10,7 @@
 
 #include "base/json.h"
 #include "device/device_facts_cache.h"
+#include "device/permission_snapshot.h"
 #include "device/snapshot_builders.h"
 #include "quorvance/mobile_permission.h"
 #include "quorvance/platform/platform.h"
@@ -40,6 +41,13 @@ class DeviceDataCollector {
   /// {} without a source. Waits for the platform: fact lane or background only.
   Json collectUserData() const;
 
+  /// The user's answers of now.
+  PermissionSnapshot permissions() const;
+  /// Asks for this kind alone.
+  bool isAuthorized(MobilePermission permission) const;
+  /// The last known position of now; asked for only where the permissions allow it.
+  std::optional<LocationFix> location(const PermissionSnapshot& permissions) const;
+
   /// Kept until the next payload takes it.
   void setPendingUserData(Json userData);
   std::optional<Json> takePendingUserData();
@@ -60,6 +68,8 @@ class DeviceDataCollector {
   const std::shared_ptr<IdentitySource> identity_;
   const std::shared_ptr<EnvironmentSource> environment_;
   const std::shared_ptr<UserDataSource> userData_;
+  const std::shared_ptr<AuthorizationSource> authorization_;
+  const std::shared_ptr<LocationSource> location_;
 
   std::mutex mutex_;
   std::optional<Json> pendingUserData_;

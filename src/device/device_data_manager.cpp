@@ -44,14 +44,14 @@ void DeviceDataManager::putSnapshots(Json& payload) {
 }
 
 Json DeviceDataManager::buildAdditionalData() {
-  const auto facts = collector_->facts().snapshot();
-  PermissionStatus status = permissionStatus(facts->permissions);
+  const PermissionSnapshot permissions = collector_->permissions();
+  PermissionStatus status = permissionStatus(permissions);
   CheckPointAdditionalData data;
   data.permissions = std::move(status.authorized);
   data.ignorePermissions = std::move(status.denied);
   data.askPermissions = collector_->askPermissions();
   data.collectTime = state_->now();
-  data.location = facts->location;
+  data.location = collector_->location(permissions);
   return data.getJson();
 }
 

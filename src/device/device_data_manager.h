@@ -22,7 +22,7 @@ class DeviceDataManager {
   /// programming error otherwise.
   Json getJson(CheckPointType type, std::optional<bool> collectAll);
 
-  /// The permissions as last read, what was asked for, and the position.
+  /// The permissions and the position of now, and what was asked for.
   Json buildAdditionalData();
 
  private:

@@ -105,20 +105,48 @@ TEST(AdditionalDataTest, AlwaysWritesItsThreeLists) {
             R"("ignorePermissions":["REMINDER"],"askedPermissions":["CAMERA"]})");
 }
 
-TEST(AdditionalDataTest, TellsCachedPermissionsAtTheMomentOfAsking) {
+// One that counts how often it is asked.
+class CountedLocation : public LocationSource {
+ public:
+  int reads = 0;
+  std::optional<LocationFix> lastFix() override {
+    ++reads;
+    return LocationFix{.longitude = -3.5};
+  }
+};
+
+TEST(AdditionalDataTest, TellsThePermissionsOfNowAndAPositionOnlyWithPermission) {
   PayloadWorld world;
-  world.authorization->answers[AuthorizationSubject::location] = AuthorizationStatus::authorized;
+  Platform seam = world.platform();
+  const auto location = std::make_shared<CountedLocation>();
+  seam.location = location;
+  const auto collector = std::make_shared<DeviceDataCollector>(seam, world.state, world.facts);
+  DeviceDataManager manager(world.state, collector);
   world.authorization->answers[AuthorizationSubject::camera] = AuthorizationStatus::authorized;
-  world.location->fix = LocationFix{};
-  world.location->fix->longitude = -3.5;
-  world.collector->recordAsked(MobilePermission::CAMERA);
-  world.facts->refreshPermissions();
-  world.time->run();
+  collector->recordAsked(MobilePermission::CAMERA);
+  for (int raw = 0; raw <= 4; ++raw) {
+    world.authorization->answers[AuthorizationSubject::location] =
+        static_cast<AuthorizationStatus>(raw);
+    const bool mayLocate = raw >= 3;
+    location->reads = 0;
+    EXPECT_EQ(manager.buildAdditionalData().contains("location"), mayLocate) << raw;
+    EXPECT_EQ(location->reads, mayLocate ? 1 : 0) << raw;
+  }
   world.time->advance(std::chrono::milliseconds(5));
-  EXPECT_EQ(compactText(world.manager.buildAdditionalData()),
+  EXPECT_EQ(compactText(manager.buildAdditionalData()),
             R"({"collectTime":1700000000005,"location":{"longitude":-3.5},)"
-            R"("permissions":["AUTHORIZED_ALWAYS","CAMERA"],"ignorePermissions":["PHOTO",)"
+            R"("permissions":["AUTHORIZED_WHEN_IN_USE","CAMERA"],"ignorePermissions":["PHOTO",)"
             R"("READ_CONTACTS","CALENDAR","REMINDER"],"askedPermissions":["CAMERA"]})");
+}
+
+TEST(AdditionalDataTest, MentionsNoLocationWithoutASource) {
+  PayloadWorld world;
+  Platform seam = world.platform();
+  seam.authorization = nullptr;
+  DeviceDataManager manager(world.state,
+                            std::make_shared<DeviceDataCollector>(seam, world.state, world.facts));
+  EXPECT_EQ(compactText(manager.buildAdditionalData().at("ignorePermissions")),
+            R"(["PHOTO","READ_CONTACTS","CAMERA","CALENDAR","REMINDER"])");
 }
 
 }  // namespace
