@@ -144,13 +144,14 @@ void ManagerCore::initializeDeviceId() {
   trace.close();
 }
 
+// A reply without an identifier, be it no object at all, changes nothing.
 void ManagerCore::receiveDeviceId(const ResponceObject& response, OperationTrace trace) {
-  if (!response.succeeded() || !response.output) {
+  if (!response.succeeded()) {
     getDeviceIdThread();
     return;
   }
   if (trace.isEnabled()) trace.append("response: " + responseText(response));
-  const std::string* deviceId = deviceIdIn(*response.output);
+  const std::string* deviceId = response.output ? deviceIdIn(*response.output) : nullptr;
   if (deviceId != nullptr && *deviceId != kNoDeviceId) acceptDeviceId(*deviceId);
 }
 

@@ -161,7 +161,10 @@ TEST(StartupTest, DeviceIdentifierIsReadFromEitherPlaceAndOddOnesChangeNothing) 
       {R"({"response":{"deviceID":"no_device_id"}})", "no_device_id"},
       {R"({"response":{"deviceID":7}})", "no_device_id"},
       {R"({"response":"OK"})", "no_device_id"},
-      {R"({})", "no_device_id"},
+      {"{}", "no_device_id"},
+      {"[]", "no_device_id"},
+      {R"("deviceID")", "no_device_id"},
+      {"null", "no_device_id"},
   };
   for (const auto& [reply, expected] : replies) {
     ManagerWorld world;
