@@ -79,8 +79,6 @@ class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this
     std::atomic<bool> isStartApp{true};
     /// No configuration has come yet.
     std::atomic<bool> repeatSdkConfig{true};
-    /// The server has accepted the running session.
-    std::atomic<bool> isDataSendAfterSession{false};
     std::atomic<bool> logoutEventNow{false};
   };
 
@@ -93,7 +91,8 @@ class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this
   void receiveDeviceId(const ResponceObject& response, OperationTrace trace);
   void acceptDeviceId(const std::string& deviceId);
   void uploadTraces();
-  void receiveSessionAnswer(const ResponceObject& response);
+  void receiveSessionAnswer(const ResponceObject& response, const Session& session);
+  bool isDataSendAfterSession() const;
   void configureUserId(const CheckPoint& checkPoint, const Json& json);
   Json checkPointBody(const CheckPoint& checkPoint, Json json);
   void storeStartApp(std::int64_t now);
@@ -133,6 +132,8 @@ class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this
   std::optional<std::string> serverUrl_;
   std::optional<std::string> userId_;
   std::string deviceId_;
+  /// The identifier of the session that the server has accepted; absent while a send is under way.
+  std::optional<std::string> acceptedSession_;
 };
 
 /// The text form of a reply in debug lines and traces.

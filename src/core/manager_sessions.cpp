@@ -20,29 +20,44 @@ bool isAccepted(const ResponceObject& response) {
 // No trace entry, by contract. Identity and session are those of now; the snapshots are built in
 // the background, once they have been read.
 void ManagerCore::sendDataWithNewSession() {
-  flags_.isDataSendAfterSession = false;
-  context_->facts->whenRefreshed(
-      [self = shared_from_this(), call = prepare(Service::sendSessionData)] {
-        self->networkManager_->send(
-            call, self->context_->deviceData->getJson(CheckPointType::GENERAL, true),
-            std::make_shared<CallCompletion>(
-                [self](const ResponceObject& response) { self->receiveSessionAnswer(response); },
-                nullptr));
-      });
+  {
+    const std::lock_guard lock(mutex_);
+    acceptedSession_.reset();
+  }
+  context_->facts->whenRefreshed([self = shared_from_this(),
+                                  call = prepare(Service::sendSessionData)] {
+    self->networkManager_->send(call,
+                                self->context_->deviceData->getJson(CheckPointType::GENERAL, true),
+                                std::make_shared<CallCompletion>(
+                                    [self, session = call.session](const ResponceObject& response) {
+                                      self->receiveSessionAnswer(response, session);
+                                    },
+                                    nullptr));
+  });
 }
 
-void ManagerCore::receiveSessionAnswer(const ResponceObject& response) {
+// A session that a logout has replaced may still be accepted; that tells nothing of the running
+// one.
+void ManagerCore::receiveSessionAnswer(const ResponceObject& response, const Session& session) {
   printResponse(response);
-  if (isAccepted(response)) {
-    flags_.isDataSendAfterSession = true;
-  } else {
+  if (!isAccepted(response)) {
     sendDataWithNewSessionThread();
+  } else if (session.idSession == getSessionId()) {
+    const std::lock_guard lock(mutex_);
+    acceptedSession_ = session.idSession;
   }
+}
+
+// Whether the server has accepted the running session.
+bool ManagerCore::isDataSendAfterSession() const {
+  const std::optional<std::string> running = getSessionId();
+  const std::lock_guard lock(mutex_);
+  return acceptedSession_ && acceptedSession_ == running;
 }
 
 void ManagerCore::sendDataWithNewSessionThread() {
   schedule(kSessionRetryDelay, [](ManagerCore& self) {
-    if (!self.flags_.isDataSendAfterSession) self.sendDataWithNewSession();
+    if (!self.isDataSendAfterSession()) self.sendDataWithNewSession();
   });
 }
 

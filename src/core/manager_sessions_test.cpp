@@ -125,7 +125,30 @@ TEST(SessionTest, TwoLogoutsInOneMillisecondMakeTwoSessions) {
   EXPECT_FALSE(world.manager->logoutEventNow());
 }
 
-TEST(SessionTest, RetryAfterLogoutCarriesTheSessionOfItsTime) {
+// A retry that waits asks for the session of its time.
+TEST(SessionTest, AcceptedSessionStopsTheRetryOfThatSessionAlone) {
+  ManagerWorld world;
+  int sends = 0;
+  world.http->answer(ManagerWorld::kSessionPath, [&](const SentRequest&) {
+    ++sends;
+    // The user leaves before the answer to the first session is there.
+    if (sends == 1) world.manager->logout();
+    return sends == 2 ? refusedReply() : okReply(R"({"response":"OK"})");
+  });
+  world.setup();
+  world.manager->sendDataWithNewSession();
+  world.time->advance(10s - 1ms);
+  EXPECT_EQ(sends, 2);
+  world.time->advance(1ms);
+  ASSERT_EQ(sends, 3);
+  const auto sent = world.http->sentTo(ManagerWorld::kSessionPath);
+  EXPECT_NE(sent[0].body["session"], sent[1].body["session"]);
+  EXPECT_EQ(sent[1].body["session"], sent[2].body["session"]);
+  world.time->advance(10min);
+  EXPECT_EQ(sends, 3);
+}
+
+TEST(SessionTest, RetryThatWaitsHasNothingToDoOnceTheNextSessionIsAccepted) {
   ManagerWorld world;
   world.http->answerOnce(ManagerWorld::kSessionPath, refusedReply());
   world.http->answer(ManagerWorld::kSessionPath, okReply(R"({"response":"OK"})"));
@@ -134,7 +157,6 @@ TEST(SessionTest, RetryAfterLogoutCarriesTheSessionOfItsTime) {
   world.time->run();
   world.manager->logout();
   world.time->advance(1min);
-  // The logout's send was accepted, so the retry that waited has nothing to do.
   EXPECT_EQ(world.http->countTo(ManagerWorld::kSessionPath), 2U);
 }
 
