@@ -63,7 +63,7 @@ void ManagerCore::getRiskForCheckPoint(const CheckPoint& checkPoint, RiskComplet
   OperationTrace trace =
       openTrace("getRiskForCheckPoint", [&] { return std::vector{textOf(json)}; });
   Json body = checkPointBody(checkPoint, std::move(json));
-  const PreparedCall call = prepare(Service::getCheckpointRisk, checkPoint.type());
+  const PreparedCall call = networkManager_->prepare(Service::getCheckpointRisk, checkPoint.type());
   networkManager_->send(
       call, std::move(body),
       verdictCompletion(context_->platform.backgroundQueue, std::move(completion), call.requestId));
@@ -75,7 +75,7 @@ void ManagerCore::arriveToCheckPoint(const CheckPoint& checkPoint) {
   OperationTrace trace = openTrace("arriveToCheckPoint", [&] { return std::vector{textOf(json)}; });
   Json body = checkPointBody(checkPoint, std::move(json));
   networkManager_->send(
-      prepare(Service::sendCheckpointEvent, checkPoint.type()), std::move(body),
+      networkManager_->prepare(Service::sendCheckpointEvent, checkPoint.type()), std::move(body),
       std::make_shared<CallCompletion>(
           [self = shared_from_this(), kept = trace](const ResponceObject& response) mutable {
             printResponse(response);
@@ -101,8 +101,9 @@ void ManagerCore::updateCheckPointStatus(CheckPointType type, const std::string&
     debugPrint(std::string("updateTransactionStatus: ") +
                (response.succeeded() ? "true" : "false"));
   };
-  networkManager_->send(prepare(Service::updateTransactionResult, std::nullopt, requestID),
-                        std::move(body), std::make_shared<CallCompletion>(print, nullptr));
+  networkManager_->send(
+      networkManager_->prepare(Service::updateTransactionResult, std::nullopt, requestID),
+      std::move(body), std::make_shared<CallCompletion>(print, nullptr));
   trace.close();
 }
 

@@ -76,7 +76,7 @@ TEST(CheckpointTest, LoginChangesTheStoredUserBeforeTheBodyIsBuilt) {
   world.manager->arriveToCheckPoint(Login(nullptr));
   EXPECT_EQ(world.store->read("user_id").text, "måns 1/2");
   world.manager->arriveToCheckPoint(Register(userNamed("r")));
-  EXPECT_EQ(world.manager->userId(), "r");
+  EXPECT_EQ(world.manager->identity().userId(), "r");
 }
 
 // A bus that hangs holds up nothing either.
@@ -150,7 +150,7 @@ TEST(CheckpointTest, EveryVerdictComesExactlyOnce) {
   // A body that cannot be JSON, then a URL that does not parse: neither is ever sent.
   world.manager->getRiskForCheckPoint(Transaction({.amount = std::nan("")}),
                                       keepVerdicts(verdicts));
-  world.manager->setServerUrl("http://risk.test/%zz/");
+  world.manager->identity().setServerUrl("http://risk.test/%zz/");
   world.manager->getRiskForCheckPoint(Launch(), keepVerdicts(verdicts));
   world.time->run();
   EXPECT_EQ(world.http->countTo(ManagerWorld::kRiskPath), 0U);

@@ -17,8 +17,9 @@
 
 namespace quorvance {
 
-/// What a QuorvanceManager does, over a context. Any thread: the texts are guarded by one mutex,
-/// the flags are atomics whose races are benign (a fetch or a send made twice is tolerated).
+/// What a QuorvanceManager does, over a context. Any thread: the accepted session is guarded by
+/// a mutex, the flags are atomics whose races are benign (a fetch or a send made twice is
+/// tolerated).
 ///
 /// Its life: set up with a URL and a user, it fetches the configuration, every 10 s until the first
 /// success. A device identifier, once asked for, is asked for again 10 s after each failure; the
@@ -61,11 +62,8 @@ class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this
   bool ifAuthorized(MobilePermission type);
   void crashEyeDidCatchCrash(const CrashModel& crash) override;
 
-  // Plain fields (manager_core.cpp).
-  std::optional<std::string> serverUrl() const;
-  void setServerUrl(std::optional<std::string> serverUrl);
-  std::optional<std::string> userId() const;
-  void setUserId(std::optional<std::string> userId);
+  // Plain fields.
+  ClientIdentity& identity() { return networkManager_->identity(); }
   bool logoutEventNow() const { return flags_.logoutEventNow; }
   void setLogoutEventNow(bool now) { flags_.logoutEventNow = now; }
   std::optional<std::string> getDeviceId() const;
@@ -106,11 +104,6 @@ class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this
     return openTrace(name, [] { return std::vector<std::string>(); });
   }
 
-  /// Refreshes the client's identity and settles a call under it: every call begins here, so that
-  /// none can forget it.
-  PreparedCall prepare(Service service, std::optional<CheckPointType> checkPoint = std::nullopt,
-                       std::optional<std::string> requestId = std::nullopt);
-  ClientIdentity identity() const;
   /// The session as of now and the identity go with the reports.
   void uploadStoredReports(ReportCategory category);
   /// Runs once on the main queue, after the delay.
@@ -121,17 +114,14 @@ class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this
   }
 
   const std::shared_ptr<Context> context_;
-  const std::shared_ptr<QuorvanceNetworkManager> networkManager_;
-  /// Milliseconds since 1970.
+  /// Milliseconds since 1970; before the client first reads the store.
   const std::int64_t startAppTime_;
+  const std::shared_ptr<QuorvanceNetworkManager> networkManager_;
   Flags flags_;
   /// Idle: nothing is ever added to it.
   std::deque<Task> initialCallsOperationQueue;
 
   mutable std::mutex mutex_;
-  std::optional<std::string> serverUrl_;
-  std::optional<std::string> userId_;
-  std::string deviceId_;
   /// The identifier of the session that the server has accepted; absent while a send is under way.
   std::optional<std::string> acceptedSession_;
 };

@@ -18,8 +18,8 @@ std::shared_ptr<QuorvanceScreenListener> ManagerCore::startNewScreenListener(
   const std::int64_t now = context_->state->now();
   const auto config = context_->state->sdkConfig();
   if (config->watches(type, actionId)) {
-    networkManager_->send(prepare(Service::thirdPartyCacheEnrichment), makeObject(3),
-                          std::make_shared<CallCompletion>(&printResponse, nullptr));
+    networkManager_->send(networkManager_->prepare(Service::thirdPartyCacheEnrichment),
+                          makeObject(3), std::make_shared<CallCompletion>(&printResponse, nullptr));
   }
   if (config->activityMap.value_or(false) && flags_.isStartApp.exchange(false)) {
     storeStartApp(now);

@@ -1,7 +1,6 @@
 #include <chrono>
 #include <utility>
 
-#include "base/fatal.h"
 #include "core/manager_core.h"
 
 namespace quorvance {
@@ -25,7 +24,7 @@ void ManagerCore::sendDataWithNewSession() {
     acceptedSession_.reset();
   }
   context_->facts->whenRefreshed([self = shared_from_this(),
-                                  call = prepare(Service::sendSessionData)] {
+                                  call = networkManager_->prepare(Service::sendSessionData)] {
     self->networkManager_->send(call,
                                 self->context_->deviceData->getJson(CheckPointType::GENERAL, true),
                                 std::make_shared<CallCompletion>(
@@ -64,11 +63,8 @@ void ManagerCore::sendDataWithNewSessionThread() {
 void ManagerCore::logout() {
   OperationTrace trace = openTrace("logout()");
   uploadStoredReports(ReportCategory::activity);
-  InnerQuorvanceData& state = *context_->state;
-  state.write(StoredKey::userId, state.defaultValue(StoredKey::userId));
-  setUserId(std::nullopt);
-  if (!state.readText(StoredKey::userId)) fatalError("the stored user cannot be read");
-  state.startNewSession();
+  identity().forgetUser();
+  context_->state->startNewSession();
   sendDataWithNewSession();
   flags_.logoutEventNow = true;
   if (const auto& face = context_->platform.faceDetection) face->reset();

@@ -101,7 +101,7 @@ TEST(SessionTest, LogoutSendsTheLeavingUsersActivityThenBeginsANewSession) {
   EXPECT_THAT(world.asked->lines, ElementsAre("upload activity under u1"));
   EXPECT_EQ(world.asked->uploads[0].session.idSession, left);
   EXPECT_EQ(world.store->read("user_id").text, "UNKNOWN");
-  EXPECT_EQ(world.manager->userId(), std::nullopt);
+  EXPECT_EQ(world.manager->identity().userId(), std::nullopt);
   EXPECT_TRUE(world.manager->logoutEventNow());
   EXPECT_EQ(world.face->resets, 1);
   EXPECT_THAT(world.traces(), ElementsAre("logout() Start", "logout() End"));

@@ -57,43 +57,35 @@ bool ManagerCore::setup(const std::string& serverUrl, const std::optional<std::s
 void ManagerCore::configureServerUrl(const std::optional<std::string>& serverUrl) {
   OperationTrace trace =
       openTrace("configure(serverUrl:)", [&] { return std::vector{textOrNil(serverUrl)}; });
-  setServerUrl(serverUrl);
-  if (serverUrl) context_->state->write(StoredKey::serverUrl, *serverUrl);
+  identity().configureServerUrl(serverUrl);
   trace.close();
 }
 
 void ManagerCore::configureUserId(const std::optional<std::string>& userId) {
   OperationTrace trace =
       openTrace("configure(userId:)", [&] { return std::vector{textOrNil(userId)}; });
-  if (userId) {
-    context_->state->write(StoredKey::userId, *userId);
-    setUserId(userId);
-  }
+  if (userId) identity().configureUserId(*userId);
   trace.close();
 }
 
 void ManagerCore::configureDeviceId(const std::string& deviceId) {
   OperationTrace trace = openTrace("configure(deviceId:)", [&] { return std::vector{deviceId}; });
-  {
-    const std::lock_guard lock(mutex_);
-    deviceId_ = deviceId;
-  }
-  context_->state->write(StoredKey::deviceId, deviceId);
+  identity().configureDeviceId(deviceId);
   trace.close();
 }
 
 // The body names the system, which is read off this thread; identity and session are those of now.
 void ManagerCore::getSdkConfiguration() {
   OperationTrace trace = openTrace("getSdkConfiguration");
-  context_->facts->whenSystemKnown(
-      [self = shared_from_this(), trace, call = prepare(Service::getSdkConfiguration)] {
-        self->networkManager_->send(call, self->context_->collector->configurationBody(),
-                                    std::make_shared<CallCompletion>(
-                                        [self, trace](const ResponceObject& response) {
-                                          self->receiveSdkConfiguration(response, trace);
-                                        },
-                                        nullptr));
-      });
+  context_->facts->whenSystemKnown([self = shared_from_this(), trace,
+                                    call = networkManager_->prepare(Service::getSdkConfiguration)] {
+    self->networkManager_->send(call, self->context_->collector->configurationBody(),
+                                std::make_shared<CallCompletion>(
+                                    [self, trace](const ResponceObject& response) {
+                                      self->receiveSdkConfiguration(response, trace);
+                                    },
+                                    nullptr));
+  });
   trace.close();
 }
 
@@ -135,7 +127,8 @@ void ManagerCore::getDeviceIdThread() {
 
 void ManagerCore::initializeDeviceId() {
   OperationTrace trace = openTrace("initializeDeviceId");
-  networkManager_->send(prepare(Service::getDeviceId), context_->collector->deviceIdBody(),
+  networkManager_->send(networkManager_->prepare(Service::getDeviceId),
+                        context_->collector->deviceIdBody(),
                         std::make_shared<CallCompletion>(
                             [self = shared_from_this(), trace](const ResponceObject& response) {
                               self->receiveDeviceId(response, trace);
@@ -176,7 +169,8 @@ void ManagerCore::uploadTraces() {
     return;
   }
   context_->platform.backgroundQueue->post(
-      WorkLane::completions, [self = shared_from_this(), call = prepare(Service::tracingData)] {
+      WorkLane::completions,
+      [self = shared_from_this(), call = networkManager_->prepare(Service::tracingData)] {
         Json entries = self->context_->tracing->entries();
         if (entries.empty()) {  // another loop's upload has cleared the buffer since
           self->sendingTracingData();

@@ -29,7 +29,7 @@ TEST(StartupTest, EmptyUrlIsRefusedAndChangesNothing) {
   EXPECT_EQ(error.description, "serverUrl can't be empty");
   world.time->run();
   EXPECT_EQ(world.store->writes(), stored);
-  EXPECT_EQ(world.manager->userId(), "u1");
+  EXPECT_EQ(world.manager->identity().userId(), "u1");
   EXPECT_EQ(world.http->countTo(ManagerWorld::kConfigurationPath), 1U);
   EXPECT_THAT(world.traces(), ElementsAre("setup Start"));
 }
@@ -55,7 +55,7 @@ TEST(StartupTest, AbsentUserKeepsTheStoredOneAndIsTracedAsNil) {
   world.store->write("user_id", "earlier");
   world.configure(ManagerWorld::kTraceManager);
   world.store->write("user_id", "earlier");
-  world.manager->setUserId(std::nullopt);
+  world.manager->identity().setUserId(std::nullopt);
   world.context->tracing->clear();
   EXPECT_TRUE(world.setup(std::nullopt));
   EXPECT_EQ(world.store->read("user_id").text, "earlier");
@@ -253,10 +253,10 @@ TEST(StartupTest, TraceLoopSurvivesAUrlThatDoesNotParse) {
   ManagerWorld world;
   world.configure(ManagerWorld::kTraceManager);
   world.manager->configureUserId("u2");
-  world.manager->setServerUrl("not a url/");
+  world.manager->identity().setServerUrl("not a url/");
   world.time->advance(30s);
   EXPECT_EQ(world.http->countTo(ManagerWorld::kTracingPath), 0U);
-  world.manager->setServerUrl(ManagerWorld::kServer);
+  world.manager->identity().setServerUrl(ManagerWorld::kServer);
   world.time->advance(30s);
   EXPECT_EQ(world.http->countTo(ManagerWorld::kTracingPath), 1U);
 }

@@ -107,11 +107,11 @@ TEST(UploaderTest, GoesOnAfterAUrlThatDoesNotParse) {
   UploadWorld world;
   world.put("activity1.json");
   world.put("activity2.json");
-  world.manager->setServerUrl("no url");
+  world.manager->identity().setServerUrl("no url");
   world.manager->arriveToCheckPoint(Launch());
   world.time->run();
   EXPECT_THAT(world.http->sentTo(kActivityPath), IsEmpty());
-  world.manager->setServerUrl("http://risk.test/");
+  world.manager->identity().setServerUrl("http://risk.test/");
   world.manager->arriveToCheckPoint(Launch());
   world.time->run();
   EXPECT_EQ(world.http->countTo(kActivityPath), 2U);

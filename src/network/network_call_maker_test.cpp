@@ -179,10 +179,12 @@ TEST(ClientTest, AddsTheCommonBlocksAndGluesUrlAndPath) {
   Json body = objectWith("keys", 1);
   body["session"] = 2;
   const auto done = std::make_shared<CallCompletion>(nullptr, nullptr);
-  const PreparedCall call = client.prepare({"d", "a b&c%", "http://risk.test"},
-                                           Service::getCheckpointRisk, CheckPointType::LOGIN);
+  client.identity().setServerUrl("http://risk.test");
+  client.identity().setUserId("a b&c%");
+  client.identity().configureDeviceId("d");
+  const PreparedCall call = client.prepare(Service::getCheckpointRisk, CheckPointType::LOGIN);
   client.send(call, body, done);
-  const PreparedCall next = client.prepare({"d", "u", std::nullopt}, Service::getDeviceId);
+  const PreparedCall next = client.prepare(Service::getDeviceId);
   client.send(next, Json::object(), done);
   world.time->run();
   const auto sent = world.http->sent();
@@ -200,8 +202,8 @@ TEST(ClientTest, AddsTheCommonBlocksAndGluesUrlAndPath) {
 TEST(ClientTest, FaceImageGoesAsItStands) {
   CallWorld world;
   QuorvanceNetworkManager client(world.state, world.maker);
-  client.sendImage({"d", "u", "http://risk.test/"}, objectWith("image", "x"),
-                   std::make_shared<CallCompletion>(nullptr, nullptr));
+  client.identity().setServerUrl("http://risk.test/");
+  client.sendImage(objectWith("image", "x"), std::make_shared<CallCompletion>(nullptr, nullptr));
   world.http->answer("SendBiometricImage/", statusReply(500));
   world.time->run();
   EXPECT_EQ(world.http->sent()[0].request.body, R"({"image":"x","version":"1.0.0"})");
