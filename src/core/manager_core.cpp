@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "base/debug.h"
-
 namespace quorvance {
 
 std::shared_ptr<ManagerCore> ManagerCore::make(std::shared_ptr<Context> context) {
@@ -27,14 +25,6 @@ std::optional<std::string> ManagerCore::getSessionId() const {
 void ManagerCore::uploadStoredReports(ReportCategory category) {
   context_->uploader->uploadStoredReports(category, networkManager_,
                                           networkManager_->prepare(serviceOf(category)));
-}
-
-std::string responseText(const ResponceObject& response) {
-  return response.output ? textOf(*response.output) : "nil";
-}
-
-void printResponse(const ResponceObject& response) {
-  if (isInDebugMode()) debugPrint("QuorvanceManager response: " + responseText(response));
 }
 
 }  // namespace quorvance

@@ -7,11 +7,9 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <string_view>
-#include <vector>
 
 #include "core/context.h"
-#include "core/operation_trace.h"
+#include "diagnostics/operation_trace.h"
 #include "network/quorvance_network_manager.h"
 #include "quorvance/quorvance_manager.h"
 
@@ -84,25 +82,17 @@ class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this
 
   void configureDeviceId(const std::string& deviceId);
   void getSdkConfiguration();
-  void receiveSdkConfiguration(const ResponceObject& response, OperationTrace trace);
+  void receiveSdkConfiguration(const ResponceObject& response, TraceContinuation trace);
   void saveSdkConfiguration(const Json& dictionary);
-  void receiveDeviceId(const ResponceObject& response, OperationTrace trace);
+  void receiveDeviceId(const ResponceObject& response, TraceContinuation trace);
   void acceptDeviceId(const std::string& deviceId);
   void uploadTraces();
   void receiveSessionAnswer(const ResponceObject& response, const Session& session);
   bool isDataSendAfterSession() const;
   void configureUserId(const CheckPoint& checkPoint, const Json& json);
   Json checkPointBody(const CheckPoint& checkPoint, Json json);
+  void announceScreen(ScreenListenerType type, std::int64_t actionId);
   void storeStartApp(std::int64_t now);
-
-  template <class MakeArguments>
-  OperationTrace openTrace(std::string_view name, MakeArguments&& makeArguments) {
-    return {*context_->tracing, context_->state->traceLevels().isOn(TraceLevel::qvManager), name,
-            makeArguments};
-  }
-  OperationTrace openTrace(std::string_view name) {
-    return openTrace(name, [] { return std::vector<std::string>(); });
-  }
 
   /// The session as of now and the identity go with the reports.
   void uploadStoredReports(ReportCategory category);
@@ -125,10 +115,5 @@ class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this
   /// The identifier of the session that the server has accepted; absent while a send is under way.
   std::optional<std::string> acceptedSession_;
 };
-
-/// The text form of a reply in debug lines and traces.
-std::string responseText(const ResponceObject& response);
-/// Prints "QuorvanceManager response: " and the reply in debug mode.
-void printResponse(const ResponceObject& response);
 
 }  // namespace quorvance

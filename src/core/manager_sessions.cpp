@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "core/manager_core.h"
+#include "core/response_text.h"
 
 namespace quorvance {
 namespace {
@@ -27,11 +28,9 @@ void ManagerCore::sendDataWithNewSession() {
                                   call = networkManager_->prepare(Service::sendSessionData)] {
     self->networkManager_->send(call,
                                 self->context_->deviceData->getJson(CheckPointType::GENERAL, true),
-                                std::make_shared<CallCompletion>(
-                                    [self, session = call.session](const ResponceObject& response) {
-                                      self->receiveSessionAnswer(response, session);
-                                    },
-                                    nullptr));
+                                [self, session = call.session](const ResponceObject& response) {
+                                  self->receiveSessionAnswer(response, session);
+                                });
   });
 }
 
@@ -61,14 +60,13 @@ void ManagerCore::sendDataWithNewSessionThread() {
 }
 
 void ManagerCore::logout() {
-  OperationTrace trace = openTrace("logout()");
+  const OperationTrace trace(*context_->tracing, "logout()");
   uploadStoredReports(ReportCategory::activity);
   identity().forgetUser();
   context_->state->startNewSession();
   sendDataWithNewSession();
   flags_.logoutEventNow = true;
   if (const auto& face = context_->platform.faceDetection) face->reset();
-  trace.close();
 }
 
 }  // namespace quorvance

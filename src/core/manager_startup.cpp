@@ -4,6 +4,7 @@
 #include "base/debug.h"
 #include "base/text.h"
 #include "core/manager_core.h"
+#include "core/response_text.h"
 
 namespace quorvance {
 namespace {
@@ -30,11 +31,11 @@ bool hasAnyLevel(const std::optional<TracingDataQvData>& levels) {
 
 bool ManagerCore::setup(const std::string& serverUrl, const std::optional<std::string>& userId,
                         PlatformError* error) {
-  OperationTrace trace = openTrace("setup", [&] {
+  OperationTrace trace(*context_->tracing, "setup", [&] {
     return std::vector{serverUrl, textOrNil(userId)};
   });
   if (serverUrl.empty()) {
-    // The entry stays open: a setup that failed never ended.
+    trace.leaveOpen();  // a setup that failed never ended
     if (error != nullptr) *error = QuorvanceError::platformError();
     return false;
   }
@@ -50,52 +51,46 @@ bool ManagerCore::setup(const std::string& serverUrl, const std::optional<std::s
                textOf(static_cast<double>(after - before)));
   }
   getSdkConfiguration();
-  trace.close();
   return true;
 }
 
 void ManagerCore::configureServerUrl(const std::optional<std::string>& serverUrl) {
-  OperationTrace trace =
-      openTrace("configure(serverUrl:)", [&] { return std::vector{textOrNil(serverUrl)}; });
+  const OperationTrace trace(*context_->tracing, "configure(serverUrl:)",
+                             [&] { return std::vector{textOrNil(serverUrl)}; });
   identity().configureServerUrl(serverUrl);
-  trace.close();
 }
 
 void ManagerCore::configureUserId(const std::optional<std::string>& userId) {
-  OperationTrace trace =
-      openTrace("configure(userId:)", [&] { return std::vector{textOrNil(userId)}; });
+  const OperationTrace trace(*context_->tracing, "configure(userId:)",
+                             [&] { return std::vector{textOrNil(userId)}; });
   if (userId) identity().configureUserId(*userId);
-  trace.close();
 }
 
 void ManagerCore::configureDeviceId(const std::string& deviceId) {
-  OperationTrace trace = openTrace("configure(deviceId:)", [&] { return std::vector{deviceId}; });
+  const OperationTrace trace(*context_->tracing, "configure(deviceId:)",
+                             [&] { return std::vector{deviceId}; });
   identity().configureDeviceId(deviceId);
-  trace.close();
 }
 
 // The body names the system, which is read off this thread; identity and session are those of now.
 void ManagerCore::getSdkConfiguration() {
-  OperationTrace trace = openTrace("getSdkConfiguration");
-  context_->facts->whenSystemKnown([self = shared_from_this(), trace,
+  const OperationTrace trace(*context_->tracing, "getSdkConfiguration");
+  context_->facts->whenSystemKnown([self = shared_from_this(), kept = trace.continuation(),
                                     call = networkManager_->prepare(Service::getSdkConfiguration)] {
     self->networkManager_->send(call, self->context_->collector->configurationBody(),
-                                std::make_shared<CallCompletion>(
-                                    [self, trace](const ResponceObject& response) {
-                                      self->receiveSdkConfiguration(response, trace);
-                                    },
-                                    nullptr));
+                                [self, kept](const ResponceObject& response) {
+                                  self->receiveSdkConfiguration(response, kept);
+                                });
   });
-  trace.close();
 }
 
-void ManagerCore::receiveSdkConfiguration(const ResponceObject& response, OperationTrace trace) {
+void ManagerCore::receiveSdkConfiguration(const ResponceObject& response, TraceContinuation trace) {
   if (!response.succeeded() || !response.output) {
     getSdkConfigurationThread();
     return;
   }
   flags_.repeatSdkConfig = false;
-  if (trace.isEnabled()) trace.append("response: " + responseText(response));
+  appendResponse(trace, response);
   saveSdkConfiguration(*response.output);
 }
 
@@ -106,14 +101,13 @@ void ManagerCore::getSdkConfigurationThread() {
 }
 
 void ManagerCore::saveSdkConfiguration(const Json& dictionary) {
-  OperationTrace trace =
-      openTrace("saveSdkConfiguration", [&] { return std::vector{textOf(dictionary)}; });
+  const OperationTrace trace(*context_->tracing, "saveSdkConfiguration",
+                             [&] { return std::vector{textOf(dictionary)}; });
   const SdkConfig config = SdkConfig::fromJson(dictionary);
   context_->state->replaceSdkConfig(config);
   flags_.repeatSdkConfig = false;
   if (config.enableCrashEye.value_or(false)) context_->crashCatcher->install(weak_from_this());
   if (hasAnyLevel(config.tracingDataQvData)) sendingTracingData();
-  trace.close();
 }
 
 void ManagerCore::getDeviceIdThread() {
@@ -126,24 +120,21 @@ void ManagerCore::getDeviceIdThread() {
 }
 
 void ManagerCore::initializeDeviceId() {
-  OperationTrace trace = openTrace("initializeDeviceId");
-  networkManager_->send(networkManager_->prepare(Service::getDeviceId),
-                        context_->collector->deviceIdBody(),
-                        std::make_shared<CallCompletion>(
-                            [self = shared_from_this(), trace](const ResponceObject& response) {
-                              self->receiveDeviceId(response, trace);
-                            },
-                            nullptr));
-  trace.close();
+  const OperationTrace trace(*context_->tracing, "initializeDeviceId");
+  networkManager_->send(
+      networkManager_->prepare(Service::getDeviceId), context_->collector->deviceIdBody(),
+      [self = shared_from_this(), kept = trace.continuation()](const ResponceObject& response) {
+        self->receiveDeviceId(response, kept);
+      });
 }
 
 // A reply without an identifier, be it no object at all, changes nothing.
-void ManagerCore::receiveDeviceId(const ResponceObject& response, OperationTrace trace) {
+void ManagerCore::receiveDeviceId(const ResponceObject& response, TraceContinuation trace) {
   if (!response.succeeded()) {
     getDeviceIdThread();
     return;
   }
-  if (trace.isEnabled()) trace.append("response: " + responseText(response));
+  appendResponse(trace, response);
   const std::string* deviceId = response.output ? deviceIdIn(*response.output) : nullptr;
   if (deviceId != nullptr && *deviceId != kNoDeviceId) acceptDeviceId(*deviceId);
 }
@@ -179,13 +170,11 @@ void ManagerCore::uploadTraces() {
         Json body = makeObject(4);
         putMember(body, "tracingData", std::move(entries));
         self->networkManager_->send(call, std::move(body),
-                                    std::make_shared<CallCompletion>(
-                                        [self](const ResponceObject& response) {
-                                          if (response.succeeded())
-                                            self->context_->tracing->clear();
-                                          self->sendingTracingData();
-                                        },
-                                        [self] { self->sendingTracingData(); }));
+                                    {[self](const ResponceObject& response) {
+                                       if (response.succeeded()) self->context_->tracing->clear();
+                                       self->sendingTracingData();
+                                     },
+                                     [self] { self->sendingTracingData(); }});
       });
 }
 

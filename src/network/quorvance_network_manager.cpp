@@ -32,22 +32,21 @@ PreparedCall QuorvanceNetworkManager::prepare(Service service,
   return call;
 }
 
-void QuorvanceNetworkManager::send(const PreparedCall& call, Json body,
-                                   std::shared_ptr<CallCompletion> completion) {
+void QuorvanceNetworkManager::send(const PreparedCall& call, Json body, ReplyHandler handler) {
   // Room for "keys", "session" and "version": an object that grows copies what it holds.
   auto& members = body.get_ref<Json::object_t&>();
   members.reserve(members.size() + 3);
   setMember(body, "keys", call.keys.getJson());
   setMember(body, "session", call.session.getJson());
   callMaker_->requestFromServer(call.url, std::move(body), call.requestId,
-                                rowOf(call.service).reportErrors, std::move(completion));
+                                rowOf(call.service).reportErrors, std::move(handler));
 }
 
-void QuorvanceNetworkManager::sendImage(Json body, std::shared_ptr<CallCompletion> completion) {
+void QuorvanceNetworkManager::sendImage(Json body, ReplyHandler handler) {
   const ServiceRow& row = rowOf(Service::sendBiometricImage);
   callMaker_->requestFromServer(identity_.current().serverUrl + std::string(row.path),
                                 std::move(body), state_->vendorIdentifier().value_or(std::string()),
-                                row.reportErrors, std::move(completion));
+                                row.reportErrors, std::move(handler));
 }
 
 }  // namespace quorvance

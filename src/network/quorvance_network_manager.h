@@ -40,11 +40,11 @@ class QuorvanceNetworkManager {
 
   /// Sends the body, an object, under the call's identity; what it holds under "keys" and "session"
   /// is replaced.
-  void send(const PreparedCall& call, Json body, std::shared_ptr<CallCompletion> completion);
+  void send(const PreparedCall& call, Json body, ReplyHandler handler);
 
   /// Sends the body as it stands: no "keys", no "session". The request identifier is the vendor
   /// identifier.
-  void sendImage(Json body, std::shared_ptr<CallCompletion> completion);
+  void sendImage(Json body, ReplyHandler handler);
 
  private:
   const std::shared_ptr<InnerQuorvanceData> state_;
