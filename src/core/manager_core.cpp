@@ -12,7 +12,11 @@ ManagerCore::ManagerCore(std::shared_ptr<Context> context)
     : context_(std::move(context)),
       startAppTime_(context_->state->now()),
       networkManager_(std::make_shared<QuorvanceNetworkManager>(
-          context_->state, std::make_shared<NetworkCallMaker>(context_->callServices()))) {}
+          context_->state, std::make_shared<NetworkCallMaker>(context_->callServices()))),
+      configuration_(context_, networkManager_, configurationRules()),
+      deviceId_(context_, networkManager_, deviceIdRules()),
+      session_(context_, networkManager_, sessionRules()),
+      traceUploader_(context_, networkManager_) {}
 
 std::optional<std::string> ManagerCore::getDeviceId() const {
   return context_->state->readText(StoredKey::deviceId);

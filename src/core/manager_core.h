@@ -9,7 +9,8 @@
 #include <string>
 
 #include "core/context.h"
-#include "diagnostics/operation_trace.h"
+#include "core/retried_exchange.h"
+#include "core/trace_uploader.h"
 #include "network/quorvance_network_manager.h"
 #include "quorvance/quorvance_manager.h"
 
@@ -80,14 +81,16 @@ class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this
 
   explicit ManagerCore(std::shared_ptr<Context> context);
 
-  void configureDeviceId(const std::string& deviceId);
-  void getSdkConfiguration();
-  void receiveSdkConfiguration(const ResponceObject& response, TraceContinuation trace);
+  RetriedExchange::Rules configurationRules();
+  RetriedExchange::Rules deviceIdRules();
+  RetriedExchange::Rules sessionRules();
+  bool takeConfiguration(const RetriedExchange::Answer& answer);
+  bool takeDeviceId(const RetriedExchange::Answer& answer);
+  bool takeSessionAnswer(const RetriedExchange::Answer& answer);
   void saveSdkConfiguration(const Json& dictionary);
-  void receiveDeviceId(const ResponceObject& response, TraceContinuation trace);
   void acceptDeviceId(const std::string& deviceId);
-  void uploadTraces();
-  void receiveSessionAnswer(const ResponceObject& response, const Session& session);
+  void configureDeviceId(const std::string& deviceId);
+  /// Whether the server has accepted the running session.
   bool isDataSendAfterSession() const;
   void configureUserId(const CheckPoint& checkPoint, const Json& json);
   Json checkPointBody(const CheckPoint& checkPoint, Json json);
@@ -96,17 +99,14 @@ class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this
 
   /// The session as of now and the identity go with the reports.
   void uploadStoredReports(ReportCategory category);
-  /// Runs once on the main queue, after the delay.
-  template <class Step>
-  void schedule(std::chrono::milliseconds delay, Step step) {
-    context_->platform.mainQueue->postAfter(delay,
-                                            [self = shared_from_this(), step] { step(*self); });
-  }
-
   const std::shared_ptr<Context> context_;
   /// Milliseconds since 1970; before the client first reads the store.
   const std::int64_t startAppTime_;
   const std::shared_ptr<QuorvanceNetworkManager> networkManager_;
+  const RetriedExchange configuration_;
+  const RetriedExchange deviceId_;
+  const RetriedExchange session_;
+  const TraceUploader traceUploader_;
   Flags flags_;
   /// Idle: nothing is ever added to it.
   std::deque<Task> initialCallsOperationQueue;

@@ -50,7 +50,9 @@ void ManagerCore::storeStartApp(std::int64_t now) {
 
 void ManagerCore::checkSensorForEmulator() {
   const OperationTrace trace(*context_->tracing, "checkSensorForEmulator");
-  schedule(kEmulatorProbeDelay, [](ManagerCore& self) { self.context_->screens->probeSensors(); });
+  context_->platform.mainQueue->postAfter(kEmulatorProbeDelay, [self = shared_from_this()] {
+    self->context_->screens->probeSensors();
+  });
 }
 
 void ManagerCore::onRequestAccess(MobilePermission type) { context_->collector->recordAsked(type); }

@@ -1,4 +1,3 @@
-#include <chrono>
 #include <utility>
 
 #include "core/manager_core.h"
@@ -6,8 +5,6 @@
 
 namespace quorvance {
 namespace {
-
-constexpr std::chrono::seconds kSessionRetryDelay{10};
 
 bool isAccepted(const ResponceObject& response) {
   if (!response.succeeded() || !response.output) return false;
@@ -17,46 +14,43 @@ bool isAccepted(const ResponceObject& response) {
 
 }  // namespace
 
-// No trace entry, by contract. Identity and session are those of now; the snapshots are built in
-// the background, once they have been read.
+// No trace entry, by contract. The snapshots are built in the background, once they have been read.
+RetriedExchange::Rules ManagerCore::sessionRules() {
+  return {
+      .service = Service::sendSessionData,
+      .traceName = {},
+      .whenReady = [this](Task task) { context_->facts->whenRefreshed(std::move(task)); },
+      .makeBody = [this] { return context_->deviceData->getJson(CheckPointType::GENERAL, true); },
+      .take = [this](const auto& answer) { return takeSessionAnswer(answer); },
+      .isNeeded = [this] { return !isDataSendAfterSession(); }};
+}
+
 void ManagerCore::sendDataWithNewSession() {
   {
     const std::lock_guard lock(mutex_);
     acceptedSession_.reset();
   }
-  context_->facts->whenRefreshed([self = shared_from_this(),
-                                  call = networkManager_->prepare(Service::sendSessionData)] {
-    self->networkManager_->send(call,
-                                self->context_->deviceData->getJson(CheckPointType::GENERAL, true),
-                                [self, session = call.session](const ResponceObject& response) {
-                                  self->receiveSessionAnswer(response, session);
-                                });
-  });
+  session_.ask(shared_from_this());
 }
+
+void ManagerCore::sendDataWithNewSessionThread() { session_.askLater(shared_from_this()); }
 
 // A session that a logout has replaced may still be accepted; that tells nothing of the running
 // one.
-void ManagerCore::receiveSessionAnswer(const ResponceObject& response, const Session& session) {
-  printResponse(response);
-  if (!isAccepted(response)) {
-    sendDataWithNewSessionThread();
-  } else if (session.idSession == getSessionId()) {
+bool ManagerCore::takeSessionAnswer(const RetriedExchange::Answer& answer) {
+  printResponse(answer.response);
+  if (!isAccepted(answer.response)) return false;
+  if (answer.session.idSession == getSessionId()) {
     const std::lock_guard lock(mutex_);
-    acceptedSession_ = session.idSession;
+    acceptedSession_ = answer.session.idSession;
   }
+  return true;
 }
 
-// Whether the server has accepted the running session.
 bool ManagerCore::isDataSendAfterSession() const {
   const std::optional<std::string> running = getSessionId();
   const std::lock_guard lock(mutex_);
   return acceptedSession_ && acceptedSession_ == running;
-}
-
-void ManagerCore::sendDataWithNewSessionThread() {
-  schedule(kSessionRetryDelay, [](ManagerCore& self) {
-    if (!self.isDataSendAfterSession()) self.sendDataWithNewSession();
-  });
 }
 
 void ManagerCore::logout() {

@@ -57,28 +57,10 @@ TEST(SessionTest, IsAcceptedByAnyTextThatContainsOk) {
     world.http->answer(ManagerWorld::kSessionPath, okReply(R"({"response":"OK"})"));
     world.setup();
     world.manager->sendDataWithNewSession();
-    world.time->advance(10s - 1ms);
-    EXPECT_EQ(world.http->countTo(ManagerWorld::kSessionPath), 1U);
     world.time->advance(10min);
     EXPECT_EQ(world.http->countTo(ManagerWorld::kSessionPath), isAccepted ? 1U : 2U)
         << reply.body.value_or("none");
   }
-}
-
-TEST(SessionTest, EachRefusalIsFollowedByARetryTenSecondsLater) {
-  ManagerWorld world;
-  const std::int64_t start = world.time->nowMilliseconds();
-  world.http->answer(ManagerWorld::kSessionPath, okReply(R"({"response":"later"})"));
-  world.setup();
-  world.manager->sendDataWithNewSession();
-  world.time->advance(4s);
-  world.manager->sendDataWithNewSession();
-  world.time->advance(17s);
-  std::vector<std::int64_t> seconds;
-  for (const SentRequest& sent : world.http->sentTo(ManagerWorld::kSessionPath)) {
-    seconds.push_back((sent.sentAt - start) / 1000);
-  }
-  EXPECT_THAT(seconds, ElementsAre(0, 4, 10, 14, 20));
 }
 
 TEST(SessionTest, SendLeavesNoTraceEntry) {

@@ -1,4 +1,3 @@
-#include <chrono>
 #include <utility>
 
 #include "base/debug.h"
@@ -8,9 +7,6 @@
 
 namespace quorvance {
 namespace {
-
-constexpr std::chrono::seconds kStartupRetryDelay{10};
-constexpr std::chrono::seconds kTraceUploadDelay{30};
 
 // "deviceID" is looked for in the object under "response" first, then at the top of the reply.
 const std::string* deviceIdIn(const Json& reply) {
@@ -50,7 +46,7 @@ bool ManagerCore::setup(const std::string& serverUrl, const std::optional<std::s
     debugPrint("QuorvanceManager: time to init device data manager: " +
                textOf(static_cast<double>(after - before)));
   }
-  getSdkConfiguration();
+  configuration_.ask(shared_from_this());
   return true;
 }
 
@@ -72,33 +68,26 @@ void ManagerCore::configureDeviceId(const std::string& deviceId) {
   identity().configureDeviceId(deviceId);
 }
 
-// The body names the system, which is read off this thread; identity and session are those of now.
-void ManagerCore::getSdkConfiguration() {
-  const OperationTrace trace(*context_->tracing, "getSdkConfiguration");
-  context_->facts->whenSystemKnown([self = shared_from_this(), kept = trace.continuation(),
-                                    call = networkManager_->prepare(Service::getSdkConfiguration)] {
-    self->networkManager_->send(call, self->context_->collector->configurationBody(),
-                                [self, kept](const ResponceObject& response) {
-                                  self->receiveSdkConfiguration(response, kept);
-                                });
-  });
+// The body names the system, which is read off the host's thread.
+RetriedExchange::Rules ManagerCore::configurationRules() {
+  return {.service = Service::getSdkConfiguration,
+          .traceName = "getSdkConfiguration",
+          .whenReady = [this](Task task) { context_->facts->whenSystemKnown(std::move(task)); },
+          .makeBody = [this] { return context_->collector->configurationBody(); },
+          .take = [this](const auto& answer) { return takeConfiguration(answer); },
+          .isNeeded = [this] { return flags_.repeatSdkConfig.load(); }};
 }
 
-void ManagerCore::receiveSdkConfiguration(const ResponceObject& response, TraceContinuation trace) {
-  if (!response.succeeded() || !response.output) {
-    getSdkConfigurationThread();
-    return;
-  }
+bool ManagerCore::takeConfiguration(const RetriedExchange::Answer& answer) {
+  const ResponceObject& response = answer.response;
+  if (!response.succeeded() || !response.output) return false;
   flags_.repeatSdkConfig = false;
-  appendResponse(trace, response);
+  appendResponse(answer.trace, response);
   saveSdkConfiguration(*response.output);
+  return true;
 }
 
-void ManagerCore::getSdkConfigurationThread() {
-  schedule(kStartupRetryDelay, [](ManagerCore& self) {
-    if (self.flags_.repeatSdkConfig) self.getSdkConfiguration();
-  });
-}
+void ManagerCore::getSdkConfigurationThread() { configuration_.askLater(shared_from_this()); }
 
 void ManagerCore::saveSdkConfiguration(const Json& dictionary) {
   const OperationTrace trace(*context_->tracing, "saveSdkConfiguration",
@@ -110,34 +99,28 @@ void ManagerCore::saveSdkConfiguration(const Json& dictionary) {
   if (hasAnyLevel(config.tracingDataQvData)) sendingTracingData();
 }
 
-void ManagerCore::getDeviceIdThread() {
-  schedule(kStartupRetryDelay, [](ManagerCore& self) {
-    InnerQuorvanceData& state = *self.context_->state;
-    if (state.read(StoredKey::deviceId) == state.defaultValue(StoredKey::deviceId)) {
-      self.initializeDeviceId();
-    }
-  });
-}
-
-void ManagerCore::initializeDeviceId() {
-  const OperationTrace trace(*context_->tracing, "initializeDeviceId");
-  networkManager_->send(
-      networkManager_->prepare(Service::getDeviceId), context_->collector->deviceIdBody(),
-      [self = shared_from_this(), kept = trace.continuation()](const ResponceObject& response) {
-        self->receiveDeviceId(response, kept);
-      });
+RetriedExchange::Rules ManagerCore::deviceIdRules() {
+  return {.service = Service::getDeviceId,
+          .traceName = "initializeDeviceId",
+          .whenReady = [](const Task& task) { task(); },
+          .makeBody = [this] { return context_->collector->deviceIdBody(); },
+          .take = [this](const auto& answer) { return takeDeviceId(answer); },
+          .isNeeded = [this] { return getDeviceId() == kNoDeviceId; }};
 }
 
 // A reply without an identifier, be it no object at all, changes nothing.
-void ManagerCore::receiveDeviceId(const ResponceObject& response, TraceContinuation trace) {
-  if (!response.succeeded()) {
-    getDeviceIdThread();
-    return;
-  }
-  appendResponse(trace, response);
+bool ManagerCore::takeDeviceId(const RetriedExchange::Answer& answer) {
+  const ResponceObject& response = answer.response;
+  if (!response.succeeded()) return false;
+  appendResponse(answer.trace, response);
   const std::string* deviceId = response.output ? deviceIdIn(*response.output) : nullptr;
   if (deviceId != nullptr && *deviceId != kNoDeviceId) acceptDeviceId(*deviceId);
+  return true;
 }
+
+void ManagerCore::initializeDeviceId() { deviceId_.ask(shared_from_this()); }
+
+void ManagerCore::getDeviceIdThread() { deviceId_.askLater(shared_from_this()); }
 
 // The same identifier again does all of it again.
 void ManagerCore::acceptDeviceId(const std::string& deviceId) {
@@ -148,34 +131,6 @@ void ManagerCore::acceptDeviceId(const std::string& deviceId) {
   if (isInDebugMode()) checkSensorForEmulator();
 }
 
-void ManagerCore::sendingTracingData() {
-  schedule(kTraceUploadDelay, [](ManagerCore& self) { self.uploadTraces(); });
-}
-
-// One link of a loop that never stops. The entries become JSON off the main queue; what is added
-// between the copy and the clear is lost with it, and that is accepted.
-void ManagerCore::uploadTraces() {
-  if (context_->tracing->isEmpty()) {
-    sendingTracingData();
-    return;
-  }
-  context_->platform.backgroundQueue->post(
-      WorkLane::completions,
-      [self = shared_from_this(), call = networkManager_->prepare(Service::tracingData)] {
-        Json entries = self->context_->tracing->entries();
-        if (entries.empty()) {  // another loop's upload has cleared the buffer since
-          self->sendingTracingData();
-          return;
-        }
-        Json body = makeObject(4);
-        putMember(body, "tracingData", std::move(entries));
-        self->networkManager_->send(call, std::move(body),
-                                    {[self](const ResponceObject& response) {
-                                       if (response.succeeded()) self->context_->tracing->clear();
-                                       self->sendingTracingData();
-                                     },
-                                     [self] { self->sendingTracingData(); }});
-      });
-}
+void ManagerCore::sendingTracingData() { traceUploader_.start(shared_from_this()); }
 
 }  // namespace quorvance

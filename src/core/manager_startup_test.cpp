@@ -65,27 +65,23 @@ TEST(StartupTest, AbsentUserKeepsTheStoredOneAndIsTracedAsNil) {
   EXPECT_EQ(textOf(world.http->sent().back().body["keys"]["user_id"]), R"("earlier")");
 }
 
-TEST(StartupTest, ConfigurationIsRetriedEveryTenSecondsUntilTheFirstSuccess) {
+TEST(StartupTest, ConfigurationIsAskedForAgainUntilOneHasCome) {
   ManagerWorld world;
   const std::int64_t start = world.time->nowMilliseconds();
-  for (int i = 0; i < 2; ++i) {
-    world.http->answerOnce(ManagerWorld::kConfigurationPath, refusedReply());
-    world.http->answerOnce(ManagerWorld::kConfigurationPath, okReply("[]"));
-  }
+  world.http->answerOnce(ManagerWorld::kConfigurationPath, refusedReply());
+  world.http->answerOnce(ManagerWorld::kConfigurationPath, okReply("[]"));
   world.setup();
-  world.time->advance(10s - 1ms);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kConfigurationPath), 1U);
-  world.time->advance(1ms);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kConfigurationPath), 2U);
   world.time->advance(10min);
   EXPECT_THAT(secondsOfCalls(world, ManagerWorld::kConfigurationPath, start),
-              ElementsAre(0, 10, 20, 30, 40));
+              ElementsAre(0, 10, 20));
+  // From now on only a setup asks.
   world.manager->getSdkConfigurationThread();
   world.time->advance(10min);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kConfigurationPath), 5U);
+  EXPECT_EQ(world.http->countTo(ManagerWorld::kConfigurationPath), 3U);
+  world.http->answerOnce(ManagerWorld::kConfigurationPath, refusedReply());
   world.setup();
   world.time->advance(10min);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kConfigurationPath), 6U);
+  EXPECT_EQ(world.http->countTo(ManagerWorld::kConfigurationPath), 4U);
 }
 
 TEST(StartupTest, ConfigurationIsTakenInOrderAndReplacedWhole) {
@@ -182,26 +178,16 @@ TEST(StartupTest, FailedDeviceIdentifierIsRetriedWhileNoneIsStored) {
   const std::int64_t start = world.time->nowMilliseconds();
   world.http->answer(ManagerWorld::kDevicePath, statusReply(500));
   world.setup();
-  world.manager->initializeDeviceId();
+  world.manager->getDeviceIdThread();
   world.time->advance(25s);
-  EXPECT_THAT(secondsOfCalls(world, ManagerWorld::kDevicePath, start), ElementsAre(0, 10, 20));
+  EXPECT_THAT(secondsOfCalls(world, ManagerWorld::kDevicePath, start), ElementsAre(10, 20));
   world.store->write("deviceId", "from elsewhere");
   world.time->advance(10min);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kDevicePath), 3U);
+  EXPECT_EQ(world.http->countTo(ManagerWorld::kDevicePath), 2U);
   // A stored identifier is used although this manager never received it.
   world.setup();
   world.time->run();
   EXPECT_EQ(textOf(world.http->sent().back().body["keys"]["device_id"]), R"("from elsewhere")");
-}
-
-TEST(StartupTest, DeviceCheckAlwaysWaitsTenSeconds) {
-  ManagerWorld world;
-  world.setup();
-  world.manager->getDeviceIdThread();
-  world.time->advance(10s - 1ms);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kDevicePath), 0U);
-  world.time->advance(1ms);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kDevicePath), 1U);
 }
 
 TEST(StartupTest, EmulatorIsProbedInDebugModeAfterADeviceIdentifier) {

@@ -23,7 +23,7 @@ Json DeviceDataManager::getJson(CheckPointType type, std::optional<bool> collect
   Json payload = makeObject(kPayloadMembers);
   // Before the flag is read, and nothing pending is dropped.
   if (type == CheckPointType::UPDATE_DETAILS) return payload;
-  putMember(payload, "session", state_->currentSession().getJson());
+  state_->currentSession().putInto(payload);
   if (!collectAll) fatalError("a payload was asked for without saying whether to collect all");
   putMember(payload, "checkpoint_additional_data", buildAdditionalData());
   std::optional<Json> pending = collector_->takePendingUserData();

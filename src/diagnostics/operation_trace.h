@@ -28,7 +28,7 @@ class TraceContinuation {
 
 /// The trace entry of one operation of the manager, from here to the end of its scope: what is
 /// opened first ends last. The level is read once, when it is opened, and the arguments are put
-/// into words only when it is on.
+/// into words only when it is on. An empty name leaves no entry.
 class OperationTrace {
  public:
   OperationTrace(TracingManager& tracing, std::string_view name)
@@ -36,7 +36,7 @@ class OperationTrace {
   template <class MakeArguments>
   OperationTrace(TracingManager& tracing, std::string_view name, MakeArguments&& makeArguments)
       : tracing_(tracing) {
-    if (tracing.isOn(TraceLevel::qvManager)) {
+    if (!name.empty() && tracing.isOn(TraceLevel::qvManager)) {
       record_ = tracing.traceStart(true, name, makeArguments());
     }
   }

@@ -37,7 +37,7 @@ void QuorvanceNetworkManager::send(const PreparedCall& call, Json body, ReplyHan
   auto& members = body.get_ref<Json::object_t&>();
   members.reserve(members.size() + 3);
   setMember(body, "keys", call.keys.getJson());
-  setMember(body, "session", call.session.getJson());
+  call.session.putInto(body);
   callMaker_->requestFromServer(call.url, std::move(body), call.requestId,
                                 rowOf(call.service).reportErrors, std::move(handler));
 }
