@@ -57,9 +57,7 @@ Context::Context(Platform usedPlatform, ContextParts parts)
       crashCatcher(
           partOr(std::move(parts.crashCatcher),
                  [this] { return std::make_shared<CrashEye>(platform.crashTrap, texts); })),
-      facts(std::make_shared<DeviceFactsCache>(platform, texts)),
-      collector(std::make_shared<DeviceDataCollector>(platform, state, facts)),
-      deviceData(std::make_shared<DeviceDataManager>(state, collector)),
+      deviceData(std::make_shared<DeviceDataManager>(platform, state, texts)),
       screens(partOr(std::move(parts.screens),
                      [] { return std::make_shared<InertScreenListenerMaker>(); })),
       uploader(partOr(std::move(parts.uploader), [this] {

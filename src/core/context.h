@@ -7,9 +7,7 @@
 
 #include "biometrics/screen_listener_maker.h"
 #include "core/report_uploader.h"
-#include "device/device_data_collector.h"
 #include "device/device_data_manager.h"
-#include "device/device_facts_cache.h"
 #include "diagnostics/crash_catcher.h"
 #include "diagnostics/exception_logger.h"
 #include "diagnostics/report_keeper.h"
@@ -46,8 +44,6 @@ struct Context {
   const std::shared_ptr<ReportStore> reportStore;
   const std::shared_ptr<ReportKeeper> reports;
   const std::shared_ptr<CrashCatcher> crashCatcher;
-  const std::shared_ptr<DeviceFactsCache> facts;
-  const std::shared_ptr<DeviceDataCollector> collector;
   const std::shared_ptr<DeviceDataManager> deviceData;
   const std::shared_ptr<ScreenListenerMaker> screens;
   const std::shared_ptr<ReportUploader> uploader;

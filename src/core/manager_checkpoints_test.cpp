@@ -202,23 +202,6 @@ TEST(CheckpointTest, OutcomeCarriesTheHostsRequestAndATransactionOnlyForTransact
             R"(["LOGIN","R-1","DENIED","T-1"])");
 }
 
-TEST(CheckpointTest, PendingUserDataGoesWithTheNextPayloadOnly) {
-  ManagerWorld world;
-  world.setup();
-  Json userData = Json::object();
-  userData["contacts"] = 3;
-  world.context->collector->setPendingUserData(userData);
-  world.manager->arriveToCheckPoint(CheckPoint(CheckPointType::UPDATE_DETAILS));
-  world.manager->arriveToCheckPoint(Launch());
-  world.manager->arriveToCheckPoint(Launch());
-  world.time->run();
-  const auto sent = world.http->sentTo(ManagerWorld::kEventPath);
-  ASSERT_EQ(sent.size(), 3U);
-  EXPECT_EQ(findMember(sent[0].body, "user_data"), nullptr);
-  EXPECT_EQ(textOf(sent[1].body["user_data"]), R"({"contacts":3})");
-  EXPECT_EQ(findMember(sent[2].body, "user_data"), nullptr);
-}
-
 TEST(CheckpointTest, BadlyEncodedUserCostsNoVerdict) {
   ManagerWorld world;
   world.http->answer(ManagerWorld::kRiskPath, okReply(R"({"risk":1})"));

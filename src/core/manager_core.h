@@ -99,6 +99,7 @@ class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this
 
   /// The session as of now and the identity go with the reports.
   void uploadStoredReports(ReportCategory category);
+
   const std::shared_ptr<Context> context_;
   /// Milliseconds since 1970; before the client first reads the store.
   const std::int64_t startAppTime_;

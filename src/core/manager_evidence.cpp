@@ -55,10 +55,12 @@ void ManagerCore::checkSensorForEmulator() {
   });
 }
 
-void ManagerCore::onRequestAccess(MobilePermission type) { context_->collector->recordAsked(type); }
+void ManagerCore::onRequestAccess(MobilePermission type) {
+  context_->deviceData->recordAsked(type);
+}
 
 bool ManagerCore::ifAuthorized(MobilePermission type) {
-  return context_->collector->isAuthorized(type);
+  return context_->deviceData->isAuthorized(type);
 }
 
 void ManagerCore::crashEyeDidCatchCrash(const CrashModel& crash) {

@@ -19,7 +19,7 @@ RetriedExchange::Rules ManagerCore::sessionRules() {
   return {
       .service = Service::sendSessionData,
       .traceName = {},
-      .whenReady = [this](Task task) { context_->facts->whenRefreshed(std::move(task)); },
+      .whenReady = [this](Task task) { context_->deviceData->whenSessionIsReady(std::move(task)); },
       .makeBody = [this] { return context_->deviceData->getJson(CheckPointType::GENERAL, true); },
       .take = [this](const auto& answer) { return takeSessionAnswer(answer); },
       .isNeeded = [this] { return !isDataSendAfterSession(); }};

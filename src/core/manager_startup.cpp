@@ -72,8 +72,11 @@ void ManagerCore::configureDeviceId(const std::string& deviceId) {
 RetriedExchange::Rules ManagerCore::configurationRules() {
   return {.service = Service::getSdkConfiguration,
           .traceName = "getSdkConfiguration",
-          .whenReady = [this](Task task) { context_->facts->whenSystemKnown(std::move(task)); },
-          .makeBody = [this] { return context_->collector->configurationBody(); },
+          .whenReady =
+              [this](Task task) {
+                context_->deviceData->whenConfigurationBodyIsReady(std::move(task));
+              },
+          .makeBody = [this] { return context_->deviceData->configurationBody(); },
           .take = [this](const auto& answer) { return takeConfiguration(answer); },
           .isNeeded = [this] { return flags_.repeatSdkConfig.load(); }};
 }
@@ -103,7 +106,7 @@ RetriedExchange::Rules ManagerCore::deviceIdRules() {
   return {.service = Service::getDeviceId,
           .traceName = "initializeDeviceId",
           .whenReady = [](const Task& task) { task(); },
-          .makeBody = [this] { return context_->collector->deviceIdBody(); },
+          .makeBody = [this] { return context_->deviceData->deviceIdBody(); },
           .take = [this](const auto& answer) { return takeDeviceId(answer); },
           .isNeeded = [this] { return getDeviceId() == kNoDeviceId; }};
 }
