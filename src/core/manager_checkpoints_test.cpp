@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "core/recording_parts_test_support.h"
+#include "core/manager_world_test_support.h"
 #include "quorvance/account_check_points.h"
 #include "quorvance/transaction.h"
 
@@ -107,11 +107,10 @@ TEST(CheckpointTest, TellsThePermissionsAndThePlaceOfItsMoment) {
 
 TEST(CheckpointTest, StepsComeInTheirOrder) {
   ManagerWorld world;
-  world.http->answer(ManagerWorld::kRiskPath, okReply(R"({"risk":0})"));
   world.configure(ManagerWorld::kTraceManager);
+  world.put({"activity1.json"});
   world.context->tracing->clear();
   world.manager->getRiskForCheckPoint(Login(userNamed("u2")), nullptr);
-  EXPECT_THAT(world.asked->lines, ElementsAre("upload activity under u1"));
   EXPECT_THAT(world.traces(), ElementsAre("getRiskForCheckPoint Start", "configureUserId Start",
                                           "configure(userId:) Start", "configure(userId:) End",
                                           "configureUserId End", "getRiskForCheckPoint End"));
@@ -121,6 +120,9 @@ TEST(CheckpointTest, StepsComeInTheirOrder) {
             textOf(Login(userNamed("u2")).getJson()));
   world.time->run();
   EXPECT_EQ(world.traces().size(), 6U);
+  // The activity of the one who was there goes out under that user.
+  EXPECT_THAT(world.usersSentTo(ManagerWorld::kActivityPath), ElementsAre("u1"));
+  EXPECT_THAT(world.usersSentTo(ManagerWorld::kRiskPath), ElementsAre("u2"));
   world.manager->arriveToCheckPoint(Launch());
   world.time->run();
   EXPECT_EQ(world.traces().back(), "arriveToCheckPoint Middle");
@@ -213,18 +215,6 @@ TEST(CheckpointTest, BadlyEncodedUserCostsNoVerdict) {
   EXPECT_EQ(verdicts[0].level, "MEDIUM");
   const Json body = world.http->sentTo(ManagerWorld::kRiskPath)[0].body;
   EXPECT_EQ(textOf(body["keys"]["user_id"]), R"("u%EF%BF%BD")");
-}
-
-TEST(CheckpointTest, DebugLinesTellTheAnswers) {
-  ManagerWorld world;
-  const DebugLines debug;
-  world.setup();
-  world.manager->arriveToCheckPoint(Launch());
-  world.manager->updateCheckPointStatus(CheckPointType::LOGIN, "r", CheckPointStatus::DENIED, {});
-  world.http->answer(ManagerWorld::kResultPath, statusReply(500));
-  world.time->run();
-  EXPECT_TRUE(debug.contain("QuorvanceManager response: {}"));
-  EXPECT_TRUE(debug.contain("updateTransactionStatus: false"));
 }
 
 }  // namespace

@@ -1,31 +1,20 @@
 #include <gmock/gmock.h>
 
-#include "core/recording_parts_test_support.h"
-#include "platform/testing/fake_crash_trap.h"
+#include "core/manager_world_test_support.h"
 
 namespace quorvance {
 namespace {
 
-/// A manager over doubles with the real crash catcher.
-struct CrashedWorld : TestWorld {
-  std::shared_ptr<FakeCrashTrap> trap = std::make_shared<FakeCrashTrap>();
-  std::shared_ptr<ManagerCore> manager;
-
-  explicit CrashedWorld(const std::string& configuration) {
-    Platform platform = this->platform();
-    platform.crashTrap = trap;
-    manager = ManagerCore::make(std::make_shared<Context>(platform));
-    http->answer(ManagerWorld::kConfigurationPath, okReply(configuration));
-    manager->setup(ManagerWorld::kServer, "u1", nullptr);
-    time->run();
-  }
-};
+constexpr const char* kCrashesOn = R"({"enable_crash_eye": true})";
 
 TEST(ManagerCrashTest, OnlyTheSwitchOfTheConfigurationInstalls) {
   for (const char* off : {"{}", R"({"enable_crash_eye": false})", R"({"enable_crash_eye": 1})"}) {
-    EXPECT_THAT(CrashedWorld(off).trap->plans, testing::IsEmpty()) << off;
+    ManagerWorld world;
+    world.configure(off);
+    EXPECT_THAT(world.trap->plans, testing::IsEmpty()) << off;
   }
-  const CrashedWorld world(R"({"enable_crash_eye": true})");
+  ManagerWorld world;
+  world.configure(kCrashesOn);
   ASSERT_EQ(world.trap->plans.size(), 1U);
   // The versions of the reports are those of this device.
   const CrashForm& form = world.trap->plans[0].exceptionForm;
@@ -33,7 +22,8 @@ TEST(ManagerCrashTest, OnlyTheSwitchOfTheConfigurationInstalls) {
 }
 
 TEST(ManagerCrashTest, OnlyWhatTheTrapCouldNotStoreIsStored) {
-  CrashedWorld world(R"({"enable_crash_eye": true})");
+  ManagerWorld world;
+  world.configure(kCrashesOn);
   CaughtCrash crash{false, "SIGABRT", "Signal SIGABRT(6) was raised.\n", "frame", true};
   EXPECT_TRUE(world.trap->fall(crash));
   world.time->run();
@@ -44,8 +34,26 @@ TEST(ManagerCrashTest, OnlyWhatTheTrapCouldNotStoreIsStored) {
   EXPECT_EQ(world.documents->count("crash"), 1U);
 }
 
+TEST(ManagerCrashTest, ReportCarriesTheNumberOfASignalOfTheTable) {
+  const std::vector<std::tuple<CrashModelType, const char*, std::string>> rows = {
+      {CrashModelType::signal, "SIGBUS", R"("error_type":"SIGBUS","error_code":10,)"},
+      {CrashModelType::signal, "OTHER", R"("error_type":"OTHER",)"},
+      {CrashModelType::exception, "SIGBUS", R"("error_type":"SIGBUS",)"}};
+  for (const auto& [type, name, middle] : rows) {
+    ManagerWorld world;
+    world.manager->crashEyeDidCatchCrash({type, name, "why", "1.0.0", "12", "m", "frame"});
+    world.time->run();
+    ASSERT_EQ(world.documents->count("crash"), 1U);
+    EXPECT_EQ(textOf(*parseJson(world.documents->files.begin()->second)),
+              R"({"error_stack":"frame","version":"12","device_model":"m","sdk_version":"1.0.0",)"
+              R"("cause":"why",)" +
+                  middle + R"("error_timestamp":1700000000000})");
+  }
+}
+
 TEST(ManagerCrashTest, ManagerThatIsGoneIsNotTold) {
-  CrashedWorld world(R"({"enable_crash_eye": true})");
+  ManagerWorld world;
+  world.configure(kCrashesOn);
   world.http->dropAll();
   world.time->dropAll();
   world.manager.reset();

@@ -1,30 +1,38 @@
 #include <gmock/gmock.h>
 
-#include "core/recording_parts_test_support.h"
+#include "core/manager_world_test_support.h"
+#include "quorvance/account_check_points.h"
 
 namespace quorvance {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::ElementsAre;
 
-TEST(EvidenceTest, FirstListenerWithTheActivityMapOnTellsTheStart) {
+TEST(EvidenceTest, FirstListenerWithTheActivityMapOnIsAnnouncedThenTellsTheStart) {
   ManagerWorld world;
   world.setup();
   world.time->run();
-  const auto view = std::shared_ptr<View>();
-  EXPECT_NE(world.manager->startNewScreenListener(ScreenListenerType::GENERAL, 1, view), nullptr);
-  EXPECT_THAT(world.asked->lines, ElementsAre("listener"));
+  const auto start = [&](std::int64_t actionId) {
+    EXPECT_NE(world.manager->startNewScreenListener(ScreenListenerType::GENERAL, actionId, nullptr),
+              nullptr);
+    world.time->run();
+  };
+  start(1);
+  EXPECT_EQ(world.documents->count("activity"), 0U);
+  std::optional<std::size_t> recordsAtEnrichment;
+  world.http->answer(ManagerWorld::kEnrichmentPath, [&](const SentRequest&) {
+    recordsAtEnrichment = world.documents->count("activity");
+    return okReply("{}");
+  });
   world.configure(R"({"activity_map": true,
                       "screen_listeners_list": [{"screenListenerType": "GENERAL", "screenId": 1},
                                                 {"screenListenerType": "GENERAL"}]})");
   world.time->advance(3s);
-  world.asked->lines.clear();
-  world.manager->startNewScreenListener(ScreenListenerType::GENERAL, 1, view);
-  world.manager->startNewScreenListener(ScreenListenerType::GENERAL, 2, view);
-  world.time->run();
-  EXPECT_THAT(world.asked->lines, ElementsAre("store activity", "listener", "listener"));
-  EXPECT_EQ(textOf(world.asked->stored[0]),
+  start(1);
+  start(2);
+  EXPECT_EQ(recordsAtEnrichment, 0U);
+  ASSERT_EQ(world.documents->count("activity"), 1U);
+  EXPECT_EQ(textOf(*parseJson(world.documents->files.begin()->second)),
             R"({"appID":"com.bank.app","appVer":"4.2","deviceId":"no_device_id","userId":"u1",)"
             R"("sessionId":")" +
                 *world.manager->getSessionId() +
@@ -33,6 +41,33 @@ TEST(EvidenceTest, FirstListenerWithTheActivityMapOnTellsTheStart) {
   const auto enriched = world.http->sentTo(ManagerWorld::kEnrichmentPath);
   ASSERT_EQ(enriched.size(), 1U);
   EXPECT_EQ(enriched[0].body.size(), 3U);
+}
+
+TEST(EvidenceTest, DebugLinesTellTheAnswersAndTheTraces) {
+  ManagerWorld world;
+  const DebugLines debug;
+  const auto answer = [&](const char* path, const char* name) {
+    world.http->answer(path, okReply(std::string(R"({"response":")") + name + R"("})"));
+  };
+  answer(ManagerWorld::kEventPath, "arrived");
+  answer(ManagerWorld::kSessionPath, "OK");
+  answer(ManagerWorld::kEnrichmentPath, "enriched");
+  world.http->answer(ManagerWorld::kResultPath, statusReply(500));
+  world.configure(R"({"tracing_manager": {"level_qv_manager": true},
+                      "screen_listeners_list": [{"screenListenerType": "GENERAL", "screenId": 1}]})");
+  world.manager->arriveToCheckPoint(Launch());
+  world.manager->sendDataWithNewSession();
+  world.manager->startNewScreenListener(ScreenListenerType::GENERAL, 1, nullptr);
+  world.manager->updateCheckPointStatus(CheckPointType::LOGIN, "r", CheckPointStatus::DENIED, {});
+  world.time->run();
+  for (const char* line : {"4.2", "QuorvanceManager: time to init device data manager: 0.0",
+                           "length dataLogging: Optional(0)", "length dataLogging: Optional(5)",
+                           R"(QuorvanceManager response: {"response":"arrived"})",
+                           R"(QuorvanceManager response: {"response":"OK"})",
+                           R"(QuorvanceManager response: {"response":"enriched"})",
+                           "updateTransactionStatus: false"}) {
+    EXPECT_THAT(debug.lines(), testing::Contains(line));
+  }
 }
 
 TEST(EvidenceTest, AskedPermissionsAreStoredOnceEachInOrder) {
@@ -55,30 +90,6 @@ TEST(EvidenceTest, PermissionIsAnsweredAsItStandsNow) {
   EXPECT_FALSE(world.manager->ifAuthorized(static_cast<MobilePermission>(7)));
   answers.clear();
   EXPECT_FALSE(world.manager->ifAuthorized(MobilePermission::CAMERA));
-}
-
-TEST(EvidenceTest, CrashIsKeptUnderItsSignalsNumber) {
-  ManagerWorld world;
-  CrashModel crash{CrashModelType::signal,
-                   "SIGBUS",
-                   "Signal SIGBUS(10) was raised.\n",
-                   "1.0.0",
-                   "12",
-                   "m",
-                   "frame"};
-  world.manager->crashEyeDidCatchCrash(crash);
-  crash.name = "OTHER";
-  world.manager->crashEyeDidCatchCrash(crash);
-  crash = {CrashModelType::exception, "SIGBUS", "why", "1.0.0", "12", "m", "frame"};
-  world.manager->crashEyeDidCatchCrash(crash);
-  world.time->run();
-  EXPECT_THAT(world.asked->lines, ElementsAre("store crash", "store crash", "store crash"));
-  EXPECT_EQ(textOf(world.asked->stored[0]),
-            R"({"error_stack":"frame","version":"12","device_model":"m","sdk_version":"1.0.0",)"
-            R"("cause":"Signal SIGBUS(10) was raised.\n","error_type":"SIGBUS","error_code":10,)"
-            R"("error_timestamp":1700000000000})");
-  EXPECT_EQ(findMember(world.asked->stored[1], "error_code"), nullptr);
-  EXPECT_EQ(findMember(world.asked->stored[2], "error_code"), nullptr);
 }
 
 }  // namespace

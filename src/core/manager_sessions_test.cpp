@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "core/recording_parts_test_support.h"
+#include "core/manager_world_test_support.h"
 #include "quorvance/account_check_points.h"
 
 namespace quorvance {
@@ -72,32 +72,77 @@ TEST(SessionTest, SendLeavesNoTraceEntry) {
   EXPECT_TRUE(world.context->tracing->isEmpty());
 }
 
-TEST(SessionTest, LogoutSendsTheLeavingUsersActivityThenBeginsANewSession) {
-  ManagerWorld world;
+/// What a host sees of a logout through its own platform: each look at it says who the user is, in
+/// which session, and whether the logout is told yet.
+struct LogoutWatch : FakeIdentity, FakeFaceDetection {
+  ManagerWorld* world = nullptr;
+  std::vector<std::string> lines;
+
+  void note(const std::string& who) {
+    if (world == nullptr) return;
+    lines.push_back(who + ": " + world->store->read("user_id").text + " " +
+                    world->context->state->currentSession().idSession.substr(37) +
+                    (world->manager->logoutEventNow() ? " told" : ""));
+  }
+  std::optional<std::string> vendorIdentifier() override {
+    note("identifier");
+    return vendor;
+  }
+  void reset() override { note("face, " + world->traces().back()); }
+};
+
+/// Every reading is a millisecond later.
+class TickingClock : public WallClock {
+ public:
+  double secondsSince1970() override { return static_cast<double>(++milliseconds_) / 1000.0; }
+
+ private:
+  std::int64_t milliseconds_ = 1'700'000'000'000;
+};
+
+TEST(SessionTest, LogoutTakesItsStepsInOrder) {
+  const auto watch = std::make_shared<LogoutWatch>();
+  ManagerWorld world([&](Platform& seam) { seam.identity = watch, seam.faceDetection = watch; });
   world.configure(ManagerWorld::kTraceManager);
-  const auto left = world.manager->getSessionId();
+  world.put({"activity1.json"});
+  const std::string left = *world.manager->getSessionId();
   world.time->advance(5ms);
   world.context->tracing->clear();
+  const std::uint64_t delayedPosts = world.time->delayedPosts();
+  watch->world = &world;
   world.manager->logout();
-  world.time->run();
-  EXPECT_THAT(world.asked->lines, ElementsAre("upload activity under u1"));
-  EXPECT_EQ(world.asked->uploads[0].session.idSession, left);
-  EXPECT_EQ(world.store->read("user_id").text, "UNKNOWN");
-  EXPECT_EQ(world.manager->identity().userId(), std::nullopt);
-  EXPECT_TRUE(world.manager->logoutEventNow());
-  EXPECT_EQ(world.face->resets, 1);
+  watch->world = nullptr;
+  // The identifier is asked for by the upload, by the new session and by its send.
+  EXPECT_THAT(watch->lines,
+              ElementsAre("identifier: u1 1700000000000", "identifier: UNKNOWN 1700000000000",
+                          "identifier: UNKNOWN 1700000000005",
+                          "face, logout() Start: UNKNOWN 1700000000005 told"));
+  EXPECT_GT(world.time->delayedPosts(), delayedPosts);
   EXPECT_THAT(world.traces(), ElementsAre("logout() Start", "logout() End"));
-  const auto sent = world.http->sentTo(ManagerWorld::kSessionPath);
-  ASSERT_EQ(sent.size(), 1U);
-  EXPECT_EQ(textOf(sent[0].body["keys"]["user_id"]), R"("UNKNOWN")");
-  EXPECT_EQ(textOf(sent[0].body["session"]), R"({"idSession":")" + *world.manager->getSessionId() +
-                                                 R"(","timeSession":1700000000005})");
-  EXPECT_NE(world.manager->getSessionId(), left);
+  EXPECT_EQ(world.manager->identity().userId(), std::nullopt);
+  world.time->run();
+  const auto activity = world.http->sentTo(ManagerWorld::kActivityPath);
+  const auto session = world.http->sentTo(ManagerWorld::kSessionPath);
+  ASSERT_EQ(activity.size(), 1U);
+  ASSERT_EQ(session.size(), 1U);
+  EXPECT_EQ(textOf(activity[0].body["keys"]["user_id"]), R"("u1")");
+  EXPECT_EQ(*findText(activity[0].body["session"], "idSession"), left);
+  EXPECT_EQ(textOf(session[0].body["keys"]["user_id"]), R"("UNKNOWN")");
+  EXPECT_EQ(
+      textOf(session[0].body["session"]),
+      R"({"idSession":")" + *world.manager->getSessionId() + R"(","timeSession":1700000000005})");
+}
+
+TEST(SessionTest, IdentifierOfANewSessionIsMadeBeforeItsTime) {
+  ManagerWorld world([](Platform& seam) { seam.clock = std::make_shared<TickingClock>(); });
+  world.setup();
+  world.manager->logout();
+  const Session session = world.context->state->currentSession();
+  EXPECT_LT(session.idSession.substr(37), std::to_string(session.timeSession));
 }
 
 TEST(SessionTest, TwoLogoutsInOneMillisecondMakeTwoSessions) {
   ManagerWorld world;
-  world.setup();
   world.manager->logout();
   const auto first = world.manager->getSessionId();
   world.manager->logout();
@@ -128,6 +173,19 @@ TEST(SessionTest, AcceptedSessionStopsTheRetryOfThatSessionAlone) {
   EXPECT_EQ(sent[1].body["session"], sent[2].body["session"]);
   world.time->advance(10min);
   EXPECT_EQ(sends, 3);
+}
+
+TEST(SessionTest, EverySendMustBeAcceptedAnew) {
+  ManagerWorld world;
+  world.http->answerOnce(ManagerWorld::kSessionPath, okReply(R"({"response":"OK"})"));
+  world.http->answerOnce(ManagerWorld::kSessionPath, refusedReply());
+  world.http->answer(ManagerWorld::kSessionPath, okReply(R"({"response":"OK"})"));
+  world.setup();
+  for (const std::size_t sends : {1U, 3U}) {
+    world.manager->sendDataWithNewSession();
+    world.time->advance(10min);
+    EXPECT_EQ(world.http->countTo(ManagerWorld::kSessionPath), sends);
+  }
 }
 
 TEST(SessionTest, RetryThatWaitsHasNothingToDoOnceTheNextSessionIsAccepted) {

@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "core/recording_parts_test_support.h"
+#include "core/manager_world_test_support.h"
 
 namespace quorvance {
 namespace {
@@ -8,7 +8,6 @@ namespace {
 using namespace std::chrono_literals;
 using testing::Contains;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 std::vector<std::int64_t> secondsOfCalls(const ManagerWorld& world, std::string_view path,
                                          std::int64_t start) {
@@ -34,8 +33,9 @@ TEST(StartupTest, EmptyUrlIsRefusedAndChangesNothing) {
   EXPECT_THAT(world.traces(), ElementsAre("setup Start"));
 }
 
-TEST(StartupTest, SetupStoresFetchesAndLeavesDeviceAndSessionToTheHost) {
+TEST(StartupTest, SetupStoresFetchesAndLeavesTheRestToTheHost) {
   ManagerWorld world;
+  world.put({"activity1.json", "communicationError1.json", "crash1.json"});
   EXPECT_TRUE(world.setup());
   world.time->run();
   EXPECT_EQ(world.store->read("serverUrl").text, "http://risk.test/");
@@ -47,7 +47,7 @@ TEST(StartupTest, SetupStoresFetchesAndLeavesDeviceAndSessionToTheHost) {
   EXPECT_EQ(textOf(sent.body["model"]), R"("Model-1")");
   EXPECT_EQ(textOf(sent.body["kindModel"]), R"("handset")");
   EXPECT_EQ(sent.body.size(), 6U);  // with "keys", "session" and "version"
-  EXPECT_THAT(world.asked->lines, IsEmpty());
+  EXPECT_EQ(world.documents->reads, 0);
 }
 
 TEST(StartupTest, AbsentUserKeepsTheStoredOneAndIsTracedAsNil) {
@@ -84,16 +84,35 @@ TEST(StartupTest, ConfigurationIsAskedForAgainUntilOneHasCome) {
   EXPECT_EQ(world.http->countTo(ManagerWorld::kConfigurationPath), 4U);
 }
 
-TEST(StartupTest, ConfigurationIsTakenInOrderAndReplacedWhole) {
+/// Notes how much was put off when the trap was set.
+class WatchingTrap : public FakeCrashTrap {
+ public:
+  explicit WatchingTrap(const ManualExecutor& time) : time_(time) {}
+  void install(CrashPlan plan) override {
+    delayedPosts = time_.delayedPosts();
+    FakeCrashTrap::install(std::move(plan));
+  }
+
+  std::uint64_t delayedPosts = 0;
+
+ private:
+  const ManualExecutor& time_;
+};
+
+TEST(StartupTest, ConfigurationInstallsTheCatcherThenStartsTheTraceLoopAndIsReplacedWhole) {
+  std::shared_ptr<WatchingTrap> trap;
   ManagerWorld world;
+  trap = std::make_shared<WatchingTrap>(*world.time);
+  world.trap = trap;
+  world.restart();
   world.configure(R"({"enable_crash_eye": true, "timeout_connection": 30,
                       "tracing_manager": {"level_exception": true}})");
-  EXPECT_THAT(world.asked->lines, ElementsAre("install"));
-  EXPECT_EQ(world.context->state->sdkConfig()->timeoutConnection, 30);
+  EXPECT_EQ(trap->plans.size(), 1U);
+  EXPECT_EQ(world.time->delayedPosts(), trap->delayedPosts + 1);
   world.http->answer(ManagerWorld::kConfigurationPath, okReply("{}"));
   world.setup();
   world.time->run();
-  EXPECT_THAT(world.asked->lines, ElementsAre("install"));
+  EXPECT_EQ(trap->plans.size(), 1U);
   EXPECT_EQ(world.context->state->sdkConfig()->timeoutConnection, 5);
 }
 
@@ -127,26 +146,51 @@ TEST(StartupTest, TimeoutIsFiveSecondsUntilAConfigurationSaysOtherwise) {
   EXPECT_EQ(world.http->sent()[2].request.timeout, 60s);
 }
 
-TEST(StartupTest, DeviceIdentifierIsStoredThenReportsThenSession) {
+/// Facts that note how often the documents had been looked at before they were read.
+class WatchingFacts : public FakeFacts<ScreenFacts> {
+ public:
+  explicit WatchingFacts(const MemoryDocuments& documents) : documents_(documents) {}
+  ScreenFacts read() override {
+    documentReads = documents_.reads;
+    return FakeFacts<ScreenFacts>::read();
+  }
+
+  int documentReads = 0;
+
+ private:
+  const MemoryDocuments& documents_;
+};
+
+TEST(StartupTest, DeviceIdentifierIsStoredThenErrorsThenCrashesThenTheSession) {
   ManagerWorld world;
+  const auto facts = std::make_shared<WatchingFacts>(*world.documents);
+  world.screen = facts;
+  world.restart();
+  world.put({"activity1.json", "communicationError1.json", "crash1.json"});
   world.http->answer(ManagerWorld::kDevicePath, okReply(R"({"response":{"deviceID":"d-7"}})"));
   world.setup();
   world.manager->initializeDeviceId();
   world.time->run();
-  EXPECT_EQ(world.manager->getDeviceId(), "d-7");
-  EXPECT_THAT(world.asked->lines,
-              ElementsAre("upload communicationError under u1", "upload crash under u1"));
-  EXPECT_EQ(world.asked->uploads[0].keys.deviceId, "d-7");
-  ASSERT_EQ(world.http->countTo(ManagerWorld::kSessionPath), 1U);
   const SentRequest asked = world.http->sentTo(ManagerWorld::kDevicePath)[0];
   EXPECT_EQ(textOf(asked.body["device_data"]),
             R"({"collectTime":1700000000000,"uuid":"0F1E2D3C-4B5A-4978-8796-A5B4C3D2E1F0"})");
   EXPECT_EQ(textOf(asked.body["keys"]["device_id"]), R"("no_device_id")");
+  EXPECT_EQ(world.manager->getDeviceId(), "d-7");
+  std::vector<std::string> services;
+  for (const SentRequest& sent : world.http->sent()) {
+    if (*findText(sent.body["keys"], "device_id") == "d-7") services.push_back(sent.request.url);
+  }
+  const std::string server = ManagerWorld::kServer;
+  EXPECT_THAT(services,
+              ElementsAre(server + ManagerWorld::kErrorPath, server + ManagerWorld::kCrashPath,
+                          server + ManagerWorld::kSessionPath));
+  // Two listings and two files: the facts of the session were asked for after the uploads.
+  EXPECT_EQ(facts->documentReads, 4);
   // The same identifier again does all of it again.
   world.manager->initializeDeviceId();
   world.time->run();
-  EXPECT_EQ(world.asked->lines.size(), 4U);
   EXPECT_EQ(world.http->countTo(ManagerWorld::kSessionPath), 2U);
+  EXPECT_THAT(world.documents->files, ElementsAre(testing::Key("activity1.json")));
 }
 
 TEST(StartupTest, DeviceIdentifierIsReadFromEitherPlaceAndOddOnesChangeNothing) {
@@ -190,61 +234,18 @@ TEST(StartupTest, FailedDeviceIdentifierIsRetriedWhileNoneIsStored) {
   EXPECT_EQ(textOf(world.http->sent().back().body["keys"]["device_id"]), R"("from elsewhere")");
 }
 
-TEST(StartupTest, EmulatorIsProbedInDebugModeAfterADeviceIdentifier) {
-  ManagerWorld world;
-  world.http->answer(ManagerWorld::kDevicePath, okReply(R"({"deviceID":"d"})"));
-  const DebugLines debug;
-  world.setup();
-  world.manager->initializeDeviceId();
-  world.time->advance(499ms);
-  EXPECT_THAT(world.asked->lines, testing::Not(Contains("probe")));
-  world.time->advance(1ms);
-  EXPECT_THAT(world.asked->lines, Contains("probe"));
-  EXPECT_TRUE(debug.contain("4.2"));
-  EXPECT_TRUE(debug.contain("QuorvanceManager: time to init device data manager: 0.0"));
-}
-
-TEST(StartupTest, TraceLoopWaitsSendsAndKeepsWhatFailed) {
-  ManagerWorld world;
-  world.http->answerOnce(ManagerWorld::kTracingPath, statusReply(503));
-  world.configure(ManagerWorld::kTraceManager);
-  world.manager->configureUserId("u2");
-  world.time->advance(30s - 1ms);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kTracingPath), 0U);
-  world.time->advance(1ms);
-  ASSERT_EQ(world.http->countTo(ManagerWorld::kTracingPath), 1U);
-  const std::size_t entries = world.context->tracing->size();
-  EXPECT_GT(entries, 0U);
-  world.time->advance(30s);
-  const auto sent = world.http->sentTo(ManagerWorld::kTracingPath);
-  ASSERT_EQ(sent.size(), 2U);
-  EXPECT_EQ(sent[1].body["tracingData"].size(), entries);
-  EXPECT_TRUE(world.context->tracing->isEmpty());
-  world.time->advance(5min);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kTracingPath), 2U);
-}
-
-TEST(StartupTest, EachConfigurationWithALevelStartsOneMoreTraceLoop) {
-  ManagerWorld world;
-  world.http->answer(ManagerWorld::kTracingPath, statusReply(500));
-  world.configure(R"({"tracing_manager": {"level_face_verification_data": true}})");
-  world.context->tracing->traceException({"d", 1, "kept", std::nullopt});
-  world.setup();
-  world.time->run();
-  world.time->advance(30s);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kTracingPath), 2U);
-}
-
-TEST(StartupTest, TraceLoopSurvivesAUrlThatDoesNotParse) {
-  ManagerWorld world;
-  world.configure(ManagerWorld::kTraceManager);
-  world.manager->configureUserId("u2");
-  world.manager->identity().setServerUrl("not a url/");
-  world.time->advance(30s);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kTracingPath), 0U);
-  world.manager->identity().setServerUrl(ManagerWorld::kServer);
-  world.time->advance(30s);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kTracingPath), 1U);
+TEST(StartupTest, EmulatorIsProbedAfterADeviceIdentifierInDebugModeAlone) {
+  for (const bool isDebug : {false, true}) {
+    ManagerWorld world;
+    std::optional<DebugLines> debug;
+    if (isDebug) debug.emplace();
+    world.http->answer(ManagerWorld::kDevicePath, okReply(R"({"deviceID":"d"})"));
+    world.configure(ManagerWorld::kTraceManager);
+    world.context->tracing->clear();
+    world.manager->initializeDeviceId();
+    world.time->run();
+    EXPECT_EQ(testing::Value(world.traces(), Contains("checkSensorForEmulator Start")), isDebug);
+  }
 }
 
 TEST(StartupTest, SlowFactsHoldUpTheStartForTwoSecondsAtMost) {

@@ -2,8 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "core/manager_core.h"
-#include "platform/testing/test_world.h"
+#include "core/manager_world_test_support.h"
 #include "quorvance/account_check_points.h"
 
 namespace quorvance {
@@ -13,39 +12,20 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr const char* kActivityPath = "qrsk-med/3.0/ActivityMap/";
-constexpr const char* kErrorPath = "qrsk-med/3.0/ErrorLogging/";
-constexpr const char* kCrashPath = "qrsk-med/3.0/CrashLogging/";
-constexpr const char* kVerdictPath = "qrsk-med/3.0/GetCheckpointRisk/";
-
-/// A manager whose reports are really stored and uploaded.
-struct UploadWorld : TestWorld {
-  std::shared_ptr<Context> context = std::make_shared<Context>(platform());
-  std::shared_ptr<ManagerCore> manager = ManagerCore::make(context);
-
-  UploadWorld() { manager->setup("http://risk.test/", "u1", nullptr); }
-
-  void put(const std::string& name, const std::string& bytes = R"({"kept":1})") {
-    documents->files[name] = bytes;
-  }
-  std::vector<std::string> usersSentTo(std::string_view path) const {
-    std::vector<std::string> users;
-    for (const SentRequest& sent : http->sentTo(path)) {
-      users.push_back(*findText(sent.body["keys"], "user_id"));
-    }
-    return users;
-  }
+/// A manager that is set up.
+struct UploadWorld : ManagerWorld {
+  UploadWorld() { setup(); }
 };
 
 TEST(UploaderTest, SendsEachFileOnceAndRemovesWhatWasTaken) {
   UploadWorld world;
-  world.put("activity1.json");
-  world.put("activity2.json", R"({"keys":"theirs","session":0,"version":"4"})");
-  world.put("crash1.json");
-  world.http->answerOnce(kActivityPath, statusReply(503));
+  world.put({"activity1.json"});
+  world.put({"activity2.json"}, R"({"keys":"theirs","session":0,"version":"4"})");
+  world.put({"crash1.json"});
+  world.http->answerOnce(ManagerWorld::kActivityPath, statusReply(503));
   world.manager->arriveToCheckPoint(Launch());
   world.time->run();
-  const auto sent = world.http->sentTo(kActivityPath);
+  const auto sent = world.http->sentTo(ManagerWorld::kActivityPath);
   ASSERT_EQ(sent.size(), 2U);
   EXPECT_EQ(textOf(sent[0].body["kept"]), "1");
   EXPECT_EQ(textOf(sent[1].body["version"]), R"("1.0.0")");
@@ -63,15 +43,15 @@ TEST(UploaderTest, SendsEachFileOnceAndRemovesWhatWasTaken) {
 
 TEST(UploaderTest, FailedUploadOfACrashIsReportedAndOfAnErrorIsNot) {
   UploadWorld world;
-  world.put("crash1.json");
-  world.put("communicationError1.json");
-  world.http->answer("qrsk-med/3.0//GetDeviceID/", okReply(R"({"deviceID":"d"})"));
-  world.http->answer(kErrorPath, statusReply(500));
-  world.http->answer(kCrashPath, statusReply(500));
+  world.put({"crash1.json"});
+  world.put({"communicationError1.json"});
+  world.http->answer(ManagerWorld::kDevicePath, okReply(R"({"deviceID":"d"})"));
+  world.http->answer(ManagerWorld::kErrorPath, statusReply(500));
+  world.http->answer(ManagerWorld::kCrashPath, statusReply(500));
   world.manager->initializeDeviceId();
   world.time->run();
-  EXPECT_EQ(world.http->countTo(kErrorPath), 1U);
-  EXPECT_EQ(world.http->countTo(kCrashPath), 1U);
+  EXPECT_EQ(world.http->countTo(ManagerWorld::kErrorPath), 1U);
+  EXPECT_EQ(world.http->countTo(ManagerWorld::kCrashPath), 1U);
   EXPECT_EQ(world.documents->count("crash"), 1U);
   // The first one is the old one, the second tells of the crash report's failure.
   EXPECT_EQ(world.documents->count("communicationError"), 2U);
@@ -79,9 +59,8 @@ TEST(UploaderTest, FailedUploadOfACrashIsReportedAndOfAnErrorIsNot) {
 
 TEST(UploaderTest, RunsNeverOverlapAndAsksMeanwhileBecomeOneUnderTheEarliest) {
   UploadWorld world;
-  world.put("activity1.json");
-  world.put("activity2.json");
-  world.http->answer(kActivityPath, statusReply(500));
+  world.put({"activity1.json", "activity2.json"});
+  world.http->answer(ManagerWorld::kActivityPath, statusReply(500));
   world.time->hold(WorkLane::files);
   for (const char* user : {"u1", "u2", "u3", "u4"}) {
     world.manager->configureUserId(user);
@@ -89,39 +68,27 @@ TEST(UploaderTest, RunsNeverOverlapAndAsksMeanwhileBecomeOneUnderTheEarliest) {
   }
   world.time->release(WorkLane::files);
   world.time->run();
-  EXPECT_THAT(world.usersSentTo(kActivityPath), ElementsAre("u1", "u1", "u2", "u2"));
-}
-
-TEST(UploaderTest, ActivityOfALeavingUserGoesUnderThatUserAndSession) {
-  UploadWorld world;
-  world.put("activity1.json");
-  const Session session = world.context->state->currentSession();
-  world.manager->logout();
-  world.time->run();
-  EXPECT_THAT(world.usersSentTo(kActivityPath), ElementsAre("u1"));
-  EXPECT_EQ(world.http->sentTo(kActivityPath)[0].body["session"], session.getJson());
-  EXPECT_NE(world.context->state->currentSession().idSession, session.idSession);
+  EXPECT_THAT(world.usersSentTo(ManagerWorld::kActivityPath), ElementsAre("u1", "u1", "u2", "u2"));
 }
 
 TEST(UploaderTest, GoesOnAfterAUrlThatDoesNotParse) {
   UploadWorld world;
-  world.put("activity1.json");
-  world.put("activity2.json");
+  world.put({"activity1.json", "activity2.json"});
   world.manager->identity().setServerUrl("no url");
   world.manager->arriveToCheckPoint(Launch());
   world.time->run();
-  EXPECT_THAT(world.http->sentTo(kActivityPath), IsEmpty());
-  world.manager->identity().setServerUrl("http://risk.test/");
+  EXPECT_THAT(world.http->sentTo(ManagerWorld::kActivityPath), IsEmpty());
+  world.manager->identity().setServerUrl(ManagerWorld::kServer);
   world.manager->arriveToCheckPoint(Launch());
   world.time->run();
-  EXPECT_EQ(world.http->countTo(kActivityPath), 2U);
+  EXPECT_EQ(world.http->countTo(ManagerWorld::kActivityPath), 2U);
   EXPECT_THAT(world.documents->files, IsEmpty());
 }
 
 TEST(UploaderTest, FailedCallStoresAReportThatGoesOutWithTheNextIdentifier) {
   UploadWorld world;
-  world.http->answer(kVerdictPath, refusedReply());
-  world.http->answer("qrsk-med/3.0//GetDeviceID/", okReply(R"({"deviceID":"d"})"));
+  world.http->answer(ManagerWorld::kRiskPath, refusedReply());
+  world.http->answer(ManagerWorld::kDevicePath, okReply(R"({"deviceID":"d"})"));
   int verdicts = 0;
   world.manager->getRiskForCheckPoint(Launch(),
                                       [&](Risk, std::string, std::string) { ++verdicts; });
@@ -130,32 +97,33 @@ TEST(UploaderTest, FailedCallStoresAReportThatGoesOutWithTheNextIdentifier) {
   EXPECT_EQ(world.documents->count("communicationError"), 1U);
   world.manager->initializeDeviceId();
   world.time->run();
-  ASSERT_EQ(world.http->countTo(kErrorPath), 1U);
-  EXPECT_EQ(textOf(world.http->sentTo(kErrorPath)[0].body["error_stack"]),
+  ASSERT_EQ(world.http->countTo(ManagerWorld::kErrorPath), 1U);
+  EXPECT_EQ(textOf(world.http->sentTo(ManagerWorld::kErrorPath)[0].body["error_stack"]),
             R"("http://risk.test/qrsk-med/3.0/GetCheckpointRisk/")");
   EXPECT_EQ(world.documents->count("communicationError"), 0U);
 }
 
 TEST(UploaderTest, FiftyReportsAndADeadServerCostTheCallNothing) {
   UploadWorld world;
-  for (int i = 0; i < 50; ++i) world.put("activity" + std::to_string(i) + ".json");
-  world.http->answer(kActivityPath, refusedReply());
+  for (int i = 0; i < 50; ++i)
+    world.documents->files["activity" + std::to_string(i) + ".json"] = "{}";
+  world.http->answer(ManagerWorld::kActivityPath, refusedReply());
   world.time->run();
   world.documents->reads = 0;
   world.manager->arriveToCheckPoint(Launch());
   // The call itself has read nothing and sent nothing.
   EXPECT_EQ(world.documents->reads, 0);
-  EXPECT_EQ(world.http->countTo(kActivityPath), 0U);
+  EXPECT_EQ(world.http->countTo(ManagerWorld::kActivityPath), 0U);
   world.time->run();
-  EXPECT_EQ(world.http->countTo(kActivityPath), 50U);
+  EXPECT_EQ(world.http->countTo(ManagerWorld::kActivityPath), 50U);
   EXPECT_EQ(world.documents->count("activity"), 50U);
 }
 
 TEST(UploaderTest, FolderThatNeverAnswersHoldsUpNoVerdict) {
   UploadWorld world;
-  world.put("activity1.json");
+  world.put({"activity1.json"});
   world.time->hold(WorkLane::files);
-  world.http->answer(kVerdictPath, okReply(R"({"risk":1})"));
+  world.http->answer(ManagerWorld::kRiskPath, okReply(R"({"risk":1})"));
   std::string level;
   world.manager->getRiskForCheckPoint(
       Launch(), [&](Risk risk, std::string, std::string) { level = risk.stringValue(); });
