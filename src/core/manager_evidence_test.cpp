@@ -70,25 +70,11 @@ TEST(EvidenceTest, DebugLinesTellTheAnswersAndTheTraces) {
   }
 }
 
-TEST(EvidenceTest, AskedPermissionsAreStoredOnceEachInOrder) {
-  ManagerWorld world;
-  world.store->write("permissionList", "CAMERA,NONSENSE,CAMERA");
-  world.restart();
-  world.manager->onRequestAccess(MobilePermission::PHOTO);
-  world.manager->onRequestAccess(MobilePermission::CAMERA);
-  EXPECT_EQ(world.store->read("permissionList").text, "CAMERA,PHOTO");
-}
-
 TEST(EvidenceTest, PermissionIsAnsweredAsItStandsNow) {
   ManagerWorld world;
-  auto& answers = world.authorization->answers;
-  answers[AuthorizationSubject::camera] = AuthorizationStatus::authorized;
-  answers[AuthorizationSubject::location] = AuthorizationStatus::authorizedWhenInUse;
+  world.authorization->answers[AuthorizationSubject::camera] = AuthorizationStatus::authorized;
   EXPECT_TRUE(world.manager->ifAuthorized(MobilePermission::CAMERA));
-  EXPECT_TRUE(world.manager->ifAuthorized(MobilePermission::AUTHORIZED_WHEN_IN_USE));
-  EXPECT_FALSE(world.manager->ifAuthorized(MobilePermission::AUTHORIZED_ALWAYS));
-  EXPECT_FALSE(world.manager->ifAuthorized(static_cast<MobilePermission>(7)));
-  answers.clear();
+  world.authorization->answers.clear();
   EXPECT_FALSE(world.manager->ifAuthorized(MobilePermission::CAMERA));
 }
 

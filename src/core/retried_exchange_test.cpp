@@ -21,22 +21,18 @@ struct ExchangeWorld : TestWorld {
   std::shared_ptr<Context> context = std::make_shared<Context>(platform());
   std::shared_ptr<QuorvanceNetworkManager> client = std::make_shared<QuorvanceNetworkManager>(
       context->state, std::make_shared<NetworkCallMaker>(context->callServices()));
-  RetriedExchange exchange{context,
-                           client,
-                           {.service = Service::tracingData,
-                            .traceName = "exchange",
-                            .whenReady = [this](Task task) { waiting.push_back(std::move(task)); },
-                            .makeBody = [this] { return bodyWith(isNeeded); },
-                            .take = [this](const auto& answer) { return take(answer); },
-                            .isNeeded = [this] { return isNeeded; }}};
+  RetriedExchange exchange{
+      context,
+      client,
+      {.service = Service::tracingData,
+       .traceName = "exchange",
+       .whenReady = [this](Task task) { waiting.push_back(std::move(task)); },
+       .makeBody = [this] { return *parseJson(isNeeded ? R"({"needed":1})" : "{}"); },
+       .take = [this](const auto& answer) { return take(answer); },
+       .isNeeded = [this] { return isNeeded; }}};
 
   ExchangeWorld() { client->identity().setServerUrl("http://risk.test/"); }
 
-  static Json bodyWith(bool isNeeded) {
-    Json body = makeObject(4);
-    putMember(body, "needed", isNeeded);
-    return body;
-  }
   bool take(const RetriedExchange::Answer& answer) {
     answers.push_back(answer.session.idSession + " " + answer.response.text());
     return answer.response.succeeded();
@@ -87,7 +83,7 @@ TEST(RetriedExchangeTest, CallIsSettledWhenAskedAndItsBodyMadeWhenReady) {
   world.makeReady();
   ASSERT_EQ(world.http->countTo(kPath), 1U);
   const Json body = world.http->sentTo(kPath)[0].body;
-  EXPECT_EQ(textOf(body["needed"]), "false");
+  EXPECT_EQ(findMember(body, "needed"), nullptr);
   EXPECT_EQ(textOf(body["keys"]["user_id"]), R"("u1")");
   EXPECT_EQ(body["session"], session.getJson());
   EXPECT_TRUE(world.answers.at(0).starts_with(session.idSession));

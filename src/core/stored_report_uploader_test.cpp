@@ -24,6 +24,8 @@ TEST(UploaderTest, SendsEachFileOnceAndRemovesWhatWasTaken) {
   world.put({"crash1.json"});
   world.http->answerOnce(ManagerWorld::kActivityPath, statusReply(503));
   world.manager->arriveToCheckPoint(Launch());
+  // The call itself has read nothing.
+  EXPECT_EQ(world.documents->reads, 0);
   world.time->run();
   const auto sent = world.http->sentTo(ManagerWorld::kActivityPath);
   ASSERT_EQ(sent.size(), 2U);
@@ -101,22 +103,6 @@ TEST(UploaderTest, FailedCallStoresAReportThatGoesOutWithTheNextIdentifier) {
   EXPECT_EQ(textOf(world.http->sentTo(ManagerWorld::kErrorPath)[0].body["error_stack"]),
             R"("http://risk.test/qrsk-med/3.0/GetCheckpointRisk/")");
   EXPECT_EQ(world.documents->count("communicationError"), 0U);
-}
-
-TEST(UploaderTest, FiftyReportsAndADeadServerCostTheCallNothing) {
-  UploadWorld world;
-  for (int i = 0; i < 50; ++i)
-    world.documents->files["activity" + std::to_string(i) + ".json"] = "{}";
-  world.http->answer(ManagerWorld::kActivityPath, refusedReply());
-  world.time->run();
-  world.documents->reads = 0;
-  world.manager->arriveToCheckPoint(Launch());
-  // The call itself has read nothing and sent nothing.
-  EXPECT_EQ(world.documents->reads, 0);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kActivityPath), 0U);
-  world.time->run();
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kActivityPath), 50U);
-  EXPECT_EQ(world.documents->count("activity"), 50U);
 }
 
 TEST(UploaderTest, FolderThatNeverAnswersHoldsUpNoVerdict) {

@@ -8,11 +8,6 @@
 namespace quorvance {
 namespace {
 
-class FixedUserData : public UserDataSource {
- public:
-  Json collect() override { return parsedJson(R"({"contacts":[]})"); }
-};
-
 struct CollectorWorld : TestWorld {
   CollectorWorld() { restart(); }
 
@@ -25,14 +20,6 @@ struct CollectorWorld : TestWorld {
   std::shared_ptr<InnerQuorvanceData> state;
   std::shared_ptr<DeviceDataCollector> collector;
 };
-
-TEST(PermissionListTest, IsTheWordsInOrderJoinedByCommas) {
-  EXPECT_EQ(writePermissionList({}), "");
-  EXPECT_EQ(writePermissionList({MobilePermission::PHOTO, MobilePermission::CAMERA}),
-            "PHOTO,CAMERA");
-  const auto all = MobilePermissionEnumerator::array();
-  EXPECT_EQ(readPermissionList(writePermissionList(all)), all);
-}
 
 TEST(PermissionListTest, UnknownWordsAndRepetitionsAreSkipped) {
   const std::vector<MobilePermission> expected = {MobilePermission::PHOTO,
@@ -79,15 +66,6 @@ TEST(DeviceDataCollectorTest, WhatTheHostAskedForIsKeptOnceEachInTheOrderOfAskin
   EXPECT_EQ(world.collector->askPermissions(),
             (std::vector<MobilePermission>{MobilePermission::PHOTO, MobilePermission::CAMERA,
                                            MobilePermission::REMINDER}));
-}
-
-TEST(DeviceDataCollectorTest, UserDataIsAnEmptyObjectWithoutASource) {
-  CollectorWorld world;
-  EXPECT_EQ(compactText(world.collector->collectUserData()), "{}");
-  Platform seam = world.platform();
-  seam.userData = std::make_shared<FixedUserData>();
-  const DeviceDataCollector collector(seam, world.state);
-  EXPECT_EQ(compactText(collector.collectUserData()), R"({"contacts":[]})");
 }
 
 TEST(DeviceDataCollectorTest, DebugModeAddsItsKeysAndPrintsTheDevice) {

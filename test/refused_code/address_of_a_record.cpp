@@ -1,9 +1,0 @@
-// refused: the table is of another record
-
-#include "test/refused_code/two_records.h"
-
-namespace quorvance {
-
-Json written(const One& record) { return recordToJson(&record, kOneFields); }
-
-}  // namespace quorvance
