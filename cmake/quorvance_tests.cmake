@@ -22,12 +22,13 @@ endif()
 
 # What only reads the sources is the same in every build.
 if(NOT QUORVANCE_SANITIZE)
+  include(quorvance_refused_code)
   find_package(Python3 REQUIRED COMPONENTS Interpreter)
   foreach(check check_includes check_words)
     add_test(NAME tools.${check}
       COMMAND Python3::Interpreter -B ${PROJECT_SOURCE_DIR}/tools/${check}.py)
   endforeach()
-  foreach(tool check_includes check_words report_sizes test_summary)
+  foreach(tool check_includes check_words compare_logs report_sizes test_summary)
     add_test(NAME tools.${tool}_test
       COMMAND Python3::Interpreter -B ${PROJECT_SOURCE_DIR}/tools/${tool}_test.py)
   endforeach()

@@ -35,7 +35,7 @@ ProcessState& processState() {
 
 }  // namespace
 
-Context::Context(Platform usedPlatform, ContextParts parts)
+Context::Context(Platform usedPlatform)
     : platform(checked(std::move(usedPlatform))),
       state(std::make_shared<InnerQuorvanceData>(platform.clock, platform.defaults,
                                                  platform.identity)),
@@ -45,11 +45,8 @@ Context::Context(Platform usedPlatform, ContextParts parts)
       reportStore(std::make_shared<ReportStore>(platform.documents, exceptions)),
       reports(std::make_shared<ReportKeeper>(reportStore, platform.backgroundQueue, texts)),
       crashEye(std::make_shared<CrashEye>(platform.crashTrap, texts, platform.documents)),
-      facts(std::make_shared<DeviceFactsCache>(platform, texts)),
-      collector(std::make_shared<DeviceDataCollector>(platform, state, facts)),
-      deviceData(std::make_shared<DeviceDataManager>(state, collector)),
-      screens(parts.screens ? std::move(parts.screens)
-                            : std::make_shared<InertScreenListenerMaker>()),
+      deviceData(std::make_shared<DeviceDataManager>(platform, state, texts)),
+      screens(std::make_shared<InertScreenListenerMaker>()),
       uploader(std::make_shared<ReportUploader>(reportStore, platform.backgroundQueue)) {}
 
 CallServices Context::callServices() const {

@@ -1,13 +1,14 @@
 #include <gmock/gmock.h>
 
 #include "core/manager_world_test_support.h"
+#include "quorvance/account_check_points.h"
 
 namespace quorvance {
 namespace {
 
 using namespace std::chrono_literals;
 
-TEST(EvidenceTest, FirstListenerWithTheActivityMapOnTellsTheStart) {
+TEST(EvidenceTest, FirstListenerWithTheActivityMapOnIsAnnouncedThenTellsTheStart) {
   ManagerWorld world;
   world.setup();
   world.time->run();
@@ -18,12 +19,18 @@ TEST(EvidenceTest, FirstListenerWithTheActivityMapOnTellsTheStart) {
   };
   start(1);
   EXPECT_EQ(world.documents->count("activity"), 0U);
+  std::optional<std::size_t> recordsAtEnrichment;
+  world.http->answer(ManagerWorld::kEnrichmentPath, [&](const SentRequest&) {
+    recordsAtEnrichment = world.documents->count("activity");
+    return okReply("{}");
+  });
   world.configure(R"({"activity_map": true,
                       "screen_listeners_list": [{"screenListenerType": "GENERAL", "screenId": 1},
                                                 {"screenListenerType": "GENERAL"}]})");
   world.time->advance(3s);
   start(1);
   start(2);
+  EXPECT_EQ(recordsAtEnrichment, 0U);
   ASSERT_EQ(world.documents->count("activity"), 1U);
   EXPECT_EQ(textOf(*parseJson(world.documents->files.begin()->second)),
             R"({"appID":"com.bank.app","appVer":"4.2","deviceId":"no_device_id","userId":"u1",)"
@@ -36,26 +43,39 @@ TEST(EvidenceTest, FirstListenerWithTheActivityMapOnTellsTheStart) {
   EXPECT_EQ(enriched[0].body.size(), 3U);
 }
 
-TEST(EvidenceTest, AskedPermissionsAreStoredOnceEachInOrder) {
+TEST(EvidenceTest, DebugLinesTellTheAnswersAndTheTraces) {
   ManagerWorld world;
-  world.store->write("permissionList", "CAMERA,NONSENSE,CAMERA");
-  world.restart();
-  world.manager->onRequestAccess(MobilePermission::PHOTO);
-  world.manager->onRequestAccess(MobilePermission::CAMERA);
-  EXPECT_EQ(world.store->read("permissionList").text, "CAMERA,PHOTO");
+  const DebugLines debug;
+  const auto answer = [&](const char* path, const char* name) {
+    world.http->answer(path, okReply(std::string(R"({"response":")") + name + R"("})"));
+  };
+  answer(ManagerWorld::kEventPath, "arrived");
+  answer(ManagerWorld::kSessionPath, "OK");
+  answer(ManagerWorld::kEnrichmentPath, "enriched");
+  world.http->answer(ManagerWorld::kResultPath, statusReply(500));
+  world.configure(R"({"tracing_manager": {"level_qv_manager": true},
+                      "screen_listeners_list": [{"screenListenerType": "GENERAL", "screenId": 1}]})");
+  world.manager->arriveToCheckPoint(Launch());
+  world.manager->sendDataWithNewSession();
+  world.manager->startNewScreenListener(ScreenListenerType::GENERAL, 1, nullptr);
+  world.manager->updateCheckPointStatus(CheckPointType::LOGIN, "r", CheckPointStatus::DENIED, {});
+  world.time->run();
+  for (const char* line : {"4.2", "QuorvanceManager: time to init device data manager: 0.0",
+                           "length dataLogging: Optional(0)", "length dataLogging: Optional(5)",
+                           R"(QuorvanceManager response: {"response":"arrived"})",
+                           R"(QuorvanceManager response: {"response":"OK"})",
+                           R"(QuorvanceManager response: {"response":"enriched"})",
+                           "updateTransactionStatus: false"}) {
+    EXPECT_THAT(debug.lines(), testing::Contains(line));
+  }
 }
 
-TEST(EvidenceTest, PermissionsAreAnsweredFromTheLastReading) {
+TEST(EvidenceTest, PermissionIsAnsweredAsItStandsNow) {
   ManagerWorld world;
   world.authorization->answers[AuthorizationSubject::camera] = AuthorizationStatus::authorized;
-  world.authorization->answers[AuthorizationSubject::location] =
-      AuthorizationStatus::authorizedWhenInUse;
-  world.setup();
-  world.time->run();
   EXPECT_TRUE(world.manager->ifAuthorized(MobilePermission::CAMERA));
-  EXPECT_TRUE(world.manager->ifAuthorized(MobilePermission::AUTHORIZED_WHEN_IN_USE));
-  EXPECT_FALSE(world.manager->ifAuthorized(MobilePermission::AUTHORIZED_ALWAYS));
-  EXPECT_FALSE(world.manager->ifAuthorized(static_cast<MobilePermission>(7)));
+  world.authorization->answers.clear();
+  EXPECT_FALSE(world.manager->ifAuthorized(MobilePermission::CAMERA));
 }
 
 // Nothing runs after the call: the report is stored when it returns.

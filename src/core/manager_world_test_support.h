@@ -1,6 +1,6 @@
 #pragma once
 
-#include <initializer_list>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -12,27 +12,32 @@
 
 namespace quorvance {
 
-/// Counts what is asked of the screens, whose listeners do nothing.
-class CountedScreens : public InertScreenListenerMaker {
- public:
-  int probes = 0;
-  void probeSensors() override { ++probes; }
-};
+/// The keys of an object, in order.
+inline std::vector<std::string> keysOf(const Json& object) {
+  std::vector<std::string> keys;
+  for (const auto& item : object.items()) keys.push_back(item.key());
+  return keys;
+}
 
 /// A manager over doubles. Its reports are really stored and sent, in memory.
 struct ManagerWorld : TestWorld {
   std::shared_ptr<FakeCrashTrap> trap = std::make_shared<FakeCrashTrap>();
-  std::shared_ptr<CountedScreens> screens = std::make_shared<CountedScreens>();
+  std::function<void(Platform&)> changePlatform;
   std::shared_ptr<Context> context;
   std::shared_ptr<ManagerCore> manager;
 
-  ManagerWorld() { restart(); }
+  /// `change` replaces members of the platform.
+  explicit ManagerWorld(std::function<void(Platform&)> change = nullptr)
+      : changePlatform(std::move(change)) {
+    restart();
+  }
 
   /// A new process over the same store.
   void restart() {
     Platform seam = platform();
     seam.crashTrap = trap;
-    context = std::make_shared<Context>(std::move(seam), ContextParts{screens});
+    if (changePlatform) changePlatform(seam);
+    context = std::make_shared<Context>(std::move(seam));
     manager = ManagerCore::make(context);
   }
 

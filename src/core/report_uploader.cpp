@@ -57,11 +57,10 @@ void ReportUploader::send(const std::shared_ptr<Run>& run, const std::string& na
   call.keys.requestId = call.requestId;
   run->ask.client->send(
       call, std::move(report),
-      std::make_shared<CallCompletion>(
-          [self = shared_from_this(), run, name](const ResponceObject& response) {
-            self->finish(run, name, response.succeeded());
-          },
-          [self = shared_from_this(), run, name] { self->finish(run, name, false); }));
+      {[self = shared_from_this(), run, name](const ResponceObject& response) {
+         self->finish(run, name, response.succeeded());
+       },
+       [self = shared_from_this(), run, name] { self->finish(run, name, false); }});
 }
 
 void ReportUploader::finish(const std::shared_ptr<Run>& run, const std::string& name,

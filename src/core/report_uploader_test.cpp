@@ -24,6 +24,8 @@ TEST(UploaderTest, SendsEachFileOnceAndRemovesWhatWasTaken) {
   world.put({"crash1.json"});
   world.http->answerOnce(ManagerWorld::kActivityPath, statusReply(503));
   world.manager->arriveToCheckPoint(Launch());
+  // The call itself has read nothing.
+  EXPECT_EQ(world.documents->reads, 0);
   world.time->run();
   const auto sent = world.http->sentTo(ManagerWorld::kActivityPath);
   ASSERT_EQ(sent.size(), 2U);
@@ -108,11 +110,11 @@ TEST(UploaderTest, RunsNeverOverlapAndAsksMeanwhileBecomeOneUnderTheEarliest) {
 TEST(UploaderTest, GoesOnAfterAUrlThatDoesNotParse) {
   UploadWorld world;
   world.put({"activity1.json", "activity2.json"});
-  world.manager->setServerUrl("no url");
+  world.manager->identity().setServerUrl("no url");
   world.manager->arriveToCheckPoint(Launch());
   world.time->run();
   EXPECT_THAT(world.http->sentTo(ManagerWorld::kActivityPath), IsEmpty());
-  world.manager->setServerUrl(ManagerWorld::kServer);
+  world.manager->identity().setServerUrl(ManagerWorld::kServer);
   world.manager->arriveToCheckPoint(Launch());
   world.time->run();
   EXPECT_EQ(world.http->countTo(ManagerWorld::kActivityPath), 2U);
@@ -137,20 +139,16 @@ TEST(UploaderTest, FailedCallStoresAReportThatGoesOutWithTheNextIdentifier) {
   EXPECT_EQ(world.documents->count("communicationError"), 0U);
 }
 
-TEST(UploaderTest, FiftyReportsAndADeadServerCostTheCallNothing) {
+TEST(UploaderTest, FolderThatNeverAnswersHoldsUpNoVerdict) {
   UploadWorld world;
-  for (int i = 0; i < 50; ++i)
-    world.documents->files["activity" + std::to_string(i) + ".json"] = "{}";
-  world.http->answer(ManagerWorld::kActivityPath, refusedReply());
+  world.put({"activity1.json"});
+  world.time->hold(WorkLane::files);
+  world.http->answer(ManagerWorld::kRiskPath, okReply(R"({"risk":1})"));
+  std::string level;
+  world.manager->getRiskForCheckPoint(
+      Launch(), [&](Risk risk, std::string, std::string) { level = risk.stringValue(); });
   world.time->run();
-  world.documents->reads = 0;
-  world.manager->arriveToCheckPoint(Launch());
-  // The call itself has read nothing and sent nothing.
-  EXPECT_EQ(world.documents->reads, 0);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kActivityPath), 0U);
-  world.time->run();
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kActivityPath), 50U);
-  EXPECT_EQ(world.documents->count("activity"), 50U);
+  EXPECT_EQ(level, "MEDIUM");
 }
 
 }  // namespace

@@ -12,9 +12,9 @@ Json textArray(const std::vector<std::string>& texts) {
   return array;
 }
 
-void writeFonts(Json& object, std::string_view key, const void* member) {
-  using Fonts = std::map<std::string, std::vector<std::string>>;
-  const auto& fonts = *static_cast<const std::optional<Fonts>*>(member);
+using Fonts = std::optional<std::map<std::string, std::vector<std::string>>>;
+
+void writeFonts(Json& object, std::string_view key, const Fonts& fonts) {
   if (!fonts) return;
   Json families = makeObject(fonts->size());
   for (const auto& [family, names] : *fonts) putMember(families, family, textArray(names));
@@ -22,11 +22,11 @@ void writeFonts(Json& object, std::string_view key, const void* member) {
 }
 
 // Snapshots are never read back.
-void ignoreFonts(const Json& /*value*/, void* /*member*/) {}
+void ignoreFonts(const Json& /*value*/, Fonts& /*member*/) {}
 
-constexpr FieldCodec kFontsCodec{&writeFonts, &ignoreFonts};
+constexpr FieldCodec<Fonts> kFontsCodec = codecOf<Fonts, &writeFonts, &ignoreFonts>();
 
-constexpr RecordField kDeviceFields[] = {
+constexpr auto kDeviceFields = RecordTable{
     field<&DeviceData::collectTime>("collectTime"),
     field<&DeviceData::uuid>("uuid"),
     field<&DeviceData::iosVersion>("iosVersion"),
@@ -66,7 +66,7 @@ constexpr RecordField kDeviceFields[] = {
 };
 
 // The installed keyboards are collected and never told.
-constexpr RecordField kSettingFields[] = {
+constexpr auto kSettingFields = RecordTable{
     field<&SettingData::collectTime>("collectTime"),
     field<&SettingData::isEmulator>("isEmulator"),
     field<&SettingData::labelFontSize>("labelFontSize"),
@@ -82,7 +82,7 @@ constexpr RecordField kSettingFields[] = {
     field<&SettingData::isJailbreak>("isJailbreak"),
 };
 
-constexpr RecordField kSimFields[] = {
+constexpr auto kSimFields = RecordTable{
     field<&SimData::collectTime>("collectTime"),
     field<&SimData::isVoiceCapable>("isVoiceCapable"),
     field<&SimData::networkOperator>("networkOperator"),
@@ -93,10 +93,10 @@ constexpr RecordField kSimFields[] = {
 
 }  // namespace
 
-Json DeviceData::getJson() const { return recordToJson(this, kDeviceFields); }
+Json DeviceData::getJson() const { return recordToJson(*this, kDeviceFields); }
 
-Json SettingData::getJson() const { return recordToJson(this, kSettingFields); }
+Json SettingData::getJson() const { return recordToJson(*this, kSettingFields); }
 
-Json SimData::getJson() const { return recordToJson(this, kSimFields); }
+Json SimData::getJson() const { return recordToJson(*this, kSimFields); }
 
 }  // namespace quorvance

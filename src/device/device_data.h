@@ -1,7 +1,7 @@
 #pragma once
 
-// What is told of the device: the three snapshot records, the permission picture, and the payloads
-// that carry them. Start reading at device_data_manager.h.
+// What is told of the device: the three snapshot records, the permissions, and the payloads that
+// carry them. Start reading at device_data_manager.h.
 
 #include <cstdint>
 #include <optional>

@@ -27,8 +27,6 @@ struct DeviceFactsCache::Waiter {
 
 DeviceFactsCache::DeviceFactsCache(const Platform& platform, std::shared_ptr<SystemTexts> texts)
     : sources_(platform.facts),
-      authorization_(platform.authorization),
-      location_(platform.location),
       backgroundQueue_(platform.backgroundQueue),
       mainQueue_(platform.mainQueue),
       texts_(std::move(texts)) {}
@@ -81,20 +79,6 @@ void DeviceFactsCache::readWhole() {
   readAll();
 }
 
-void DeviceFactsCache::refreshPermissions() {
-  {
-    const std::lock_guard lock(mutex_);
-    if (std::exchange(isPermissionRefreshWaiting_, true)) return;
-  }
-  backgroundQueue_->post(WorkLane::facts, [self = shared_from_this()] {
-    {
-      const std::lock_guard lock(self->mutex_);
-      self->isPermissionRefreshWaiting_ = false;
-    }
-    self->readPermissions();
-  });
-}
-
 template <class Change>
 void DeviceFactsCache::change(Change&& changeFacts) {
   auto fresh = std::make_shared<DeviceFacts>(*snapshot());
@@ -123,21 +107,7 @@ void DeviceFactsCache::readAll() {
   fresh.network = readOrUnknown(sources_.network);
   change([&](DeviceFacts& facts) {
     fresh.system = facts.system;
-    fresh.permissions = facts.permissions;
-    fresh.location = facts.location;
     facts = std::move(fresh);
-  });
-  readPermissions();
-}
-
-void DeviceFactsCache::readPermissions() {
-  PermissionPicture picture;
-  if (authorization_) picture = PermissionPicture::readFrom(*authorization_);
-  std::optional<LocationFix> fix;
-  if (picture.mayLocate() && location_) fix = location_->lastFix();
-  change([&](DeviceFacts& facts) {
-    facts.permissions = picture;
-    facts.location = fix;
   });
 }
 

@@ -3,10 +3,8 @@
 #include <chrono>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <vector>
 
-#include "device/permission_picture.h"
 #include "quorvance/platform/platform.h"
 #include "state/system_texts.h"
 
@@ -20,8 +18,6 @@ struct DeviceFacts {
   PowerFacts power;
   AccessibilityFacts accessibility;
   NetworkFacts network;
-  PermissionPicture permissions;
-  std::optional<LocationFix> location;
 };
 
 /// How long a payload waits for facts that are being read.
@@ -45,8 +41,6 @@ class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
   void whenSystemKnown(Task task);
   /// The same after a whole refresh that began with this call or later.
   void whenRefreshed(Task task);
-  /// Asks for the permissions and the position to be read again.
-  void refreshPermissions();
 
  private:
   struct Waiter;
@@ -59,14 +53,11 @@ class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
   void readSystem();
   void readWhole();
   void readAll();
-  void readPermissions();
   template <class Change>
   void change(Change&& changeFacts);
 
   // Not the whole platform: the cache lives as long as work that its own queues hold.
   const DeviceFactSources sources_;
-  const std::shared_ptr<AuthorizationSource> authorization_;
-  const std::shared_ptr<LocationSource> location_;
   const std::shared_ptr<BackgroundQueue> backgroundQueue_;
   const std::shared_ptr<MainQueue> mainQueue_;
   const std::shared_ptr<SystemTexts> texts_;
@@ -76,7 +67,6 @@ class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
   bool isSystemKnown_ = false;
   NextRound nextSystemRound_;
   NextRound nextWholeRound_;
-  bool isPermissionRefreshWaiting_ = false;
 };
 
 }  // namespace quorvance

@@ -9,35 +9,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Count how often they are asked.
-class CountedAuthorization : public FakeAuthorization {
- public:
-  int reads = 0;
-  bool locationServicesEnabled() override { return ++reads > 0 && isLocationOn; }
-};
-
-class CountedLocation : public LocationSource {
- public:
-  int reads = 0;
-  std::optional<LocationFix> lastFix() override {
-    ++reads;
-    return LocationFix{};
-  }
-};
-
 struct FactsWorld : TestWorld {
   FactsWorld() { network->facts.radioTechnology = "LTE"; }
-  std::shared_ptr<DeviceFactsCache> makeCache() {
-    Platform seam = platform();
-    seam.authorization = permissions;
-    seam.location = fixes;
-    return std::make_shared<DeviceFactsCache>(seam, texts);
-  }
-
-  std::shared_ptr<CountedAuthorization> permissions = std::make_shared<CountedAuthorization>();
-  std::shared_ptr<CountedLocation> fixes = std::make_shared<CountedLocation>();
   std::shared_ptr<SystemTexts> texts = std::make_shared<SystemTexts>(environment);
-  std::shared_ptr<DeviceFactsCache> cache = makeCache();
+  std::shared_ptr<DeviceFactsCache> cache = std::make_shared<DeviceFactsCache>(platform(), texts);
 };
 
 TEST(DeviceFactsCacheTest, TheFirstStepReadsTheSystemAlone) {
@@ -52,7 +27,6 @@ TEST(DeviceFactsCacheTest, TheFirstStepReadsTheSystemAlone) {
   world.time->run();
   EXPECT_EQ(runs, 1);
   EXPECT_EQ(world.cache->snapshot()->network.radioTechnology, std::nullopt);
-  EXPECT_EQ(world.permissions->reads, 0);
   world.time->advance(10s);
   EXPECT_EQ(runs, 1) << "once more when patience ended";
 }
@@ -64,7 +38,6 @@ TEST(DeviceFactsCacheTest, AWholeRefreshReadsTheRestAnewAndLeavesOlderSnapshotsA
   const auto before = world.cache->snapshot();
   EXPECT_EQ(before->system.systemVersion, "12");
   EXPECT_EQ(before->network.radioTechnology, "LTE");
-  EXPECT_TRUE(before->permissions.locationServicesEnabled);
   world.network->facts.radioTechnology = "Edge";
   world.cache->whenRefreshed([] {});
   world.time->run();
@@ -105,37 +78,6 @@ TEST(DeviceFactsCacheTest, TasksRunAmongTheCompletions) {
   EXPECT_EQ(runs, 2);
 }
 
-TEST(DeviceFactsCacheTest, PermissionsAskedForTwiceAreReadOnceUntilReadingBegan) {
-  FactsWorld world;
-  world.cache->refreshPermissions();
-  world.cache->refreshPermissions();
-  world.time->run();
-  EXPECT_EQ(world.permissions->reads, 1);
-  world.permissions->answers[AuthorizationSubject::camera] = AuthorizationStatus::authorized;
-  world.cache->refreshPermissions();
-  world.time->run();
-  EXPECT_EQ(world.permissions->reads, 2);
-  EXPECT_TRUE(world.cache->snapshot()->permissions.isAuthorized(MobilePermission::CAMERA));
-}
-
-TEST(DeviceFactsCacheTest, APositionIsReadWithPermissionOnlyAndGoesWithIt) {
-  FactsWorld world;
-  for (int raw = 0; raw <= 4; ++raw) {
-    const bool mayLocate = raw >= 3;
-    const int readsBefore = world.fixes->reads;
-    world.permissions->answers[AuthorizationSubject::location] =
-        static_cast<AuthorizationStatus>(raw);
-    world.cache->refreshPermissions();
-    world.time->run();
-    EXPECT_EQ(world.cache->snapshot()->location.has_value(), mayLocate) << raw;
-    EXPECT_EQ(world.fixes->reads - readsBefore, mayLocate ? 1 : 0) << raw;
-  }
-  world.permissions->answers.clear();
-  world.cache->refreshPermissions();
-  world.time->run();
-  EXPECT_FALSE(world.cache->snapshot()->location.has_value());
-}
-
 TEST(DeviceFactsCacheTest, MissingSourcesAnswerUnknown) {
   TestWorld world;
   Platform seam;
@@ -148,7 +90,6 @@ TEST(DeviceFactsCacheTest, MissingSourcesAnswerUnknown) {
   world.time->run();
   EXPECT_EQ(runs, 1);
   EXPECT_EQ(cache->snapshot()->system.model, std::nullopt);
-  EXPECT_FALSE(cache->snapshot()->permissions.locationServicesEnabled);
 }
 
 }  // namespace

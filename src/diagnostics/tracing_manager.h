@@ -29,6 +29,9 @@ class TracingManager {
 
   TracingManager(std::shared_ptr<InnerQuorvanceData> state, std::shared_ptr<SystemTexts> texts);
 
+  /// Whether the configuration in force records this level.
+  bool isOn(TraceLevel level) const { return state_->traceLevels().isOn(level); }
+
   /// Absent when not enabled. Otherwise the record is returned even when the buffer refuses its
   /// entry; the caller keeps it for the end.
   std::optional<LoggingData> traceStart(bool enabled, std::string_view methodName,

@@ -41,7 +41,7 @@ struct Call {
   Json params;
   std::string requestId;
   bool reportErrors = true;
-  std::shared_ptr<CallCompletion> completion;
+  ReplyHandler handler;
   bool isTraced = false;
   std::optional<LoggingData> trace;
 
@@ -84,7 +84,7 @@ void Call::finish(CallOutcome outcome) {
     debugPrint("Network Responce: " + outcome.response.text());
   }
   services->tracing->traceEnd(isTraced, trace);
-  completion->complete(std::move(outcome.response));
+  handler.complete(std::move(outcome.response));
 }
 
 void Call::report(const CallOutcome& outcome) const {
@@ -105,16 +105,25 @@ void Call::report(const CallOutcome& outcome) const {
 
 }  // namespace
 
-CallCompletion::CallCompletion(std::function<void(ResponceObject)> done,
-                               std::function<void()> dropped)
-    : done_(std::move(done)), dropped_(std::move(dropped)) {}
+struct ReplyHandler::Waiting {
+  Waiting(Done whenDone, Dropped whenDropped)
+      : done(std::move(whenDone)), dropped(std::move(whenDropped)) {}
+  ~Waiting() {
+    if (done && dropped) dropped();
+  }
+  Waiting(const Waiting&) = delete;
+  Waiting& operator=(const Waiting&) = delete;
 
-CallCompletion::~CallCompletion() {
-  if (done_ && dropped_) dropped_();
-}
+  Done done;
+  Dropped dropped;
+};
 
-void CallCompletion::complete(ResponceObject response) {
-  const auto done = std::exchange(done_, nullptr);
+ReplyHandler::ReplyHandler(Done done, Dropped dropped)
+    : waiting_(std::make_shared<Waiting>(std::move(done), std::move(dropped))) {}
+
+void ReplyHandler::complete(ResponceObject response) const {
+  if (!waiting_) return;
+  const Done done = std::exchange(waiting_->done, nullptr);
   if (done) done(std::move(response));
 }
 
@@ -122,8 +131,7 @@ NetworkCallMaker::NetworkCallMaker(CallServices services)
     : services_(std::make_shared<const CallServices>(std::move(services))) {}
 
 void NetworkCallMaker::requestFromServer(std::string url, Json params, std::string requestId,
-                                         std::optional<bool> reportErrors,
-                                         std::shared_ptr<CallCompletion> completion) {
+                                         std::optional<bool> reportErrors, ReplyHandler handler) {
   auto call = std::make_shared<Call>();
   call->services = services_;
   call->maker = weak_from_this();
@@ -131,7 +139,7 @@ void NetworkCallMaker::requestFromServer(std::string url, Json params, std::stri
   call->params = std::move(params);
   call->requestId = std::move(requestId);
   call->reportErrors = reportErrors.value_or(true);
-  call->completion = std::move(completion);
+  call->handler = std::move(handler);
   services_->http->dispatch([call] { call->send(call); });
 }
 

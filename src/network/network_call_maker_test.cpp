@@ -31,9 +31,8 @@ struct CallWorld : TestWorld {
   void call(const std::string& url, Json params, std::optional<bool> reportErrors = std::nullopt) {
     maker->requestFromServer(
         url, std::move(params), "mine", reportErrors,
-        std::make_shared<CallCompletion>(
-            [this](ResponceObject response) { responses.push_back(std::move(response)); },
-            [this] { ++dropped; }));
+        {[this](ResponceObject response) { responses.push_back(std::move(response)); },
+         [this] { ++dropped; }});
   }
 
   std::map<std::int64_t, Json> reportsByCode() const {
@@ -131,10 +130,8 @@ TEST(CallMakerTest, EndIsTracedBeforeTheCompletionUnderTheSwitchOfTheStart) {
     return okReply("{}");
   });
   std::vector<std::string> atCompletion;
-  world.maker->requestFromServer(
-      "http://risk.test/p", Json::object(), "mine", std::nullopt,
-      std::make_shared<CallCompletion>(
-          [&](const ResponceObject&) { atCompletion = world.phases(); }, nullptr));
+  world.maker->requestFromServer("http://risk.test/p", Json::object(), "mine", std::nullopt,
+                                 [&](const ResponceObject&) { atCompletion = world.phases(); });
   world.time->run();
   EXPECT_THAT(atCompletion, ElementsAre("Start", "End"));
   EXPECT_EQ(textOf(world.tracing->entries()[0]["paramList"]), R"(["http://risk.test/p"])");
@@ -182,12 +179,13 @@ TEST(ClientTest, AddsTheCommonBlocksAndGluesUrlAndPath) {
   QuorvanceNetworkManager client(world.state, world.maker);
   Json body = objectWith("keys", 1);
   body["session"] = 2;
-  const auto done = std::make_shared<CallCompletion>(nullptr, nullptr);
-  const PreparedCall call = client.prepare({"d", "a b&c%", "http://risk.test"},
-                                           Service::getCheckpointRisk, CheckPointType::LOGIN);
-  client.send(call, body, done);
-  const PreparedCall next = client.prepare({"d", "u", std::nullopt}, Service::getDeviceId);
-  client.send(next, Json::object(), done);
+  client.identity().setServerUrl("http://risk.test");
+  client.identity().setUserId("a b&c%");
+  client.identity().configureDeviceId("d");
+  const PreparedCall call = client.prepare(Service::getCheckpointRisk, CheckPointType::LOGIN);
+  client.send(call, body, {});
+  const PreparedCall next = client.prepare(Service::getDeviceId);
+  client.send(next, Json::object(), {});
   world.time->run();
   const auto sent = world.http->sent();
   ASSERT_EQ(sent.size(), 2U);
@@ -204,8 +202,8 @@ TEST(ClientTest, AddsTheCommonBlocksAndGluesUrlAndPath) {
 TEST(ClientTest, FaceImageGoesAsItStands) {
   CallWorld world;
   QuorvanceNetworkManager client(world.state, world.maker);
-  client.sendImage({"d", "u", "http://risk.test/"}, objectWith("image", "x"),
-                   std::make_shared<CallCompletion>(nullptr, nullptr));
+  client.identity().setServerUrl("http://risk.test/");
+  client.sendImage(objectWith("image", "x"), {});
   world.http->answer("SendBiometricImage/", statusReply(500));
   world.time->run();
   EXPECT_EQ(world.http->sent()[0].request.body, R"({"image":"x","version":"1.0.0"})");

@@ -19,7 +19,10 @@ enum class AuthorizationStatus {
   authorizedWhenInUse = 4,
 };
 
-/// The user's permissions, read on the fact lane. Throws nothing.
+/// The user's permissions as they stand now. Host calls ask it, so it answers at once, from memory,
+/// from any thread, and throws nothing. One that learns of them over a bus keeps its own picture
+/// fresh in the background, and until its first reading has ended it answers that location services
+/// are on and every status is not determined.
 class AuthorizationSource {
  public:
   virtual ~AuthorizationSource() = default;
@@ -30,19 +33,20 @@ class AuthorizationSource {
 /// A position fix; what the receiver does not supply stays unset.
 struct LocationFix {
   /// Metres above sea level.
-  std::optional<double> altitude;
+  std::optional<double> altitude{};
   /// Degrees.
-  std::optional<double> latitude;
-  std::optional<double> longitude;
+  std::optional<double> latitude{};
+  std::optional<double> longitude{};
   /// Horizontal accuracy in metres.
-  std::optional<double> accuracy;
+  std::optional<double> accuracy{};
 };
 
-/// The last known position, read on the fact lane and only with the user's permission. Throws
-/// nothing.
+/// The last known position. Asked with the user's permission only; answers as an
+/// AuthorizationSource does: at once, from memory, from any thread, throwing nothing.
 class LocationSource {
  public:
   virtual ~LocationSource() = default;
+  /// Absent while no fix is known.
   virtual std::optional<LocationFix> lastFix() = 0;
 };
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <vector>
 
 #include "quorvance/mobile_permission.h"
@@ -10,7 +9,7 @@ namespace quorvance {
 
 /// The user's answers at one moment. What the platform could not tell counts as refused; without
 /// any source location services count as off.
-struct PermissionPicture {
+struct PermissionSnapshot {
   bool locationServicesEnabled = false;
   AuthorizationStatus location = AuthorizationStatus::notDetermined;
   AuthorizationStatus photos = AuthorizationStatus::notDetermined;
@@ -19,14 +18,16 @@ struct PermissionPicture {
   AuthorizationStatus events = AuthorizationStatus::notDetermined;
   AuthorizationStatus reminders = AuthorizationStatus::notDetermined;
 
-  /// Waits for the platform: fact lane only.
-  static PermissionPicture readFrom(AuthorizationSource& source);
+  /// Asks for every subject, in the order of the members.
+  static PermissionSnapshot take(AuthorizationSource& source);
 
   /// Authorised at any time or while in use.
   bool mayLocate() const;
-  /// False for a number outside the vocabulary.
-  bool isAuthorized(MobilePermission permission) const;
 };
+
+/// Whether the kind is granted now; asks for its subject alone. False for a number outside the
+/// vocabulary.
+bool isAuthorized(AuthorizationSource& source, MobilePermission permission);
 
 struct PermissionStatus {
   std::vector<MobilePermission> authorized;
@@ -35,6 +36,6 @@ struct PermissionStatus {
 
 /// Location first, then photos, contacts, camera, events, reminders. A refused location is refused
 /// twice (in use, then always); with location services off it is not mentioned at all.
-PermissionStatus permissionStatus(const PermissionPicture& picture);
+PermissionStatus permissionStatus(const PermissionSnapshot& snapshot);
 
 }  // namespace quorvance
