@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "base/debug.h"
 #include "network/quorvance_network_manager.h"
 #include "platform/testing/test_world.h"
 
@@ -12,13 +13,16 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 class KeptReports : public ReportKeeper {
  public:
   std::vector<Json> reports;
   void storeReport(Json report, ReportCategory category) override {
     EXPECT_EQ(category, ReportCategory::communicationError);
+    debugPrint("report");
     reports.push_back(std::move(report));
   }
 };
@@ -118,7 +122,7 @@ TEST(CallMakerTest, FailuresAreReportedUnlessTheCallSaysNo) {
   EXPECT_EQ(world.responses[3].error, 503);
 }
 
-TEST(CallMakerTest, EndIsTracedBeforeTheCompletionUnderTheSwitchOfTheStart) {
+TEST(CallMakerTest, EndIsTracedUnderTheSwitchOfTheStart) {
   CallWorld world;
   world.state->replaceSdkConfig(
       SdkConfig::fromJson(*parseJson(R"({"tracing_manager":{"level_sending_data":true}})")));
@@ -126,13 +130,9 @@ TEST(CallMakerTest, EndIsTracedBeforeTheCompletionUnderTheSwitchOfTheStart) {
     world.state->replaceSdkConfig({});
     return okReply("{}");
   });
-  std::vector<std::string> atCompletion;
-  world.maker->requestFromServer(
-      "http://risk.test/p", Json::object(), "mine", std::nullopt,
-      std::make_shared<CallCompletion>(
-          [&](const ResponceObject&) { atCompletion = world.phases(); }, nullptr));
+  world.call("http://risk.test/p", Json::object());
   world.time->run();
-  EXPECT_THAT(atCompletion, ElementsAre("Start", "End"));
+  EXPECT_THAT(world.phases(), ElementsAre("Start", "End"));
   EXPECT_EQ(textOf(world.tracing->entries()[0]["paramList"]), R"(["http://risk.test/p"])");
   EXPECT_EQ(textOf(world.tracing->entries()[0]["methodName"]), R"("requestFromServer")");
 }
@@ -160,17 +160,43 @@ TEST(CallMakerTest, DroppedWorkTellsItsOwnerOnce) {
   EXPECT_THAT(world.responses, IsEmpty());
 }
 
-TEST(CallMakerTest, DebugPrintsAllButTransportErrors) {
+/// What a call does where a host or a server can see it, in order.
+std::vector<std::string> effectsOfCallAnswered(const HttpReply& reply) {
   CallWorld world;
+  world.state->replaceSdkConfig(
+      SdkConfig::fromJson(*parseJson(R"({"tracing_manager":{"level_sending_data":true}})")));
+  world.http->answer("p", [&](const SentRequest&) {
+    debugPrint("request");
+    return reply;
+  });
   const DebugLines debug;
-  world.http->answerOnce("p", refusedReply());
-  world.call("http://risk.test/p", Json::object());
+  world.maker->requestFromServer(
+      "http://risk.test/p", Json::object(), "mine", std::nullopt,
+      std::make_shared<CallCompletion>([](const ResponceObject&) { debugPrint("completion"); },
+                                       nullptr));
   world.time->run();
-  EXPECT_TRUE(debug.contain("jsonObj {\"version\":\"1.0.0\"}"));
-  EXPECT_FALSE(debug.contain("Network Responce: "));
-  world.call("http://risk.test/p", Json::object());
-  world.time->run();
-  EXPECT_TRUE(debug.contain("Network Responce: reqID: mine url: Optional(http://risk.test/p)"));
+  std::vector<std::string> effects = debug.lines();
+  for (std::string& line : effects) {
+    if (line.starts_with("length dataLogging: ")) line = "trace";
+  }
+  return effects;
+}
+
+TEST(CallMakerTest, EffectsOfACallComeInTheirOrder) {
+  const std::string body = R"(jsonObj {"version":"1.0.0"})";
+  const std::string response = "Network Responce: reqID: mine url: Optional(http://risk.test/p) ";
+  const std::string accepted = "statusCode: Optional(200) error: nil error: nil output: ";
+  EXPECT_THAT(effectsOfCallAnswered(okReply("{}")),
+              ElementsAre(body, "trace", "request", response + accepted + "Optional({})", "trace",
+                          "completion"));
+  EXPECT_THAT(effectsOfCallAnswered(refusedReply()),
+              ElementsAre(body, "trace", "request", "report", "trace", "completion"));
+  EXPECT_THAT(
+      effectsOfCallAnswered(statusReply(503)),
+      ElementsAre(body, "trace", "request", "report", StartsWith(response), "trace", "completion"));
+  EXPECT_THAT(effectsOfCallAnswered(okReply("no JSON")),
+              ElementsAre(body, "trace", "request", "trace", HasSubstr("The reply is no JSON"),
+                          StartsWith(response), "trace", "completion"));
 }
 
 TEST(ClientTest, AddsTheCommonBlocksAndGluesUrlAndPath) {
@@ -202,10 +228,35 @@ TEST(ClientTest, FaceImageGoesAsItStands) {
   QuorvanceNetworkManager client(world.state, world.maker);
   client.sendImage({"d", "u", "http://risk.test/"}, objectWith("image", "x"),
                    std::make_shared<CallCompletion>(nullptr, nullptr));
-  world.http->answer("SendBiometricImage/", statusReply(500));
   world.time->run();
   EXPECT_EQ(world.http->sent()[0].request.body, R"({"image":"x","version":"1.0.0"})");
-  EXPECT_THAT(world.reports->reports, IsEmpty());
+}
+
+TEST(ClientTest, FailuresOfFiveOfAllServicesAreReported) {
+  CallWorld world;
+  QuorvanceNetworkManager client(world.state, world.maker);
+  const ClientIdentity identity{"d", "u", "http://risk.test/"};
+  const auto done = std::make_shared<CallCompletion>(nullptr, nullptr);
+  world.http->answer("/", statusReply(503));
+  for (std::size_t i = 0; i < kServiceRows.size(); ++i) {
+    const auto service = static_cast<Service>(i);
+    if (service == Service::sendBiometricImage) {
+      client.sendImage(identity, Json::object(), done);
+    } else {
+      client.send(client.prepare(identity, service), Json::object(), done);
+    }
+  }
+  world.time->run();
+  EXPECT_EQ(world.http->sent().size(), 14U);
+  std::vector<std::string> reported;
+  for (const Json& report : world.reports->reports) {
+    reported.push_back(*findText(report, "error_stack"));
+  }
+  EXPECT_THAT(reported, ElementsAre("http://risk.test/qrsk-med/3.0/SendCheckpointEvent/",
+                                    "http://risk.test/qrsk-med/3.0/GetCheckpointRisk/",
+                                    "http://risk.test/qrsk-med/3.0//UpdateTransactionResult/",
+                                    "http://risk.test/qrsk-med/3.0/BiometricData/",
+                                    "http://risk.test/qrsk-med/3.0/CrashLogging/"));
 }
 
 }  // namespace
