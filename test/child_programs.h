@@ -11,6 +11,8 @@ extern const char* const kCrashChildProgram;
 extern const char* const kStorageChildProgram;
 /// A shared library that faults while it is loaded.
 extern const char* const kFaultyModule;
+/// The host that ends.
+extern const char* const kExitChildProgram;
 /// Empty in a build without.
 extern const char* const kSanitizers;
 

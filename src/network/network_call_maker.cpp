@@ -47,7 +47,7 @@ struct Call {
 
   void send(const std::shared_ptr<Call>& self);
   void receive(HttpReply reply, const std::shared_ptr<Call>& self);
-  void finish(CallOutcome outcome);
+  void finish(HttpReply reply);
   void report(const CallOutcome& outcome) const;
 };
 
@@ -71,13 +71,14 @@ void Call::send(const std::shared_ptr<Call>& self) {
 }
 
 void Call::receive(HttpReply reply, const std::shared_ptr<Call>& self) {
-  auto outcome = std::make_shared<CallOutcome>(
-      decideOutcome(std::move(reply), std::move(requestId), std::move(url)));
+  auto kept = std::make_shared<HttpReply>(std::move(reply));
   services->backgroundQueue->post(WorkLane::completions,
-                                  [self, outcome] { self->finish(std::move(*outcome)); });
+                                  [self, kept] { self->finish(std::move(*kept)); });
 }
 
-void Call::finish(CallOutcome outcome) {
+// Reading the reply is a part of it: a large one holds up no other call's exchange.
+void Call::finish(HttpReply reply) {
+  CallOutcome outcome = decideOutcome(std::move(reply), std::move(requestId), std::move(url));
   if (outcome.isCommunicationError && reportErrors && !maker.expired()) report(outcome);
   if (outcome.parseError) services->exceptions->logException(*outcome.parseError);
   if (outcome.isPrinted && isInDebugMode()) {

@@ -58,8 +58,8 @@ struct CallServices {
 /// retries, keeps no state of its own.
 ///
 /// A call lives on two threads. On the session's: "version" is added, the time-out read, the start
-/// traced, the body serialised and sent, and the reply turned into an outcome. On the background
-/// queue: report, debug print, end trace, and the completion last of all.
+/// traced, the body serialised and sent. On the background queue: the reply is read and turned into
+/// an outcome, then report, debug print, end trace, and the completion last of all.
 class NetworkCallMaker : public std::enable_shared_from_this<NetworkCallMaker> {
  public:
   explicit NetworkCallMaker(CallServices services);

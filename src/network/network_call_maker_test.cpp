@@ -4,7 +4,9 @@
 
 #include <cmath>
 #include <map>
+#include <set>
 
+#include "base/debug.h"
 #include "network/quorvance_network_manager.h"
 #include "platform/testing/test_world.h"
 
@@ -13,7 +15,23 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
+
+/// Tells in a debug line that a report is handed to the file lane.
+class TellingQueue : public BackgroundQueue {
+ public:
+  explicit TellingQueue(std::shared_ptr<BackgroundQueue> used) : queue_(std::move(used)) {}
+  void post(WorkLane lane, Task task) override {
+    EXPECT_EQ(lane, WorkLane::files);
+    debugPrint("report");
+    queue_->post(lane, std::move(task));
+  }
+
+ private:
+  const std::shared_ptr<BackgroundQueue> queue_;
+};
 
 struct CallWorld : TestWorld {
   std::shared_ptr<InnerQuorvanceData> state =
@@ -21,10 +39,10 @@ struct CallWorld : TestWorld {
   std::shared_ptr<SystemTexts> texts = std::make_shared<SystemTexts>(environment);
   std::shared_ptr<TracingManager> tracing = std::make_shared<TracingManager>(state, texts);
   std::shared_ptr<ExceptionLogger> exceptions = std::make_shared<ExceptionLogger>(tracing);
-  std::shared_ptr<NetworkCallMaker> maker = std::make_shared<NetworkCallMaker>(
-      CallServices{http, time, state, texts, tracing, exceptions,
-                   std::make_shared<ReportKeeper>(
-                       std::make_shared<ReportStore>(documents, exceptions), time, texts)});
+  std::shared_ptr<NetworkCallMaker> maker = std::make_shared<NetworkCallMaker>(CallServices{
+      http, time, state, texts, tracing, exceptions,
+      std::make_shared<ReportKeeper>(std::make_shared<ReportStore>(documents, exceptions),
+                                     std::make_shared<TellingQueue>(time), texts)});
   std::vector<ResponceObject> responses;
   int dropped = 0;
 
@@ -121,7 +139,7 @@ TEST(CallMakerTest, FailuresAreReportedUnlessTheCallSaysNo) {
   EXPECT_EQ(world.responses[3].error, 503);
 }
 
-TEST(CallMakerTest, EndIsTracedBeforeTheCompletionUnderTheSwitchOfTheStart) {
+TEST(CallMakerTest, EndIsTracedUnderTheSwitchOfTheStart) {
   CallWorld world;
   world.state->replaceSdkConfig(
       SdkConfig::fromJson(*parseJson(R"({"tracing_manager":{"level_sending_data":true}})")));
@@ -129,11 +147,9 @@ TEST(CallMakerTest, EndIsTracedBeforeTheCompletionUnderTheSwitchOfTheStart) {
     world.state->replaceSdkConfig({});
     return okReply("{}");
   });
-  std::vector<std::string> atCompletion;
-  world.maker->requestFromServer("http://risk.test/p", Json::object(), "mine", std::nullopt,
-                                 [&](const ResponceObject&) { atCompletion = world.phases(); });
+  world.call("http://risk.test/p", Json::object());
   world.time->run();
-  EXPECT_THAT(atCompletion, ElementsAre("Start", "End"));
+  EXPECT_THAT(world.phases(), ElementsAre("Start", "End"));
   EXPECT_EQ(textOf(world.tracing->entries()[0]["paramList"]), R"(["http://risk.test/p"])");
   EXPECT_EQ(textOf(world.tracing->entries()[0]["methodName"]), R"("requestFromServer")");
 }
@@ -161,17 +177,41 @@ TEST(CallMakerTest, DroppedWorkTellsItsOwnerOnce) {
   EXPECT_THAT(world.responses, IsEmpty());
 }
 
-TEST(CallMakerTest, DebugPrintsAllButTransportErrors) {
+/// What a call does where a host or a server can see it, in order.
+std::vector<std::string> effectsOfCallAnswered(const HttpReply& reply) {
   CallWorld world;
+  world.state->replaceSdkConfig(
+      SdkConfig::fromJson(*parseJson(R"({"tracing_manager":{"level_sending_data":true}})")));
+  world.http->answer("p", [&](const SentRequest&) {
+    debugPrint("request");
+    return reply;
+  });
   const DebugLines debug;
-  world.http->answerOnce("p", refusedReply());
-  world.call("http://risk.test/p", Json::object());
+  world.maker->requestFromServer("http://risk.test/p", Json::object(), "mine", std::nullopt,
+                                 [](const ResponceObject&) { debugPrint("completion"); });
   world.time->run();
-  EXPECT_TRUE(debug.contain("jsonObj {\"version\":\"1.0.0\"}"));
-  EXPECT_FALSE(debug.contain("Network Responce: "));
-  world.call("http://risk.test/p", Json::object());
-  world.time->run();
-  EXPECT_TRUE(debug.contain("Network Responce: reqID: mine url: Optional(http://risk.test/p)"));
+  std::vector<std::string> effects = debug.lines();
+  for (std::string& line : effects) {
+    if (line.starts_with("length dataLogging: ")) line = "trace";
+  }
+  return effects;
+}
+
+TEST(CallMakerTest, EffectsOfACallComeInTheirOrder) {
+  const std::string body = R"(jsonObj {"version":"1.0.0"})";
+  const std::string response = "Network Responce: reqID: mine url: Optional(http://risk.test/p) ";
+  const std::string accepted = "statusCode: Optional(200) error: nil error: nil output: ";
+  EXPECT_THAT(effectsOfCallAnswered(okReply("{}")),
+              ElementsAre(body, "trace", "request", response + accepted + "Optional({})", "trace",
+                          "completion"));
+  EXPECT_THAT(effectsOfCallAnswered(refusedReply()),
+              ElementsAre(body, "trace", "request", "report", "trace", "completion"));
+  EXPECT_THAT(
+      effectsOfCallAnswered(statusReply(503)),
+      ElementsAre(body, "trace", "request", "report", StartsWith(response), "trace", "completion"));
+  EXPECT_THAT(effectsOfCallAnswered(okReply("no JSON")),
+              ElementsAre(body, "trace", "request", "trace", HasSubstr("The reply is no JSON"),
+                          StartsWith(response), "trace", "completion"));
 }
 
 TEST(ClientTest, AddsTheCommonBlocksAndGluesUrlAndPath) {
@@ -208,6 +248,32 @@ TEST(ClientTest, FaceImageGoesAsItStands) {
   world.time->run();
   EXPECT_EQ(world.http->sent()[0].request.body, R"({"image":"x","version":"1.0.0"})");
   EXPECT_THAT(world.documents->files, IsEmpty());
+}
+
+TEST(ClientTest, FailuresOfFiveOfAllServicesAreReported) {
+  CallWorld world;
+  QuorvanceNetworkManager client(world.state, world.maker);
+  client.identity().setServerUrl("http://risk.test/");
+  world.http->answer("/", statusReply(503));
+  std::set<std::string> reported;
+  for (std::size_t i = 0; i < kServiceRows.size(); ++i) {
+    const auto service = static_cast<Service>(i);
+    if (service == Service::sendBiometricImage) {
+      client.sendImage(Json::object(), {});
+    } else {
+      client.send(client.prepare(service), Json::object(), {});
+    }
+  }
+  world.time->run();
+  EXPECT_EQ(world.http->sent().size(), 14U);
+  for (const auto& [name, bytes] : world.documents->files) {
+    reported.insert(*findText(*parseJson(bytes), "error_stack"));
+  }
+  EXPECT_THAT(reported, ElementsAre("http://risk.test/qrsk-med/3.0//UpdateTransactionResult/",
+                                    "http://risk.test/qrsk-med/3.0/BiometricData/",
+                                    "http://risk.test/qrsk-med/3.0/CrashLogging/",
+                                    "http://risk.test/qrsk-med/3.0/GetCheckpointRisk/",
+                                    "http://risk.test/qrsk-med/3.0/SendCheckpointEvent/"));
 }
 
 }  // namespace

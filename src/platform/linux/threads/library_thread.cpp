@@ -11,6 +11,8 @@
 #include <memory>
 #include <utility>
 
+#include "platform/linux/threads/process_exit.h"
+
 namespace quorvance {
 namespace {
 
@@ -116,8 +118,9 @@ bool LibraryThread::isCurrent() const { return thread_.get_id() == std::this_thr
 
 void LibraryThread::finish() {
   if (!thread_.joinable()) return;
-  // Joining a thread of the parent process is undefined, whatever this C library does.
-  if (isCurrent() || process_ != getpid()) {
+  // Joining a thread of the parent process is undefined, whatever this C library does; at the end
+  // of the process a thread may have come to rest for ever.
+  if (isCurrent() || process_ != getpid() || hasProcessExitBegun()) {
     letGo();
   } else {
     thread_.join();

@@ -24,8 +24,8 @@ class LibraryThread {
   bool isStarted() const;
   /// Whether the caller runs on this thread.
   bool isCurrent() const;
-  /// Waits for the thread's end. On the thread itself, and in a forked child, which does not have
-  /// the thread, lets it go instead.
+  /// Waits for the thread's end. On the thread itself, in a forked child, which does not have the
+  /// thread, and at the end of the process lets it go instead.
   void finish();
   /// Waits for nothing: the thread runs on by itself.
   void letGo();

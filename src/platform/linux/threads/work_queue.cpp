@@ -4,9 +4,13 @@
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
+#include <future>
 #include <mutex>
+#include <new>
 #include <numeric>
 #include <utility>
+
+#include "platform/linux/threads/process_exit.h"
 
 namespace quorvance {
 namespace {
@@ -20,7 +24,7 @@ bool isCurrentThread(const LibraryThread& thread) { return thread.isCurrent(); }
 
 }  // namespace
 
-struct WorkQueue::State {
+struct WorkQueue::State : ExitParticipant {
   struct NumberedTask {
     std::uint64_t number = 0;
     Task task;
@@ -31,8 +35,12 @@ struct WorkQueue::State {
     const std::size_t limit;
     std::size_t running = 0;
     std::deque<NumberedTask> waiting = {};
+    // Begins with nothing more.
+    bool isHeld = false;
 
-    std::size_t admissible() const { return std::min(waiting.size(), limit - running); }
+    std::size_t admissible() const {
+      return isHeld ? 0 : std::min(waiting.size(), limit - running);
+    }
   };
 
   explicit State(std::chrono::milliseconds time) : idleTime(time) {}
@@ -46,7 +54,9 @@ struct WorkQueue::State {
   std::uint64_t nextNumber = 0;
   std::array<bool, kMaxThreads> isThreadAlive = {};
   bool isStopped = false;
+  bool isWatchingExit = false;
 
+  Lane& at(WorkLane lane) { return lanes[static_cast<std::size_t>(lane)]; }
   std::size_t admissible() const {
     return std::accumulate(
         lanes.begin(), lanes.end(), std::size_t{0},
@@ -72,6 +82,9 @@ struct WorkQueue::State {
   }
   void runNext(Lane& lane, std::unique_lock<std::mutex>& lock);
   void stop();
+  bool drain(WorkLane lane, std::chrono::steady_clock::time_point deadline);
+  void beginExit() noexcept override;
+  void awaitExit(std::chrono::steady_clock::time_point deadline) noexcept override;
 };
 
 /// Drops what waits, outside of the lock.
@@ -81,6 +94,35 @@ void WorkQueue::State::stop() {
   isStopped = true;
   for (std::size_t i = 0; i < dropped.size(); ++i) dropped[i].swap(lanes[i].waiting);
   changed.notify_all();
+}
+
+// A task behind the others tells that they have ended. It needs no further thread: whoever runs
+// them takes it next.
+bool WorkQueue::State::drain(WorkLane lane, std::chrono::steady_clock::time_point deadline) {
+  const auto ended = std::make_shared<std::promise<void>>();
+  {
+    const std::lock_guard lock(mutex);
+    Lane& drained = at(lane);
+    if (isStopped || (drained.running == 0 && drained.waiting.empty())) return true;
+    drained.waiting.push_back({nextNumber++, [ended] { ended->set_value(); }});
+    changed.notify_one();
+  }
+  return ended->get_future().wait_until(deadline) == std::future_status::ready;
+}
+
+void WorkQueue::State::beginExit() noexcept {
+  const std::lock_guard lock(mutex);
+  // A host's completion may use what its destructors are taking down.
+  at(WorkLane::completions).isHeld = true;
+  at(WorkLane::facts).isHeld = true;
+}
+
+void WorkQueue::State::awaitExit(std::chrono::steady_clock::time_point deadline) noexcept {
+  try {
+    static_cast<void>(drain(WorkLane::files, deadline));
+  } catch (const std::bad_alloc&) {
+    // Without memory there is nothing to wait with.
+  }
 }
 
 void WorkQueue::State::runNext(Lane& lane, std::unique_lock<std::mutex>& lock) {
@@ -107,13 +149,17 @@ void WorkQueue::post(WorkLane lane, Task task) {
   if (!task) return;
   const std::lock_guard lock(state_->mutex);
   if (state_->isStopped) return;
-  auto& waiting = state_->lanes[static_cast<std::size_t>(lane)].waiting;
-  waiting.push_back({state_->nextNumber++, std::move(task)});
+  if (!state_->isWatchingExit) state_->isWatchingExit = joinProcessExit(state_);
+  state_->at(lane).waiting.push_back({state_->nextNumber++, std::move(task)});
   if (state_->admissible() > state_->freeThreads()) {
     startThread();
   } else {
     state_->changed.notify_one();
   }
+}
+
+bool WorkQueue::drain(WorkLane lane, std::chrono::steady_clock::time_point deadline) {
+  return state_->drain(lane, deadline);
 }
 
 // Under the mutex.

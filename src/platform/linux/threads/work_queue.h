@@ -17,7 +17,9 @@ namespace quorvance {
 /// kind every lane but the hung one goes on, and one more completion at a time still runs.
 /// When the system has no thread to give, the tasks wait and the next post tries again. A task that
 /// throws ends the process. Destroying the queue drops what waits and waits for what runs; on one
-/// of its own threads it waits for nothing. Any thread; guarded by the state's mutex.
+/// of its own threads it waits for nothing. When the process ends normally the file lane finishes
+/// what it holds, within kMaxExitDelay; the other lanes begin with nothing more. Any thread;
+/// guarded by the state's mutex.
 class WorkQueue : public BackgroundQueue {
  public:
   static constexpr std::size_t kMaxThreads = 4;
@@ -30,6 +32,10 @@ class WorkQueue : public BackgroundQueue {
   WorkQueue& operator=(const WorkQueue&) = delete;
 
   void post(WorkLane lane, Task task) override;
+  /// Waits until the lane has finished what was posted before, at once when there is nothing; false
+  /// when `deadline` comes first. Only for a lane that runs one task at a time, and not from one of
+  /// its tasks.
+  bool drain(WorkLane lane, std::chrono::steady_clock::time_point deadline);
 
  private:
   struct State;

@@ -91,6 +91,21 @@ TEST(WorkQueueTest, LanesRunOneTaskAtATimeInOrder) {
   }
 }
 
+TEST(WorkQueueTest, DrainWaitsForWhatTheLaneHoldsUpToItsDeadline) {
+  const auto now = std::chrono::steady_clock::now();
+  WorkQueue queue;
+  bool isDone = false;
+  {
+    HangingTasks hanging;
+    hanging.hang(queue, WorkLane::files);
+    queue.post(WorkLane::files, [&] { isDone = true; });
+    EXPECT_FALSE(queue.drain(WorkLane::files, now));
+    EXPECT_TRUE(queue.drain(WorkLane::facts, now));
+  }
+  EXPECT_TRUE(queue.drain(WorkLane::files, now + std::chrono::minutes(1)));
+  EXPECT_TRUE(isDone);
+}
+
 TEST(WorkQueueTest, IdleThreadsEndAndNewOnesStart) {
   WorkQueue queue(milliseconds(1));
   for (int i = 0; i < 3; ++i) {
