@@ -293,7 +293,7 @@ CurlHttpSession::CurlHttpSession(std::string caFile)
 CurlHttpSession::~CurlHttpSession() {
   state_->stop();
   if (!thread_.isCurrent() && !isForkedChild()) state_->awaitEnd();
-  thread_.letGo();
+  thread_.detach();
 }
 
 void CurlHttpSession::dispatch(Task task) {

@@ -48,7 +48,7 @@ LockOutcome lockWithin(FileDescriptor& file, std::chrono::milliseconds timeout) 
   wait->file = std::move(file);
   LibraryThread thread;
   if (!thread.start("qv-lock", [wait] { waitForLock(*wait); })) return LockOutcome::heldElsewhere;
-  thread.letGo();
+  thread.detach();
   std::unique_lock lock(wait->mutex);
   wait->changed.wait_for(lock, timeout,
                          [&] { return wait->outcome != LockOutcome::heldElsewhere; });

@@ -142,7 +142,7 @@ WorkQueue::WorkQueue(std::chrono::milliseconds idleTime)
 WorkQueue::~WorkQueue() {
   state_->stop();
   const bool isOwnThread = std::any_of(threads_.begin(), threads_.end(), isCurrentThread);
-  for (LibraryThread& thread : threads_) isOwnThread ? thread.letGo() : thread.finish();
+  for (LibraryThread& thread : threads_) isOwnThread ? thread.detach() : thread.finish();
 }
 
 void WorkQueue::post(WorkLane lane, Task task) {
@@ -168,7 +168,7 @@ void WorkQueue::startThread() {
   const auto slot = static_cast<std::size_t>(
       std::distance(alive.begin(), std::find(alive.begin(), alive.end(), false)));
   if (slot == alive.size()) return;
-  threads_[slot].finish();  // one that ended idle takes no lock any more
+  threads_[slot].detach();  // one that ended idle may still be busy with what the host left on it
   alive[slot] = threads_[slot].start("qv-work", [state = state_, slot] { run(*state, slot); });
 }
 

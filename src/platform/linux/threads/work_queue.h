@@ -16,9 +16,10 @@ namespace quorvance {
 /// are threads, so a task that its lane admits never waits for a thread. With one hung task of each
 /// kind every lane but the hung one goes on, and one more completion at a time still runs.
 /// When the system has no thread to give, the tasks wait and the next post tries again. A task that
-/// throws ends the process. Destroying the queue drops what waits and waits for what runs; on one
-/// of its own threads it waits for nothing. When the process ends normally the file lane finishes
-/// what it holds, within kMaxExitDelay; the other lanes begin with nothing more. Any thread;
+/// throws ends the process. Destroying the queue drops what waits and waits for what runs, but not
+/// for the host's thread-local objects; on one of its own threads it waits for nothing. When the
+/// process ends normally the file lane finishes what it holds, within kMaxExitDelay; the other lanes
+/// begin with nothing more. Any thread;
 /// guarded by the state's mutex.
 class WorkQueue : public BackgroundQueue {
  public:

@@ -116,6 +116,32 @@ TEST(WorkQueueTest, IdleThreadsEndAndNewOnesStart) {
   }
 }
 
+// The host's objects end after the library has done with the thread, and may call it once more.
+TEST(WorkQueueTest, WhatTheHostLeavesOnAThreadHoldsUpNoCall) {
+  SlowThreadLocal slow;
+  std::promise<void> posted;
+  auto queue = std::make_unique<WorkQueue>(milliseconds(1));
+  queue->post(WorkLane::files, [&] {
+    slow.leaveOnThread([&] {
+      queue->post(WorkLane::facts, [] {});
+      posted.set_value();
+    });
+  });
+  slow.waitForDestruction();
+  EXPECT_TRUE(returnsByItself([&] { waitForTask(*queue, WorkLane::files); }));
+  slow.release();
+  posted.get_future().wait();
+  EXPECT_TRUE(returnsByItself([&] { queue.reset(); }));
+}
+
+TEST(WorkQueueTest, DestructionWaitsForNoObjectOfTheHosts) {
+  SlowThreadLocal slow;
+  auto queue = std::make_unique<WorkQueue>(milliseconds(1));
+  queue->post(WorkLane::completions, [&] { slow.leaveOnThread(); });
+  slow.waitForDestruction();
+  EXPECT_TRUE(returnsByItself([&] { queue.reset(); }));
+}
+
 TEST(WorkQueueTest, DestructionDropsWhatWaitsAndWaitsForWhatRuns) {
   auto queue = std::make_unique<WorkQueue>();
   std::promise<void> started;
