@@ -50,7 +50,7 @@ QuorvanceManager::QuorvanceManager(Platform platform) {
   if (mayEnter()) core_ = ManagerCore::make(std::make_shared<Context>(std::move(platform)));
 }
 
-QuorvanceManager::~QuorvanceManager() = default;
+QuorvanceManager::~QuorvanceManager() { leakInForkedChild(core_); }
 
 std::shared_ptr<QuorvanceManager> QuorvanceManager::shared() {
   if (!mayEnter()) return managerOfForkedChild();

@@ -10,7 +10,8 @@
 namespace quorvance {
 
 /// A main queue that runs on the host's own event loop: the host watches `descriptor()` for
-/// readability (GLib, Qt, epoll) and calls `dispatch()` on its thread when it is readable.
+/// readability (GLib, Qt, epoll) and calls `dispatch()` on its thread when it is readable. In a
+/// forked child every call returns at once and does nothing.
 class HostLoopQueue : public MainQueue {
  public:
   HostLoopQueue();

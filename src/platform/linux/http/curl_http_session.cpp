@@ -291,8 +291,9 @@ CurlHttpSession::CurlHttpSession(std::string caFile)
     : state_(std::make_shared<State>()), caFile_(std::move(caFile)) {}
 
 CurlHttpSession::~CurlHttpSession() {
+  if (leakInForkedChild(state_)) return;
   state_->stop();
-  if (!thread_.isCurrent() && !isForkedChild()) state_->awaitEnd();
+  if (!thread_.isCurrent()) state_->awaitEnd();
   thread_.detach();
 }
 

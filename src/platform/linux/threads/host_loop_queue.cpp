@@ -7,6 +7,7 @@
 #include <optional>
 #include <utility>
 
+#include "base/forked_child.h"
 #include "platform/linux/threads/timed_tasks.h"
 
 namespace quorvance {
@@ -58,9 +59,10 @@ struct HostLoopQueue::State {
   }
 };
 
-HostLoopQueue::HostLoopQueue() : state_(std::make_shared<State>()) {}
+HostLoopQueue::HostLoopQueue() : state_(std::make_shared<State>()) { watchForForks(); }
 
 HostLoopQueue::~HostLoopQueue() {
+  if (leakInForkedChild(state_)) return;
   TimedTasks dropped;
   const std::lock_guard lock(state_->mutex);
   state_->isStopped = true;
@@ -71,6 +73,7 @@ HostLoopQueue::~HostLoopQueue() {
 int HostLoopQueue::descriptor() const { return state_->descriptor; }
 
 void HostLoopQueue::dispatch() {
+  if (isForkedChild()) return;
   const std::shared_ptr<State> state = state_;  // a task may destroy the queue
   std::unique_lock lock(state->mutex);
   const std::uint64_t ticket = state->tasks.ticket();
@@ -86,7 +89,7 @@ void HostLoopQueue::post(Task task) {
 }
 
 void HostLoopQueue::postAfter(std::chrono::milliseconds delay, Task task) {
-  if (!task) return;
+  if (!task || isForkedChild()) return;
   const std::lock_guard lock(state_->mutex);
   if (state_->isStopped || state_->descriptor < 0) return;
   const auto before = state_->tasks.nextDue();

@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "base/forked_child.h"
 #include "platform/linux/threads/timed_tasks.h"
 
 namespace quorvance {
@@ -28,6 +29,7 @@ struct ThreadMainQueue::State {
 ThreadMainQueue::ThreadMainQueue() : state_(std::make_shared<State>()) {}
 
 ThreadMainQueue::~ThreadMainQueue() {
+  if (leakInForkedChild(state_)) return;
   state_->stop();
   thread_.finish();
 }

@@ -10,6 +10,7 @@
 #include <numeric>
 #include <utility>
 
+#include "base/forked_child.h"
 #include "platform/linux/threads/process_exit.h"
 
 namespace quorvance {
@@ -140,6 +141,7 @@ WorkQueue::WorkQueue(std::chrono::milliseconds idleTime)
     : state_(std::make_shared<State>(idleTime)) {}
 
 WorkQueue::~WorkQueue() {
+  if (leakInForkedChild(state_)) return;
   state_->stop();
   const bool isOwnThread = std::any_of(threads_.begin(), threads_.end(), isCurrentThread);
   for (LibraryThread& thread : threads_) isOwnThread ? thread.detach() : thread.finish();
