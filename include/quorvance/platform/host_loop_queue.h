@@ -14,6 +14,7 @@ namespace quorvance {
 /// forked child every call returns at once and does nothing.
 class HostLoopQueue : public MainQueue {
  public:
+  /// Throws std::bad_alloc alone.
   HostLoopQueue();
   ~HostLoopQueue() override;
   HostLoopQueue(const HostLoopQueue&) = delete;
@@ -27,9 +28,10 @@ class HostLoopQueue : public MainQueue {
 
   void post(Task task) override;
   void postAfter(std::chrono::milliseconds delay, Task task) override;
+  std::shared_ptr<PreparedTask> prepare(Task task) override;
 
  private:
-  struct State;
+  class State;
   std::shared_ptr<State> state_;
 };
 

@@ -67,8 +67,6 @@ struct LibraryThread::Run {
   }
 };
 
-LibraryThread::~LibraryThread() { finish(); }
-
 bool LibraryThread::start(const char* name, std::function<void()> body) noexcept {
   watchForForks();
   try {

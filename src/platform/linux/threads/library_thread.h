@@ -14,7 +14,6 @@ namespace quorvance {
 class LibraryThread {
  public:
   LibraryThread() = default;
-  ~LibraryThread();
   LibraryThread(const LibraryThread&) = delete;
   LibraryThread& operator=(const LibraryThread&) = delete;
 
