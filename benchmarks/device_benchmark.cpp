@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <system_error>
 
@@ -44,31 +45,34 @@ struct CollectorWorld : TestWorld {
   }
 
   void use(const Platform& seam) {
-    state = std::make_shared<InnerQuorvanceData>(seam.clock, seam.defaults, seam.identity);
-    facts = std::make_shared<DeviceFactsCache>(seam, std::make_shared<SystemTexts>(environment));
-    collector = std::make_shared<DeviceDataCollector>(seam, state, facts);
+    const auto state =
+        std::make_shared<InnerQuorvanceData>(seam.clock, seam.defaults, seam.identity);
+    const auto texts = std::make_shared<SystemTexts>(environment);
+    facts = std::make_shared<DeviceFactsCache>(seam, texts);
     facts->refresh();
+    collector.emplace(seam, state);
+    manager.emplace(seam, state, texts);
   }
 
-  std::shared_ptr<InnerQuorvanceData> state;
   std::shared_ptr<DeviceFactsCache> facts;
-  std::shared_ptr<DeviceDataCollector> collector;
+  std::optional<DeviceDataCollector> collector;
+  std::optional<DeviceDataManager> manager;
 };
 
 void sessionSnapshots(benchmark::State& state) {
   const CollectorWorld world(static_cast<int>(state.range(0)));
   for (auto _ : state) {
-    benchmark::DoNotOptimize(world.collector->deviceDataJson());
-    benchmark::DoNotOptimize(world.collector->settingDataJson());
-    benchmark::DoNotOptimize(world.collector->simDataJson());
+    const auto facts = world.facts->snapshot();
+    benchmark::DoNotOptimize(world.collector->deviceDataJson(*facts));
+    benchmark::DoNotOptimize(world.collector->settingDataJson(*facts));
+    benchmark::DoNotOptimize(world.collector->simDataJson(*facts));
   }
 }
 BENCHMARK(sessionSnapshots)->ArgName("faces")->Arg(22)->Arg(240)->Arg(2000);
 
 void additionalData(benchmark::State& state) {
-  const CollectorWorld world;
-  DeviceDataManager manager(world.state, world.collector);
-  for (auto _ : state) benchmark::DoNotOptimize(manager.buildAdditionalData());
+  CollectorWorld world;
+  for (auto _ : state) benchmark::DoNotOptimize(world.manager->buildAdditionalData());
 }
 BENCHMARK(additionalData);
 
@@ -81,8 +85,7 @@ void additionalDataOnLinux(benchmark::State& state) {
     CollectorWorld world;
     const Platform platform = makeLinuxPlatform(options);
     world.use(platform);
-    DeviceDataManager manager(world.state, world.collector);
-    for (auto _ : state) benchmark::DoNotOptimize(manager.buildAdditionalData());
+    for (auto _ : state) benchmark::DoNotOptimize(world.manager->buildAdditionalData());
   }
   std::error_code ignored;  // what cannot be removed measures nothing
   std::filesystem::remove_all(folder, ignored);

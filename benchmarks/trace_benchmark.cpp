@@ -6,8 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "core/operation_trace.h"
-#include "diagnostics/tracing_manager.h"
+#include "diagnostics/operation_trace.h"
 #include "platform/testing/test_world.h"
 #include "quorvance/platform/linux_platform.h"
 
@@ -15,9 +14,9 @@ namespace quorvance {
 namespace {
 
 struct TracedState {
-  TracedState() {
+  explicit TracedState(bool isEnabled) {
     SdkConfig config;
-    config.tracingDataQvData->levelQvManager = true;
+    config.tracingDataQvData->levelQvManager = isEnabled;
     config.tracingDataQvData->maxTraceData = 100'000'000;
     state->replaceSdkConfig(config);
   }
@@ -31,15 +30,19 @@ struct TracedState {
 };
 
 TracedState& tracedState() {
-  static auto* const state = new TracedState();
+  static auto* const state = new TracedState(true);
   return *state;
 }
 
-void traceOnce(TracedState& traced, bool isEnabled) {
-  OperationTrace trace(traced.tracing, isEnabled, "getRiskForCheckPoint",
+TracedState& untracedState() {
+  static auto* const state = new TracedState(false);
+  return *state;
+}
+
+void traceOnce(TracedState& traced) {
+  OperationTrace trace(traced.tracing, "getRiskForCheckPoint",
                        [] { return std::vector<std::string>{"{\"checkpoint_type\":\"LAUNCH\"}"}; });
   benchmark::DoNotOptimize(trace);
-  trace.close();
 }
 
 // The buffer is emptied whenever it holds `range` entries, outside of the measured time.
@@ -48,7 +51,7 @@ void startAndEndEnabled(benchmark::State& state) {
   const auto most = static_cast<std::size_t>(state.range(0));
   std::size_t held = 0;
   for (auto _ : state) {
-    traceOnce(traced, true);
+    traceOnce(traced);
     held += 2;
     if (held >= most) {
       state.PauseTiming();
@@ -62,8 +65,8 @@ void startAndEndEnabled(benchmark::State& state) {
 BENCHMARK(startAndEndEnabled)->Arg(1000)->Arg(100'000)->Threads(1)->Threads(4);
 
 void startAndEndDisabled(benchmark::State& state) {
-  TracedState& traced = tracedState();
-  for (auto _ : state) traceOnce(traced, false);
+  TracedState& traced = untracedState();
+  for (auto _ : state) traceOnce(traced);
 }
 BENCHMARK(startAndEndDisabled)->Threads(1)->Threads(4);
 

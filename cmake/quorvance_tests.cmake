@@ -36,6 +36,7 @@ endif()
 
 # What only reads the sources is the same in every build.
 if(NOT QUORVANCE_SANITIZE)
+  include(quorvance_refused_code)
   find_package(Python3 REQUIRED COMPONENTS Interpreter)
   foreach(check check_includes check_words)
     add_test(NAME tools.${check}

@@ -57,7 +57,6 @@ TEST(UnansweredCallsTest, ReturnWhileNeitherDiskNorServerAnswers) {
     manager.arriveToCheckPoint(Launch());
     manager.updateCheckPointStatus(CheckPointType::LOGIN, "r", CheckPointStatus::APPROVED, {});
     manager.startNewScreenListener(ScreenListenerType::GENERAL, 1, nullptr);
-    manager.crashEyeDidCatchCrash(CrashModel{});
     manager.sendDataWithNewSession();
     manager.logout();
     EXPECT_EQ(manager.userId(), std::nullopt);

@@ -10,7 +10,8 @@
 
 namespace quorvance {
 
-/// Another folder, whose writes and removals a test can wait for.
+/// Another folder, whose writes and removals a test can wait for. It does not say where it is:
+/// hosts have such folders.
 class WatchedDocuments : public DocumentsFolder {
  public:
   explicit WatchedDocuments(std::shared_ptr<DocumentsFolder> inner) : inner_(std::move(inner)) {}
@@ -34,6 +35,13 @@ class WatchedDocuments : public DocumentsFolder {
     auto error = inner_->remove(name);
     count(removals_);
     return error;
+  }
+  std::unique_ptr<DocumentsLock> lockAmongProcesses(std::string_view purpose,
+                                                    std::chrono::milliseconds timeout) override {
+    return inner_->lockAmongProcesses(purpose, timeout);
+  }
+  std::vector<UnfinishedDocument> unfinishedDocuments() override {
+    return inner_->unfinishedDocuments();
   }
 
   /// As many as there were when the count is reached or patience ends.

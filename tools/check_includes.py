@@ -152,7 +152,7 @@ class Tree:
         )
 
     def place(self, path):
-        """(kind, folder, problem) of a file: kind is public, source, app, test, bench or fuzz."""
+        """(kind, folder, problem): kind is public, source, app, test, refused, bench or fuzz."""
         parts = path.relative_to(self.root).parts
         if parts[0] == "include":
             folder, problem = self.public_folder("/".join(parts[1:]))
@@ -163,6 +163,9 @@ class Tree:
             return "source", folder, problem
         if parts[0] == "apps":
             return "app", parts[1], None
+        # Snippets that stand for code of the library, wherever that is.
+        if parts[:2] == ("test", "refused_code"):
+            return "refused", None, None
         return {"test": "test", "benchmarks": "bench", "fuzz": "fuzz"}[parts[0]], None, None
 
 
@@ -198,7 +201,7 @@ def allowed_folders(kind, folder, test):
         return closure(folder) | ({"platform/testing"} if test else set())
     if kind == "test":
         return {"platform/testing"}
-    if kind in ("bench", "fuzz"):
+    if kind in ("bench", "fuzz", "refused"):
         return set(LIBRARY)
     return set()
 
@@ -234,6 +237,8 @@ def problem_of_internal(kind, folder, test, tree, name):
     if (tree.root / name).is_file() and ".." not in parts:
         own = f"apps/{folder}/" if kind == "app" else None
         if kind == "app" and name.startswith(own):
+            return None
+        if kind == "refused" and name.startswith("test/refused_code/"):
             return None
         if kind == "test" and name.startswith(("test/", "apps/")):
             return None

@@ -37,6 +37,8 @@ SOUND = {
     "apps/risk_server/main.cpp": '#include <httplib.h>\n#include "apps/risk_server/tally.h"\n',
     "apps/risk_server/tally.h": "#include <nlohmann/json.hpp>\n",
     "apps/demo_host/main.cpp": "#include <signal.h>\n#include <quorvance/quorvance.h>\n",
+    "test/refused_code/wrong_text.cpp": '#include "base/text.h"\n#include "test/refused_code/a.h"\n',
+    "test/refused_code/a.h": '#include "state/session.h"\n',
     "test/end_to_end_test.cpp": '#include <quorvance/quorvance.h>\n#include "apps/risk_server/tally.h"\n'
     '#include "platform/testing/manual_clock.h"\n',
 }
@@ -104,6 +106,7 @@ VIOLATIONS = [
         "demo_host may not include",
     ),
     ("spanning tests stay outside", "test/a_test.cpp", '"state/session.h"', "may not include state"),
+    ("snippets need no test", "test/refused_code/a.cpp", "<gtest/gtest.h>", "only for tests"),
     ("written from the root", "src/state/a.cpp", '"session.h"', "written from the root"),
     ("no way around by dots", "src/base/a.cpp", '"base/../state/session.h"', "written from the root"),
     ("a header that does not exist", "src/state/a.cpp", "<quorvance/none.h>", "no public header"),

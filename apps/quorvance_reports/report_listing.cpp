@@ -18,9 +18,12 @@ using Json = nlohmann::ordered_json;
 constexpr std::array<std::string_view, 4> kCategories = {"activity", "bio", "communicationError",
                                                          "crash"};
 constexpr std::string_view kSetAside = "unreadable-";
+constexpr std::string_view kTemporaryPrefix = ".report-";
+constexpr const char* kTemporary = "temporary";
 constexpr std::size_t kMaxSummary = 100;
 
 std::optional<std::string> categoryOf(std::string_view name) {
+  if (name.starts_with(kTemporaryPrefix)) return kTemporary;
   const bool isSetAside = name.starts_with(kSetAside);
   if (isSetAside) name.remove_prefix(kSetAside.size());
   for (const std::string_view category : kCategories) {
@@ -76,7 +79,10 @@ std::vector<ListedReport> listReports(const std::filesystem::path& folder) {
     if (!category) continue;
     std::error_code ignored;  // what has no size is no file, which the summary tells
     const auto bytes = entry.is_regular_file(ignored) ? entry.file_size(ignored) : 0;
-    reports.push_back({*category, name, bytes, summaryOf(readReport(entry.path()))});
+    const auto report = readReport(entry.path());
+    const bool isTorn = *category == kTemporary && !report;
+    reports.push_back(
+        {*category, name, bytes, isTorn ? "torn or being written" : summaryOf(report)});
   }
   std::sort(reports.begin(), reports.end(), [](const ListedReport& a, const ListedReport& b) {
     return std::tie(a.category, a.name) < std::tie(b.category, b.name);

@@ -13,7 +13,9 @@ namespace quorvance_reports {
 inline constexpr std::uintmax_t kMaxShownBytes = std::uintmax_t{8} << 20;
 
 struct ListedReport {
-  std::string category;  // "unreadable" for what the library has set aside
+  // "unreadable" for what the library has set aside, "temporary" for what a process is writing or
+  // did not live to finish
+  std::string category;
   std::string name;
   std::uintmax_t bytes = 0;
   std::string summary;  // what it tells in one line, or why it cannot be told

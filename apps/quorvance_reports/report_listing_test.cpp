@@ -36,6 +36,9 @@ TEST(ReportListingTest, TellsEachReportAndLeavesOthersOut) {
   folder.put("unreadable-bioA.json", "[]");
   folder.put("unreadable-state.json", "[]");
   folder.put("state.json", "{}");
+  folder.put(".report-new-12-3456-crashC.json", R"({"error_type":"SIGBUS"})");
+  folder.put(".report-again-12-3456-crashB.json", "{\"torn");
+  folder.put(".lock-reports", "");
   std::filesystem::create_directory(folder.path() + "/bioFolder");
   const auto reports = listReports(folder.path());
   std::vector<std::string> lines;
@@ -44,6 +47,7 @@ TEST(ReportListingTest, TellsEachReportAndLeavesOthersOut) {
               testing::ElementsAre("activity screenType startApp, userId u [31m",
                                    "bio not readable as a report", "crash not readable as a report",
                                    "crash error_type SIGSEGV, error_code 11",
+                                   "temporary torn or being written", "temporary error_type SIGBUS",
                                    "unreadable not readable as a report"));
   std::ostringstream shown;
   printReports(shown, folder.path(), reports);

@@ -14,6 +14,8 @@ int usage(std::ostream& out, int status) {
          "  list FOLDER   the reports that are stored and not sent yet, one line of what each "
          "tells\n"
          "  show FOLDER   the same, whole\n\n"
+         "A \"temporary\" is being written, or its writer died: the next start of the application\n"
+         "takes it up when it is whole and removes it when it is not.\n\n"
          "FOLDER is the data folder of an application, by default\n"
          "$XDG_DATA_HOME (or ~/.local/share) / identifier / quorvance. Nothing in it is changed.\n"
          "Exit status: 0 done, 1 the folder cannot be read, 2 wrong arguments.\n";

@@ -144,7 +144,8 @@ class QuorvanceManager {
   /// next checkpoint its verdict.
   void setPendingUserData(Json userData);
 
-  /// Keeps the crash as a report, to be sent later.
+  /// Keeps the crash as a report, to be sent later. Waits for the disk, as no other operation does:
+  /// the report is there when it returns, and the process may end.
   void crashEyeDidCatchCrash(const CrashModel& crash);
 
  private:

@@ -1,22 +1,14 @@
 #include "base/debug.h"
 
 #include <atomic>
-#include <cstdio>
-#include <string>
+
+#include "base/debug_output.h"
 
 namespace quorvance {
 namespace {
 
 std::atomic<bool> debugMode{false};
 std::atomic<DebugSink> debugSink{nullptr};
-
-// One write a line: lines of several threads do not mix.
-void printToConsole(std::string_view line) {
-  std::string text(line);
-  text += '\n';
-  std::fwrite(text.data(), 1, text.size(), stdout);
-  std::fflush(stdout);
-}
 
 }  // namespace
 
@@ -26,10 +18,14 @@ void setIsInDebugMode(bool on) noexcept { debugMode.store(on, std::memory_order_
 
 void setDebugSink(DebugSink sink) noexcept { debugSink.store(sink); }
 
-void debugPrint(std::string_view line) {
+void debugPrint(std::string_view line) noexcept {
   if (!isInDebugMode()) return;
   const DebugSink sink = debugSink.load();
-  sink != nullptr ? sink(line) : printToConsole(line);
+  sink != nullptr ? sink(line) : DebugOutput::ofProcess().add(line);
+}
+
+bool flushDebugOutput(std::chrono::steady_clock::time_point deadline) noexcept {
+  return DebugOutput::ofProcess().flush(deadline);
 }
 
 }  // namespace quorvance

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <cstddef>
 #include <string_view>
 
 namespace quorvance {
@@ -8,14 +10,25 @@ namespace quorvance {
 bool isInDebugMode() noexcept;
 void setIsInDebugMode(bool on) noexcept;
 
-/// Takes whole lines without their line end; may be called from several threads at once.
+/// Takes whole lines without their line end, on the thread that prints them; may be called from
+/// several threads at once.
 using DebugSink = void (*)(std::string_view line);
 
-/// Where debug lines go: standard output until a sink is set; null restores that.
+/// Where debug lines go: the console until a sink is set; null restores that.
 void setDebugSink(DebugSink sink) noexcept;
 
 /// Prints the line in debug mode, otherwise does nothing. Callers whose line is dear to build ask
-/// isInDebugMode() first.
-void debugPrint(std::string_view line);
+/// isInDebugMode() first. Never waits for the console, and throws nothing.
+void debugPrint(std::string_view line) noexcept;
+
+/// Lines that wait for a console that nobody reads: at most so many, and of so many bytes (one of
+/// the longest reply fits). What comes on top is dropped, counted, and told of in its place once
+/// the console takes lines again.
+inline constexpr std::size_t kMaxWaitingDebugLines = 1000;
+inline constexpr std::size_t kMaxWaitingDebugBytes = 16UL * 1024 * 1024;
+
+/// Waits until the console has what was printed, or until the deadline; true when it has. At the
+/// end of a process.
+bool flushDebugOutput(std::chrono::steady_clock::time_point deadline) noexcept;
 
 }  // namespace quorvance

@@ -1,7 +1,6 @@
 #include "base/json.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -32,30 +31,6 @@ std::optional<std::string> dumpJson(const Json& value, int indent) {
   return value.dump(indent, ' ', false, Json::error_handler_t::replace);
 }
 
-// The parser itself has no limits. Brackets and colons inside texts do not count.
-bool exceedsLimits(std::string_view text) {
-  std::array<std::size_t, kMaxJsonDepth + 1> members{};
-  std::size_t depth = 0;
-  bool inText = false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    if (inText) {
-      if (c == '\\') ++i;
-      if (c == '"') inText = false;
-    } else if (c == '"') {
-      inText = true;
-    } else if (c == '[' || c == '{') {
-      if (++depth > kMaxJsonDepth) return true;
-      members[depth] = 0;
-    } else if ((c == ']' || c == '}') && depth > 0) {
-      --depth;
-    } else if (c == ':' && ++members[depth] > kMaxJsonMembers) {
-      return true;
-    }
-  }
-  return false;
-}
-
 }  // namespace
 
 bool isNestedTooDeep(const Json& value) { return !fitsDepth(value, 0); }
@@ -67,13 +42,6 @@ std::optional<std::string> writeJson(const Json& value) { return dumpJson(value,
 std::optional<std::string> writeJsonIndented(const Json& value) { return dumpJson(value, kIndent); }
 
 std::string textOf(const Json& value) { return writeJson(value).value_or("nil"); }
-
-std::optional<Json> parseJson(std::string_view text) {
-  if (exceedsLimits(text)) return std::nullopt;
-  Json value = Json::parse(text.begin(), text.end(), nullptr, false);
-  if (value.is_discarded()) return std::nullopt;
-  return value;
-}
 
 Json makeObject(std::size_t members) {
   Json object = Json::object();

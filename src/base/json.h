@@ -17,9 +17,10 @@ namespace quorvance {
 /// Deeper values are neither written nor read: writing and copying recurse.
 inline constexpr std::size_t kMaxJsonDepth = 128;
 
-/// Text with more members in one object is not read: the members of an object stand in a list, and
-/// each is compared with those before it.
-inline constexpr std::size_t kMaxJsonMembers = 4096;
+/// Text with more values, all of them counted, objects and arrays too, is not read: small values
+/// take many times the room of their text. A reply of the server has ten, a large configuration
+/// thousands.
+inline constexpr std::size_t kMaxJsonValues = 65'536;
 
 /// Whether writing or copying the value would recurse beyond kMaxJsonDepth.
 bool isNestedTooDeep(const Json& value);
@@ -38,7 +39,8 @@ std::optional<std::string> writeJsonIndented(const Json& value);
 /// The text form of a value in traces and debug lines: compact, "nil" for what cannot be JSON.
 std::string textOf(const Json& value);
 
-/// Absent for text that is no JSON, holds more than one value, or exceeds the two bounds above.
+/// Absent for text that is no JSON, holds more than one value or a NUL, or exceeds the two bounds
+/// above. Of members with one key the last value stands, in the place of the first.
 std::optional<Json> parseJson(std::string_view text);
 
 /// A JSON object with room for `members`: growing an object that holds others copies them all.

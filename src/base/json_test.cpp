@@ -12,6 +12,8 @@
 namespace quorvance {
 namespace {
 
+using namespace std::string_view_literals;
+
 std::string bracketNest(std::size_t depth, std::string_view inner) {
   return std::string(depth, '[') + std::string(inner) + std::string(depth, ']');
 }
@@ -43,22 +45,70 @@ TEST(ParseJsonTest, AcceptsNestingUpToTheLimit) {
   EXPECT_FALSE(parseJson(std::string(4'000'000, '[')).has_value());
 }
 
-TEST(ParseJsonTest, DoesNotCountSiblingsNorBracketsInsideTexts) {
-  const std::string brackets(500, '[');
-  EXPECT_TRUE(parseJson("{\"" + brackets + "\":\"\\\"" + brackets + "\\\\\"}").has_value());
-  EXPECT_TRUE(writeJson(Json(std::vector<Json>(500, Json::array()))).has_value());
-  EXPECT_TRUE(parseJson(compactText(Json(std::vector<Json>(500, Json::array())))).has_value());
+std::string arrayOf(std::size_t count, const std::string& element) {
+  std::string text = "[";
+  for (std::size_t i = 0; i < count; ++i) text += (i == 0 ? "" : ",") + element;
+  return text + "]";
+}
+
+std::string objectOf(std::size_t members, std::size_t keys) {
+  std::string text = "{";
+  for (std::size_t i = 0; i < members; ++i) {
+    text += (i == 0 ? "\"k" : ",\"k") + std::to_string(i % keys) + "\":" + std::to_string(i);
+  }
+  return text + "}";
+}
+
+TEST(ParseJsonTest, CountsTheValuesOfTheWholeText) {
+  EXPECT_TRUE(parseJson(arrayOf(65'535, "1")).has_value());
+  EXPECT_FALSE(parseJson(arrayOf(65'536, "1")).has_value());
+  EXPECT_TRUE(parseJson(arrayOf(21'845, R"({"a":[""]})")).has_value());
+  EXPECT_FALSE(parseJson(arrayOf(21'846, R"({"a":[""]})")).has_value());
+  EXPECT_EQ(parsedJson(objectOf(6000, 6000)).size(), 6000U);
+}
+
+// The JSON library's own builder is what replies were read with, and sets the rule.
+TEST(ParseJsonTest, OfEqualKeysTheLastValueStandsInTheFirstPlace) {
+  for (const std::string& text :
+       {std::string(R"({"a":1,"b":{"c":1,"d":[{}],"c":2},"a":{"e":[]},"":3,"b":4,"":"x"})"),
+        std::string(R"([{"a":1},{"a":2,"a":[{"a":3,"a":4}]},{}])"), objectOf(31, 30),
+        objectOf(32, 31), objectOf(33, 32), objectOf(34, 33), objectOf(500, 70)}) {
+    EXPECT_EQ(compactText(parsedJson(text)), Json::parse(text).dump()) << text;
+  }
 }
 
 TEST(ParseJsonTest, RefusesWhatIsNoSingleJsonValue) {
-  for (const std::string_view text :
-       {"",        " ",        "{",   "[1,]",     R"({"a":1,})", "{a:1}",
-        "'a'",     "nul",      "NaN", "Infinity", "1 2",         "{} {}",
-        "{}x",     "01",       "+1",  "1.",       "\"\xFF\"",    "\"\xED\xA0\x80\"",
-        "\"\\x\"", "\"a\nb\"", "]",   "}}}}",     R"(")",        "\"\\",
-        "// c\n1"}) {
-    EXPECT_FALSE(parseJson(text).has_value()) << text;
-  }
+  const std::string_view texts[] = {"",
+                                    " ",
+                                    "{",
+                                    "[1,]",
+                                    R"({"a":1,})",
+                                    "{a:1}",
+                                    "'a'",
+                                    "nul",
+                                    "NaN",
+                                    "Infinity",
+                                    "1 2",
+                                    "{} {}",
+                                    "{}x",
+                                    "01",
+                                    "+1",
+                                    "1.",
+                                    "\"\xFF\"",
+                                    "\"\xED\xA0\x80\"",
+                                    "\"\\x\"",
+                                    "\"a\nb\"",
+                                    "]",
+                                    "}}}}",
+                                    R"(")",
+                                    "\"\\",
+                                    "// c\n1",
+                                    "{}\0"sv,
+                                    "\0{}"sv,
+                                    "{}\0{\"risk\":3}"sv,
+                                    "\"a\0b\""sv,
+                                    "{\"a\":1\0}"sv};
+  for (const std::string_view text : texts) EXPECT_FALSE(parseJson(text).has_value()) << text;
 }
 
 TEST(WriteJsonTest, RefusesNestingBeyondTheLimitOfTheParser) {

@@ -9,43 +9,34 @@ namespace quorvance {
 namespace {
 
 template <class Type>
-void writeOptional(Json& object, std::string_view key, const void* member) {
-  const auto& value = *static_cast<const std::optional<Type>*>(member);
+void writeOptional(Json& object, std::string_view key, const std::optional<Type>& value) {
   if (value) putMember(object, key, *value);
 }
 
 template <class Type>
-void writeRequired(Json& object, std::string_view key, const void* member) {
-  putMember(object, key, *static_cast<const Type*>(member));
+void writeRequired(Json& object, std::string_view key, const Type& value) {
+  putMember(object, key, value);
 }
 
-void readOptionalText(const Json& value, void* member) {
-  if (const std::string* text = textIn(value)) {
-    *static_cast<std::optional<std::string>*>(member) = *text;
-  }
+void readOptionalText(const Json& value, std::optional<std::string>& member) {
+  if (const std::string* text = textIn(value)) member = *text;
 }
 
-void readOptionalInteger(const Json& value, void* member) {
-  if (const auto number = integerOf(value)) {
-    *static_cast<std::optional<std::int64_t>*>(member) = number;
-  }
+void readOptionalInteger(const Json& value, std::optional<std::int64_t>& member) {
+  if (const auto number = integerOf(value)) member = number;
 }
 
 // One fact that is no number must not cost the whole body.
-void writeOptionalNumber(Json& object, std::string_view key, const void* member) {
-  const auto& value = *static_cast<const std::optional<double>*>(member);
+void writeOptionalNumber(Json& object, std::string_view key, const std::optional<double>& value) {
   if (value && std::isfinite(*value)) putMember(object, key, *value);
 }
 
-void readOptionalNumber(const Json& value, void* member) {
-  if (const auto number = numberOf(value)) {
-    *static_cast<std::optional<double>*>(member) = number;
-  }
+void readOptionalNumber(const Json& value, std::optional<double>& member) {
+  if (const auto number = numberOf(value)) member = number;
 }
 
 // 0.1f goes out as 0.1, not as the double nearest to the float.
-void writeOptionalSingle(Json& object, std::string_view key, const void* member) {
-  const auto& value = *static_cast<const std::optional<float>*>(member);
+void writeOptionalSingle(Json& object, std::string_view key, const std::optional<float>& value) {
   if (!value || !std::isfinite(*value)) return;
   std::array<char, 64> digits{};
   const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), *value).ptr;
@@ -54,28 +45,25 @@ void writeOptionalSingle(Json& object, std::string_view key, const void* member)
   putMember(object, key, number);
 }
 
-void readOptionalSingle(const Json& value, void* member) {
-  if (const auto number = numberOf(value)) {
-    *static_cast<std::optional<float>*>(member) = static_cast<float>(*number);
-  }
+void readOptionalSingle(const Json& value, std::optional<float>& member) {
+  if (const auto number = numberOf(value)) member = static_cast<float>(*number);
 }
 
-void readOptionalBool(const Json& value, void* member) {
-  if (value.is_boolean()) {
-    *static_cast<std::optional<bool>*>(member) = *value.get_ptr<const bool*>();
-  }
+void readOptionalBool(const Json& value, std::optional<bool>& member) {
+  if (value.is_boolean()) member = *value.get_ptr<const bool*>();
 }
 
-void readRequiredText(const Json& value, void* member) {
-  if (const std::string* text = textIn(value)) *static_cast<std::string*>(member) = *text;
+void readRequiredText(const Json& value, std::string& member) {
+  if (const std::string* text = textIn(value)) member = *text;
 }
 
-void readRequiredInteger(const Json& value, void* member) {
-  if (const auto number = integerOf(value)) *static_cast<std::int64_t*>(member) = *number;
+void readRequiredInteger(const Json& value, std::int64_t& member) {
+  if (const auto number = integerOf(value)) member = *number;
 }
 
-void writeTextList(Json& object, std::string_view key, const void* member) {
-  const auto& list = *static_cast<const std::optional<std::vector<std::string>>*>(member);
+using TextList = std::optional<std::vector<std::string>>;
+
+void writeTextList(Json& object, std::string_view key, const TextList& list) {
   if (!list) return;
   Json array = Json::array();
   array.get_ref<Json::array_t&>().reserve(list->size());
@@ -83,9 +71,9 @@ void writeTextList(Json& object, std::string_view key, const void* member) {
   putMember(object, key, std::move(array));
 }
 
-void readTextList(const Json& value, void* member) {
+void readTextList(const Json& value, TextList& member) {
   if (!value.is_array()) return;
-  auto& list = static_cast<std::optional<std::vector<std::string>>*>(member)->emplace();
+  auto& list = member.emplace();
   for (const Json& item : value) {
     if (const std::string* text = textIn(item)) list.push_back(*text);
   }
@@ -93,14 +81,22 @@ void readTextList(const Json& value, void* member) {
 
 }  // namespace
 
-const FieldCodec kTextCodec{&writeOptional<std::string>, &readOptionalText};
-const FieldCodec kIntegerCodec{&writeOptional<std::int64_t>, &readOptionalInteger};
-const FieldCodec kNumberCodec{&writeOptionalNumber, &readOptionalNumber};
-const FieldCodec kSingleCodec{&writeOptionalSingle, &readOptionalSingle};
-const FieldCodec kBoolCodec{&writeOptional<bool>, &readOptionalBool};
-const FieldCodec kRequiredTextCodec{&writeRequired<std::string>, &readRequiredText};
-const FieldCodec kRequiredIntegerCodec{&writeRequired<std::int64_t>, &readRequiredInteger};
-const FieldCodec kTextListCodec{&writeTextList, &readTextList};
+constinit const FieldCodec<std::optional<std::string>> kTextCodec =
+    codecOf<std::optional<std::string>, &writeOptional, &readOptionalText>();
+constinit const FieldCodec<std::optional<std::int64_t>> kIntegerCodec =
+    codecOf<std::optional<std::int64_t>, &writeOptional, &readOptionalInteger>();
+constinit const FieldCodec<std::optional<double>> kNumberCodec =
+    codecOf<std::optional<double>, &writeOptionalNumber, &readOptionalNumber>();
+constinit const FieldCodec<std::optional<float>> kSingleCodec =
+    codecOf<std::optional<float>, &writeOptionalSingle, &readOptionalSingle>();
+constinit const FieldCodec<std::optional<bool>> kBoolCodec =
+    codecOf<std::optional<bool>, &writeOptional, &readOptionalBool>();
+constinit const FieldCodec<std::string> kRequiredTextCodec =
+    codecOf<std::string, &writeRequired, &readRequiredText>();
+constinit const FieldCodec<std::int64_t> kRequiredIntegerCodec =
+    codecOf<std::int64_t, &writeRequired, &readRequiredInteger>();
+constinit const FieldCodec<TextList> kTextListCodec =
+    codecOf<TextList, &writeTextList, &readTextList>();
 
 void writeTextMember(Json& object, std::string_view key, std::string text) {
   putMember(object, key, std::move(text));
@@ -112,16 +108,20 @@ void writeEmptyObject(Json& object, std::string_view key) {
   putMember(object, key, Json::object());
 }
 
-Json recordToJson(const void* record, std::span<const RecordField> fields) {
+Json erasedToJson(const void* record, std::span<const ErasedField> fields) {
   Json object = makeObject(fields.size());
-  for (const RecordField& entry : fields) {
-    entry.codec->write(object, entry.key, entry.member(record));
-  }
+  writeErased(object, record, fields);
   return object;
 }
 
-void recordFromJson(const Json& json, void* record, std::span<const RecordField> fields) {
-  for (const RecordField& entry : fields) {
+void writeErased(Json& object, const void* record, std::span<const ErasedField> fields) {
+  for (const ErasedField& entry : fields) {
+    entry.codec->write(object, entry.key, entry.member(record));
+  }
+}
+
+void readErased(const Json& json, void* record, std::span<const ErasedField> fields) {
+  for (const ErasedField& entry : fields) {
     if (const Json* value = findMember(json, entry.key)) {
       entry.codec->read(*value, entry.mutableMember(record));
     }

@@ -18,7 +18,7 @@ struct ProbeRecord {
   std::optional<std::vector<std::string>> list;
 };
 
-constexpr RecordField kProbeFields[] = {
+constexpr auto kProbeFields = RecordTable{
     field<&ProbeRecord::number>("number"),
     field<&ProbeRecord::single>("single"),
     field<&ProbeRecord::requiredText>("requiredText"),
@@ -28,8 +28,8 @@ constexpr RecordField kProbeFields[] = {
 
 std::string rewrittenProbe(const Json& json) {
   ProbeRecord record;
-  recordFromJson(json, &record, kProbeFields);
-  return compactText(recordToJson(&record, kProbeFields));
+  readRecord(json, record, kProbeFields);
+  return compactText(recordToJson(record, kProbeFields));
 }
 
 TEST(RecordTest, WritesPresentFieldsInTheOrderOfItsTable) {
@@ -47,11 +47,11 @@ TEST(RecordTest, WritesASingleWithItsOwnShortestDigits) {
   ProbeRecord record;
   for (const auto& [single, text] : rows) {
     record.single = single;
-    EXPECT_EQ(compactText(recordToJson(&record, kProbeFields).at("single")), text);
+    EXPECT_EQ(compactText(recordToJson(record, kProbeFields).at("single")), text);
   }
   record.single = std::numeric_limits<float>::quiet_NaN();
   // A fact that is no number is left out: it must not cost the whole body.
-  EXPECT_FALSE(recordToJson(&record, kProbeFields).contains("single"));
+  EXPECT_FALSE(recordToJson(record, kProbeFields).contains("single"));
 }
 
 }  // namespace

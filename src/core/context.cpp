@@ -6,9 +6,7 @@
 
 #include "base/fatal.h"
 #include "base/forked_child.h"
-#include "core/stored_report_uploader.h"
-#include "diagnostics/crash_eye.h"
-#include "diagnostics/queued_report_keeper.h"
+#include "state/once_read_system_facts.h"
 
 namespace quorvance {
 namespace {
@@ -19,12 +17,8 @@ Platform checked(Platform platform) {
     fatalError("a platform lacks its clock, a queue, its HTTP session or its key-value store");
   }
   watchForForks();
+  if (auto& system = platform.facts.system) system = std::make_shared<OnceReadSystemFacts>(system);
   return platform;
-}
-
-template <class Part, class Default>
-std::shared_ptr<Part> partOr(std::shared_ptr<Part> part, Default makeDefault) {
-  return part ? std::move(part) : makeDefault();
 }
 
 // Leaked on purpose: threads of the library may outlive every static destructor.
@@ -41,30 +35,19 @@ ProcessState& processState() {
 
 }  // namespace
 
-Context::Context(Platform usedPlatform, ContextParts parts)
+Context::Context(Platform usedPlatform)
     : platform(checked(std::move(usedPlatform))),
       state(std::make_shared<InnerQuorvanceData>(platform.clock, platform.defaults,
                                                  platform.identity)),
-      texts(std::make_shared<SystemTexts>(platform.environment)),
+      texts(std::make_shared<SystemTexts>(platform.environment, platform.facts.system)),
       tracing(std::make_shared<TracingManager>(state, texts)),
       exceptions(std::make_shared<ExceptionLogger>(tracing)),
       reportStore(std::make_shared<ReportStore>(platform.documents, exceptions)),
-      reports(partOr(std::move(parts.reports),
-                     [this] {
-                       return std::make_shared<QueuedReportKeeper>(reportStore,
-                                                                   platform.backgroundQueue);
-                     })),
-      crashCatcher(
-          partOr(std::move(parts.crashCatcher),
-                 [this] { return std::make_shared<CrashEye>(platform.crashTrap, texts); })),
-      facts(std::make_shared<DeviceFactsCache>(platform, texts)),
-      collector(std::make_shared<DeviceDataCollector>(platform, state, facts)),
-      deviceData(std::make_shared<DeviceDataManager>(state, collector)),
-      screens(partOr(std::move(parts.screens),
-                     [] { return std::make_shared<InertScreenListenerMaker>(); })),
-      uploader(partOr(std::move(parts.uploader), [this] {
-        return std::make_shared<StoredReportUploader>(reportStore, platform.backgroundQueue);
-      })) {}
+      reports(std::make_shared<ReportKeeper>(reportStore, platform.backgroundQueue, texts)),
+      crashEye(std::make_shared<CrashEye>(platform.crashTrap, texts, platform.documents)),
+      deviceData(std::make_shared<DeviceDataManager>(platform, state, texts)),
+      screens(std::make_shared<InertScreenListenerMaker>()),
+      uploader(std::make_shared<ReportUploader>(reportStore, platform.backgroundQueue)) {}
 
 CallServices Context::callServices() const {
   return {platform.http, platform.backgroundQueue, state, texts, tracing, exceptions, reports};

@@ -7,10 +7,8 @@
 
 #include "biometrics/screen_listener_maker.h"
 #include "core/report_uploader.h"
-#include "device/device_data_collector.h"
 #include "device/device_data_manager.h"
-#include "device/device_facts_cache.h"
-#include "diagnostics/crash_catcher.h"
+#include "diagnostics/crash_eye.h"
 #include "diagnostics/exception_logger.h"
 #include "diagnostics/report_keeper.h"
 #include "diagnostics/report_store.h"
@@ -22,18 +20,10 @@
 
 namespace quorvance {
 
-/// Members of a context that a test replaces; null stands for the real one.
-struct ContextParts {
-  std::shared_ptr<ReportKeeper> reports;
-  std::shared_ptr<ReportUploader> uploader;
-  std::shared_ptr<CrashCatcher> crashCatcher;
-  std::shared_ptr<ScreenListenerMaker> screens;
-};
-
 /// What is process-wide, once per platform. Members stand in the order of the layers, and each is
 /// given only what stands above it.
 struct Context {
-  explicit Context(Platform usedPlatform, ContextParts parts = {});
+  explicit Context(Platform usedPlatform);
 
   /// What a service client needs of this context.
   CallServices callServices() const;
@@ -45,9 +35,7 @@ struct Context {
   const std::shared_ptr<ExceptionLogger> exceptions;
   const std::shared_ptr<ReportStore> reportStore;
   const std::shared_ptr<ReportKeeper> reports;
-  const std::shared_ptr<CrashCatcher> crashCatcher;
-  const std::shared_ptr<DeviceFactsCache> facts;
-  const std::shared_ptr<DeviceDataCollector> collector;
+  const std::shared_ptr<CrashEye> crashEye;
   const std::shared_ptr<DeviceDataManager> deviceData;
   const std::shared_ptr<ScreenListenerMaker> screens;
   const std::shared_ptr<ReportUploader> uploader;

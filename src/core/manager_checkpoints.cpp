@@ -3,6 +3,7 @@
 #include "base/debug.h"
 #include "base/text.h"
 #include "core/manager_core.h"
+#include "core/response_text.h"
 #include "model/transaction_update.h"
 #include "network/risk_verdict.h"
 #include "quorvance/account_check_points.h"
@@ -24,16 +25,14 @@ void hand(const RiskCompletion& completion, RiskVerdict verdict) {
 }
 
 // Host code runs on the background queue alone, also when its call was thrown away.
-std::shared_ptr<CallCompletion> verdictCompletion(std::shared_ptr<BackgroundQueue> queue,
-                                                  RiskCompletion completion,
-                                                  std::string requestId) {
+ReplyHandler verdictHandler(std::shared_ptr<BackgroundQueue> queue, RiskCompletion completion,
+                            std::string requestId) {
   auto shared = std::make_shared<const RiskCompletion>(std::move(completion));
-  return std::make_shared<CallCompletion>(
-      [shared](const ResponceObject& response) { hand(*shared, readVerdict(response)); },
-      [shared, queue = std::move(queue), requestId = std::move(requestId)] {
-        queue->post(WorkLane::completions,
-                    [shared, requestId] { hand(*shared, answerlessVerdict(requestId)); });
-      });
+  return {[shared](const ResponceObject& response) { hand(*shared, readVerdict(response)); },
+          [shared, queue = std::move(queue), requestId = std::move(requestId)] {
+            queue->post(WorkLane::completions,
+                        [shared, requestId] { hand(*shared, answerlessVerdict(requestId)); });
+          }};
 }
 
 }  // namespace
@@ -43,10 +42,10 @@ void ManagerCore::configureUserId(const CheckPoint& checkPoint) {
 }
 
 void ManagerCore::configureUserId(const CheckPoint& checkPoint, const Json& json) {
-  OperationTrace trace = openTrace("configureUserId", [&] { return std::vector{textOf(json)}; });
+  const OperationTrace trace(*context_->tracing, "configureUserId",
+                             [&] { return std::vector{textOf(json)}; });
   const User* user = userSigningIn(checkPoint);
   if (user != nullptr && user->userId) configureUserId(user->userId);
-  trace.close();
 }
 
 // Takes the user out of a login first, so that the body already carries it.
@@ -60,35 +59,33 @@ Json ManagerCore::checkPointBody(const CheckPoint& checkPoint, Json json) {
 
 void ManagerCore::getRiskForCheckPoint(const CheckPoint& checkPoint, RiskCompletion completion) {
   Json json = checkPoint.getJson();
-  OperationTrace trace =
-      openTrace("getRiskForCheckPoint", [&] { return std::vector{textOf(json)}; });
+  const OperationTrace trace(*context_->tracing, "getRiskForCheckPoint",
+                             [&] { return std::vector{textOf(json)}; });
   Json body = checkPointBody(checkPoint, std::move(json));
-  const PreparedCall call = prepare(Service::getCheckpointRisk, checkPoint.type());
+  const PreparedCall call = networkManager_->prepare(Service::getCheckpointRisk, checkPoint.type());
   networkManager_->send(
       call, std::move(body),
-      verdictCompletion(context_->platform.backgroundQueue, std::move(completion), call.requestId));
-  trace.close();
+      verdictHandler(context_->platform.backgroundQueue, std::move(completion), call.requestId));
 }
 
 void ManagerCore::arriveToCheckPoint(const CheckPoint& checkPoint) {
   Json json = checkPoint.getJson();
-  OperationTrace trace = openTrace("arriveToCheckPoint", [&] { return std::vector{textOf(json)}; });
+  const OperationTrace trace(*context_->tracing, "arriveToCheckPoint",
+                             [&] { return std::vector{textOf(json)}; });
   Json body = checkPointBody(checkPoint, std::move(json));
-  networkManager_->send(
-      prepare(Service::sendCheckpointEvent, checkPoint.type()), std::move(body),
-      std::make_shared<CallCompletion>(
-          [self = shared_from_this(), kept = trace](const ResponceObject& response) mutable {
-            printResponse(response);
-            if (kept.isEnabled()) kept.append("response: " + responseText(response));
-          },
-          nullptr));
-  trace.close();
+  networkManager_->send(networkManager_->prepare(Service::sendCheckpointEvent, checkPoint.type()),
+                        std::move(body),
+                        [self = shared_from_this(),
+                         kept = trace.continuation()](const ResponceObject& response) mutable {
+                          printResponse(response);
+                          appendResponse(kept, response);
+                        });
 }
 
 void ManagerCore::updateCheckPointStatus(CheckPointType type, const std::string& requestID,
                                          CheckPointStatus status,
                                          const std::optional<std::string>& transactionID) {
-  OperationTrace trace = openTrace("updateCheckPointStatus", [&] {
+  const OperationTrace trace(*context_->tracing, "updateCheckPointStatus", [&] {
     return std::vector{CheckPointTypeToString::toString(type), requestID,
                        CheckPointStatusToString::toString(status), textOrNil(transactionID)};
   });
@@ -101,9 +98,9 @@ void ManagerCore::updateCheckPointStatus(CheckPointType type, const std::string&
     debugPrint(std::string("updateTransactionStatus: ") +
                (response.succeeded() ? "true" : "false"));
   };
-  networkManager_->send(prepare(Service::updateTransactionResult, std::nullopt, requestID),
-                        std::move(body), std::make_shared<CallCompletion>(print, nullptr));
-  trace.close();
+  networkManager_->send(
+      networkManager_->prepare(Service::updateTransactionResult, std::nullopt, requestID),
+      std::move(body), print);
 }
 
 }  // namespace quorvance

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "core/recording_parts_test_support.h"
+#include "core/manager_world_test_support.h"
 #include "quorvance/account_check_points.h"
 #include "quorvance/transaction.h"
 
@@ -76,7 +76,7 @@ TEST(CheckpointTest, LoginChangesTheStoredUserBeforeTheBodyIsBuilt) {
   world.manager->arriveToCheckPoint(Login(nullptr));
   EXPECT_EQ(world.store->read("user_id").text, "måns 1/2");
   world.manager->arriveToCheckPoint(Register(userNamed("r")));
-  EXPECT_EQ(world.manager->userId(), "r");
+  EXPECT_EQ(world.manager->identity().userId(), "r");
 }
 
 // A bus that hangs holds up nothing either.
@@ -100,18 +100,19 @@ TEST(CheckpointTest, TellsThePermissionsAndThePlaceOfItsMoment) {
   world.authorization->answers = {
       {AuthorizationSubject::location, AuthorizationStatus::authorizedWhenInUse}};
   world.location->fix = LocationFix{.latitude = 47.5};
+  world.manager->onRequestAccess(MobilePermission::PHOTO);
   EXPECT_EQ(told(), R"({"location":{"latitude":47.5},"permissions":["AUTHORIZED_WHEN_IN_USE"],)"
                     R"("ignorePermissions":[)" +
-                        others + R"("CAMERA","CALENDAR","REMINDER"],"askedPermissions":[]})");
+                        others +
+                        R"("CAMERA","CALENDAR","REMINDER"],"askedPermissions":["PHOTO"]})");
 }
 
 TEST(CheckpointTest, StepsComeInTheirOrder) {
   ManagerWorld world;
-  world.http->answer(ManagerWorld::kRiskPath, okReply(R"({"risk":0})"));
   world.configure(ManagerWorld::kTraceManager);
+  world.put({"activity1.json"});
   world.context->tracing->clear();
   world.manager->getRiskForCheckPoint(Login(userNamed("u2")), nullptr);
-  EXPECT_THAT(world.asked->lines, ElementsAre("upload activity under u1"));
   EXPECT_THAT(world.traces(), ElementsAre("getRiskForCheckPoint Start", "configureUserId Start",
                                           "configure(userId:) Start", "configure(userId:) End",
                                           "configureUserId End", "getRiskForCheckPoint End"));
@@ -120,7 +121,12 @@ TEST(CheckpointTest, StepsComeInTheirOrder) {
   EXPECT_EQ(*entries[0]["paramList"][0].get_ptr<const std::string*>(),
             textOf(Login(userNamed("u2")).getJson()));
   world.time->run();
+  EXPECT_THAT(world.usersSentTo(ManagerWorld::kActivityPath), ElementsAre("u1"));
+  EXPECT_THAT(world.usersSentTo(ManagerWorld::kRiskPath), ElementsAre("u2"));
   EXPECT_EQ(world.traces().size(), 6U);
+  // The activity of the one who was there goes out under that user.
+  EXPECT_THAT(world.usersSentTo(ManagerWorld::kActivityPath), ElementsAre("u1"));
+  EXPECT_THAT(world.usersSentTo(ManagerWorld::kRiskPath), ElementsAre("u2"));
   world.manager->arriveToCheckPoint(Launch());
   world.time->run();
   EXPECT_EQ(world.traces().back(), "arriveToCheckPoint Middle");
@@ -138,9 +144,9 @@ TEST(CheckpointTest, BodyFollowsTheTypeAndUpdateDetailsCarriesNoDeviceData) {
   ASSERT_EQ(sent.size(), 2U);
   EXPECT_EQ(textOf(sent[0].body["PASSWORD_CHANGE"]), R"({"checkpoint_type":"GENERAL"})");
   EXPECT_EQ(textOf(sent[0].body["keys"]["checkpoint"]), R"("PASSWORD_CHANGE")");
-  EXPECT_NE(findMember(sent[0].body, "checkpoint_additional_data"), nullptr);
-  EXPECT_EQ(findMember(sent[1].body, "checkpoint_additional_data"), nullptr);
-  EXPECT_EQ(sent[1].body.size(), 4U);  // the checkpoint, "keys", "session", "version"
+  EXPECT_THAT(keysOf(sent[0].body), ElementsAre("session", "checkpoint_additional_data",
+                                                "PASSWORD_CHANGE", "keys", "version"));
+  EXPECT_THAT(keysOf(sent[1].body), ElementsAre("UPDATE_DETAILS", "keys", "session", "version"));
 }
 
 TEST(CheckpointTest, EveryVerdictComesExactlyOnce) {
@@ -150,7 +156,7 @@ TEST(CheckpointTest, EveryVerdictComesExactlyOnce) {
   // A body that cannot be JSON, then a URL that does not parse: neither is ever sent.
   world.manager->getRiskForCheckPoint(Transaction({.amount = std::nan("")}),
                                       keepVerdicts(verdicts));
-  world.manager->setServerUrl("http://risk.test/%zz/");
+  world.manager->identity().setServerUrl("http://risk.test/%zz/");
   world.manager->getRiskForCheckPoint(Launch(), keepVerdicts(verdicts));
   world.time->run();
   EXPECT_EQ(world.http->countTo(ManagerWorld::kRiskPath), 0U);
@@ -160,21 +166,6 @@ TEST(CheckpointTest, EveryVerdictComesExactlyOnce) {
   EXPECT_NE(verdicts[0].requestId, verdicts[1].requestId);
   world.time->advance(1h);
   EXPECT_EQ(verdicts.size(), 2U);
-}
-
-TEST(CheckpointTest, CallsWaitForNoDiskNoBusAndNoNetwork) {
-  ManagerWorld world;
-  world.http->neverAnswer();
-  world.time->hold(WorkLane::files);
-  world.time->hold(WorkLane::facts);
-  world.setup();
-  std::vector<HandedVerdict> verdicts;
-  world.manager->getRiskForCheckPoint(Launch(), keepVerdicts(verdicts));
-  world.manager->arriveToCheckPoint(Launch());
-  world.manager->updateCheckPointStatus(CheckPointType::LOGIN, "r", CheckPointStatus::DENIED, "t");
-  world.manager->logout();
-  world.time->advance(1h);
-  EXPECT_THAT(verdicts, IsEmpty());
 }
 
 TEST(CheckpointTest, OutcomeCarriesTheHostsRequestAndATransactionOnlyForTransactions) {
@@ -202,23 +193,6 @@ TEST(CheckpointTest, OutcomeCarriesTheHostsRequestAndATransactionOnlyForTransact
             R"(["LOGIN","R-1","DENIED","T-1"])");
 }
 
-TEST(CheckpointTest, PendingUserDataGoesWithTheNextPayloadOnly) {
-  ManagerWorld world;
-  world.setup();
-  Json userData = Json::object();
-  userData["contacts"] = 3;
-  world.context->collector->setPendingUserData(userData);
-  world.manager->arriveToCheckPoint(CheckPoint(CheckPointType::UPDATE_DETAILS));
-  world.manager->arriveToCheckPoint(Launch());
-  world.manager->arriveToCheckPoint(Launch());
-  world.time->run();
-  const auto sent = world.http->sentTo(ManagerWorld::kEventPath);
-  ASSERT_EQ(sent.size(), 3U);
-  EXPECT_EQ(findMember(sent[0].body, "user_data"), nullptr);
-  EXPECT_EQ(textOf(sent[1].body["user_data"]), R"({"contacts":3})");
-  EXPECT_EQ(findMember(sent[2].body, "user_data"), nullptr);
-}
-
 TEST(CheckpointTest, BadlyEncodedUserCostsNoVerdict) {
   ManagerWorld world;
   world.http->answer(ManagerWorld::kRiskPath, okReply(R"({"risk":1})"));
@@ -230,18 +204,6 @@ TEST(CheckpointTest, BadlyEncodedUserCostsNoVerdict) {
   EXPECT_EQ(verdicts[0].level, "MEDIUM");
   const Json body = world.http->sentTo(ManagerWorld::kRiskPath)[0].body;
   EXPECT_EQ(textOf(body["keys"]["user_id"]), R"("u%EF%BF%BD")");
-}
-
-TEST(CheckpointTest, DebugLinesTellTheAnswers) {
-  ManagerWorld world;
-  const DebugLines debug;
-  world.setup();
-  world.manager->arriveToCheckPoint(Launch());
-  world.manager->updateCheckPointStatus(CheckPointType::LOGIN, "r", CheckPointStatus::DENIED, {});
-  world.http->answer(ManagerWorld::kResultPath, statusReply(500));
-  world.time->run();
-  EXPECT_TRUE(debug.contain("QuorvanceManager response: {}"));
-  EXPECT_TRUE(debug.contain("updateTransactionStatus: false"));
 }
 
 }  // namespace

@@ -7,18 +7,18 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <string_view>
-#include <vector>
 
 #include "core/context.h"
-#include "core/operation_trace.h"
+#include "core/retried_exchange.h"
+#include "core/trace_uploader.h"
 #include "network/quorvance_network_manager.h"
 #include "quorvance/quorvance_manager.h"
 
 namespace quorvance {
 
-/// What a QuorvanceManager does, over a context. Any thread: the texts are guarded by one mutex,
-/// the flags are atomics whose races are benign (a fetch or a send made twice is tolerated).
+/// What a QuorvanceManager does, over a context. Any thread: the accepted session is guarded by
+/// a mutex, the flags are atomics whose races are benign (a fetch or a send made twice is
+/// tolerated).
 ///
 /// Its life: set up with a URL and a user, it fetches the configuration, every 10 s until the first
 /// success. A device identifier, once asked for, is asked for again 10 s after each failure; the
@@ -62,11 +62,8 @@ class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this
   void setPendingUserData(Json userData);
   void crashEyeDidCatchCrash(const CrashModel& crash) override;
 
-  // Plain fields (manager_core.cpp).
-  std::optional<std::string> serverUrl() const;
-  void setServerUrl(std::optional<std::string> serverUrl);
-  std::optional<std::string> userId() const;
-  void setUserId(std::optional<std::string> userId);
+  // Plain fields.
+  ClientIdentity& identity() { return networkManager_->identity(); }
   bool logoutEventNow() const { return flags_.logoutEventNow; }
   void setLogoutEventNow(bool now) { flags_.logoutEventNow = now; }
   std::optional<std::string> getDeviceId() const;
@@ -80,65 +77,45 @@ class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this
     std::atomic<bool> isStartApp{true};
     /// No configuration has come yet.
     std::atomic<bool> repeatSdkConfig{true};
-    /// The server has accepted the running session.
-    std::atomic<bool> isDataSendAfterSession{false};
     std::atomic<bool> logoutEventNow{false};
   };
 
   explicit ManagerCore(std::shared_ptr<Context> context);
 
-  void configureDeviceId(const std::string& deviceId);
-  void getSdkConfiguration();
-  void receiveSdkConfiguration(const ResponceObject& response, OperationTrace trace);
+  RetriedExchange::Rules configurationRules();
+  RetriedExchange::Rules deviceIdRules();
+  RetriedExchange::Rules sessionRules();
+  bool takeConfiguration(const RetriedExchange::Answer& answer);
+  bool takeDeviceId(const RetriedExchange::Answer& answer);
+  bool takeSessionAnswer(const RetriedExchange::Answer& answer);
   void saveSdkConfiguration(const Json& dictionary);
-  void receiveDeviceId(const ResponceObject& response, OperationTrace trace);
   void acceptDeviceId(const std::string& deviceId);
-  void uploadTraces();
-  void receiveSessionAnswer(const ResponceObject& response);
+  void configureDeviceId(const std::string& deviceId);
+  /// Whether the server has accepted the running session.
+  bool isDataSendAfterSession() const;
   void configureUserId(const CheckPoint& checkPoint, const Json& json);
   Json checkPointBody(const CheckPoint& checkPoint, Json json);
+  void announceScreen(ScreenListenerType type, std::int64_t actionId);
   void storeStartApp(std::int64_t now);
 
-  template <class MakeArguments>
-  OperationTrace openTrace(std::string_view name, MakeArguments&& makeArguments) {
-    return {*context_->tracing, context_->state->traceLevels().isOn(TraceLevel::qvManager), name,
-            makeArguments};
-  }
-  OperationTrace openTrace(std::string_view name) {
-    return openTrace(name, [] { return std::vector<std::string>(); });
-  }
-
-  /// Refreshes the client's identity and settles a call under it: every call begins here, so that
-  /// none can forget it.
-  PreparedCall prepare(Service service, std::optional<CheckPointType> checkPoint = std::nullopt,
-                       std::optional<std::string> requestId = std::nullopt);
-  ClientIdentity identity() const;
   /// The session as of now and the identity go with the reports.
   void uploadStoredReports(ReportCategory category);
-  /// Runs once on the main queue, after the delay.
-  template <class Step>
-  void schedule(std::chrono::milliseconds delay, Step step) {
-    context_->platform.mainQueue->postAfter(delay,
-                                            [self = shared_from_this(), step] { step(*self); });
-  }
 
   const std::shared_ptr<Context> context_;
-  const std::shared_ptr<QuorvanceNetworkManager> networkManager_;
-  /// Milliseconds since 1970.
+  /// Milliseconds since 1970; before the client first reads the store.
   const std::int64_t startAppTime_;
+  const std::shared_ptr<QuorvanceNetworkManager> networkManager_;
+  const RetriedExchange configuration_;
+  const RetriedExchange deviceId_;
+  const RetriedExchange session_;
+  const TraceUploader traceUploader_;
   Flags flags_;
   /// Idle: nothing is ever added to it.
   std::deque<Task> initialCallsOperationQueue;
 
   mutable std::mutex mutex_;
-  std::optional<std::string> serverUrl_;
-  std::optional<std::string> userId_;
-  std::string deviceId_;
+  /// The identifier of the session that the server has accepted; absent while a send is under way.
+  std::optional<std::string> acceptedSession_;
 };
-
-/// The text form of a reply in debug lines and traces.
-std::string responseText(const ResponceObject& response);
-/// Prints "QuorvanceManager response: " and the reply in debug mode.
-void printResponse(const ResponceObject& response);
 
 }  // namespace quorvance

@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "core/manager_core.h"
+#include "core/response_text.h"
 #include "diagnostics/activity_map.h"
 #include "diagnostics/crash_report.h"
 
@@ -14,18 +15,22 @@ constexpr std::chrono::milliseconds kEmulatorProbeDelay{500};
 
 std::shared_ptr<QuorvanceScreenListener> ManagerCore::startNewScreenListener(
     ScreenListenerType type, std::int64_t actionId, std::shared_ptr<View> view) {
-  OperationTrace trace = openTrace("startNewScreenListener");
+  announceScreen(type, actionId);
+  return context_->screens->makeListener(type, actionId, std::move(view));
+}
+
+// All that is traced of a new listener: its own beginning comes after the end of the entry.
+void ManagerCore::announceScreen(ScreenListenerType type, std::int64_t actionId) {
+  const OperationTrace trace(*context_->tracing, "startNewScreenListener");
   const std::int64_t now = context_->state->now();
   const auto config = context_->state->sdkConfig();
   if (config->watches(type, actionId)) {
-    networkManager_->send(prepare(Service::thirdPartyCacheEnrichment), makeObject(3),
-                          std::make_shared<CallCompletion>(&printResponse, nullptr));
+    networkManager_->send(networkManager_->prepare(Service::thirdPartyCacheEnrichment),
+                          makeObject(3), &printResponse);
   }
   if (config->activityMap.value_or(false) && flags_.isStartApp.exchange(false)) {
     storeStartApp(now);
   }
-  trace.close();
-  return context_->screens->makeListener(type, actionId, std::move(view));
 }
 
 // How long the application took to reach its first watched screen.
@@ -44,29 +49,29 @@ void ManagerCore::storeStartApp(std::int64_t now) {
 }
 
 void ManagerCore::checkSensorForEmulator() {
-  OperationTrace trace = openTrace("checkSensorForEmulator");
-  schedule(kEmulatorProbeDelay, [](ManagerCore& self) { self.context_->screens->probeSensors(); });
-  trace.close();
+  const OperationTrace trace(*context_->tracing, "checkSensorForEmulator");
+  context_->platform.mainQueue->postAfter(kEmulatorProbeDelay, [self = shared_from_this()] {
+    self->context_->screens->probeSensors();
+  });
 }
 
-void ManagerCore::onRequestAccess(MobilePermission type) { context_->collector->recordAsked(type); }
+void ManagerCore::onRequestAccess(MobilePermission type) {
+  context_->deviceData->recordAsked(type);
+}
 
 bool ManagerCore::ifAuthorized(MobilePermission type) {
-  return context_->collector->isAuthorized(type);
+  return context_->deviceData->isAuthorized(type);
 }
 
 void ManagerCore::setPendingUserData(Json userData) {
-  if (userData.is_null()) {
-    context_->collector->takePendingUserData();
-  } else if (userData.is_object() && writeJson(userData)) {
-    context_->collector->setPendingUserData(std::move(userData));
-  }
+  context_->deviceData->setPendingUserData(std::move(userData));
 }
 
 void ManagerCore::crashEyeDidCatchCrash(const CrashModel& crash) {
   if (crash.isStored) return;
-  context_->reports->storeReport(crashReport(crash, context_->state->now()).getJson(),
-                                 ReportCategory::crash);
+  // The process may be gone a moment later: the report is on the disk when this returns.
+  context_->reportStore->storeReport(crashReport(crash, context_->state->now()).getJson(),
+                                     ReportCategory::crash);
 }
 
 }  // namespace quorvance

@@ -3,32 +3,39 @@
 #include <limits>
 
 #include "base/json_test_support.h"
-#include "core/recording_parts_test_support.h"
+#include "core/manager_world_test_support.h"
 #include "quorvance/account_check_points.h"
 
 namespace quorvance {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::ElementsAre;
 
-TEST(EvidenceTest, FirstListenerWithTheActivityMapOnTellsTheStart) {
+TEST(EvidenceTest, FirstListenerWithTheActivityMapOnIsAnnouncedThenTellsTheStart) {
   ManagerWorld world;
   world.setup();
   world.time->run();
-  const auto view = std::shared_ptr<View>();
-  EXPECT_NE(world.manager->startNewScreenListener(ScreenListenerType::GENERAL, 1, view), nullptr);
-  EXPECT_THAT(world.asked->lines, ElementsAre("listener"));
+  const auto start = [&](std::int64_t actionId) {
+    EXPECT_NE(world.manager->startNewScreenListener(ScreenListenerType::GENERAL, actionId, nullptr),
+              nullptr);
+    world.time->run();
+  };
+  start(1);
+  EXPECT_EQ(world.documents->count("activity"), 0U);
+  std::optional<std::size_t> recordsAtEnrichment;
+  world.http->answer(ManagerWorld::kEnrichmentPath, [&](const SentRequest&) {
+    recordsAtEnrichment = world.documents->count("activity");
+    return okReply("{}");
+  });
   world.configure(R"({"activity_map": true,
                       "screen_listeners_list": [{"screenListenerType": "GENERAL", "screenId": 1},
                                                 {"screenListenerType": "GENERAL"}]})");
   world.time->advance(3s);
-  world.asked->lines.clear();
-  world.manager->startNewScreenListener(ScreenListenerType::GENERAL, 1, view);
-  world.manager->startNewScreenListener(ScreenListenerType::GENERAL, 2, view);
-  world.time->run();
-  EXPECT_THAT(world.asked->lines, ElementsAre("store activity", "listener", "listener"));
-  EXPECT_EQ(textOf(world.asked->stored[0]),
+  start(1);
+  start(2);
+  EXPECT_EQ(recordsAtEnrichment, 0U);
+  ASSERT_EQ(world.documents->count("activity"), 1U);
+  EXPECT_EQ(textOf(*parseJson(world.documents->files.begin()->second)),
             R"({"appID":"com.bank.app","appVer":"4.2","deviceId":"no_device_id","userId":"u1",)"
             R"("sessionId":")" +
                 *world.manager->getSessionId() +
@@ -39,13 +46,31 @@ TEST(EvidenceTest, FirstListenerWithTheActivityMapOnTellsTheStart) {
   EXPECT_EQ(enriched[0].body.size(), 3U);
 }
 
-TEST(EvidenceTest, AskedPermissionsAreStoredOnceEachInOrder) {
+TEST(EvidenceTest, DebugLinesTellTheAnswersAndTheTraces) {
   ManagerWorld world;
-  world.store->write("permissionList", "CAMERA,NONSENSE,CAMERA");
-  world.restart();
-  world.manager->onRequestAccess(MobilePermission::PHOTO);
-  world.manager->onRequestAccess(MobilePermission::CAMERA);
-  EXPECT_EQ(world.store->read("permissionList").text, "CAMERA,PHOTO");
+  const DebugLines debug;
+  const auto answer = [&](const char* path, const char* name) {
+    world.http->answer(path, okReply(std::string(R"({"response":")") + name + R"("})"));
+  };
+  answer(ManagerWorld::kEventPath, "arrived");
+  answer(ManagerWorld::kSessionPath, "OK");
+  answer(ManagerWorld::kEnrichmentPath, "enriched");
+  world.http->answer(ManagerWorld::kResultPath, statusReply(500));
+  world.configure(R"({"tracing_manager": {"level_qv_manager": true},
+                      "screen_listeners_list": [{"screenListenerType": "GENERAL", "screenId": 1}]})");
+  world.manager->arriveToCheckPoint(Launch());
+  world.manager->sendDataWithNewSession();
+  world.manager->startNewScreenListener(ScreenListenerType::GENERAL, 1, nullptr);
+  world.manager->updateCheckPointStatus(CheckPointType::LOGIN, "r", CheckPointStatus::DENIED, {});
+  world.time->run();
+  for (const char* line : {"4.2", "QuorvanceManager: time to init device data manager: 0.0",
+                           "length dataLogging: Optional(0)", "length dataLogging: Optional(5)",
+                           R"(QuorvanceManager response: {"response":"arrived"})",
+                           R"(QuorvanceManager response: {"response":"OK"})",
+                           R"(QuorvanceManager response: {"response":"enriched"})",
+                           "updateTransactionStatus: false"}) {
+    EXPECT_THAT(debug.lines(), testing::Contains(line));
+  }
 }
 
 TEST(EvidenceTest, PermissionIsAnsweredAsItStandsNow) {
@@ -106,8 +131,15 @@ TEST(EvidenceTest, UserDataThatCannotBeSentIsIgnored) {
   EXPECT_EQ(world.http->countTo(ManagerWorld::kEventPath), 5U);
 }
 
-TEST(EvidenceTest, CrashIsKeptUnderItsSignalsNumber) {
+// Nothing runs after the call: the report is stored when it returns.
+TEST(EvidenceTest, CrashIsKeptAtOnceUnderItsSignalsNumber) {
   ManagerWorld world;
+  const auto storedOf = [&](const CrashModel& crash) {
+    world.documents->files.clear();
+    world.manager->crashEyeDidCatchCrash(crash);
+    return world.documents->files.empty() ? Json()
+                                          : *parseJson(world.documents->files.begin()->second);
+  };
   CrashModel crash{CrashModelType::signal,
                    "SIGBUS",
                    "Signal SIGBUS(10) was raised.\n",
@@ -115,19 +147,17 @@ TEST(EvidenceTest, CrashIsKeptUnderItsSignalsNumber) {
                    "12",
                    "m",
                    "frame"};
-  world.manager->crashEyeDidCatchCrash(crash);
-  crash.name = "OTHER";
-  world.manager->crashEyeDidCatchCrash(crash);
-  crash = {CrashModelType::exception, "SIGBUS", "why", "1.0.0", "12", "m", "frame"};
-  world.manager->crashEyeDidCatchCrash(crash);
-  world.time->run();
-  EXPECT_THAT(world.asked->lines, ElementsAre("store crash", "store crash", "store crash"));
-  EXPECT_EQ(textOf(world.asked->stored[0]),
+  EXPECT_EQ(textOf(storedOf(crash)),
             R"({"error_stack":"frame","version":"12","device_model":"m","sdk_version":"1.0.0",)"
             R"("cause":"Signal SIGBUS(10) was raised.\n","error_type":"SIGBUS","error_code":10,)"
             R"("error_timestamp":1700000000000})");
-  EXPECT_EQ(findMember(world.asked->stored[1], "error_code"), nullptr);
-  EXPECT_EQ(findMember(world.asked->stored[2], "error_code"), nullptr);
+  crash.name = "OTHER";
+  EXPECT_EQ(findMember(storedOf(crash), "error_code"), nullptr);
+  crash.type = CrashModelType::exception;
+  crash.name = "SIGBUS";
+  EXPECT_EQ(findMember(storedOf(crash), "error_code"), nullptr);
+  crash.isStored = true;
+  EXPECT_TRUE(storedOf(crash).is_null()) << "the trap has dealt with it";
 }
 
 }  // namespace

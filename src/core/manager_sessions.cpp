@@ -1,13 +1,10 @@
-#include <chrono>
 #include <utility>
 
-#include "base/fatal.h"
 #include "core/manager_core.h"
+#include "core/response_text.h"
 
 namespace quorvance {
 namespace {
-
-constexpr std::chrono::seconds kSessionRetryDelay{10};
 
 bool isAccepted(const ResponceObject& response) {
   if (!response.succeeded() || !response.output) return false;
@@ -17,47 +14,53 @@ bool isAccepted(const ResponceObject& response) {
 
 }  // namespace
 
-// No trace entry, by contract. Identity and session are those of now; the snapshots are built in
-// the background, once they have been read.
+// No trace entry, by contract. The snapshots are built in the background, once they have been read.
+RetriedExchange::Rules ManagerCore::sessionRules() {
+  return {
+      .service = Service::sendSessionData,
+      .traceName = {},
+      .whenReady = [this](Task task) { context_->deviceData->whenSessionIsReady(std::move(task)); },
+      .makeBody = [this] { return context_->deviceData->getJson(CheckPointType::GENERAL, true); },
+      .take = [this](const auto& answer) { return takeSessionAnswer(answer); },
+      .isNeeded = [this] { return !isDataSendAfterSession(); }};
+}
+
 void ManagerCore::sendDataWithNewSession() {
-  flags_.isDataSendAfterSession = false;
-  context_->facts->whenRefreshed(
-      [self = shared_from_this(), call = prepare(Service::sendSessionData)] {
-        self->networkManager_->send(
-            call, self->context_->deviceData->getJson(CheckPointType::GENERAL, true),
-            std::make_shared<CallCompletion>(
-                [self](const ResponceObject& response) { self->receiveSessionAnswer(response); },
-                nullptr));
-      });
-}
-
-void ManagerCore::receiveSessionAnswer(const ResponceObject& response) {
-  printResponse(response);
-  if (isAccepted(response)) {
-    flags_.isDataSendAfterSession = true;
-  } else {
-    sendDataWithNewSessionThread();
+  {
+    const std::lock_guard lock(mutex_);
+    acceptedSession_.reset();
   }
+  session_.ask(shared_from_this());
 }
 
-void ManagerCore::sendDataWithNewSessionThread() {
-  schedule(kSessionRetryDelay, [](ManagerCore& self) {
-    if (!self.flags_.isDataSendAfterSession) self.sendDataWithNewSession();
-  });
+void ManagerCore::sendDataWithNewSessionThread() { session_.askLater(shared_from_this()); }
+
+// A session that a logout has replaced may still be accepted; that tells nothing of the running
+// one.
+bool ManagerCore::takeSessionAnswer(const RetriedExchange::Answer& answer) {
+  printResponse(answer.response);
+  if (!isAccepted(answer.response)) return false;
+  if (answer.session.idSession == getSessionId()) {
+    const std::lock_guard lock(mutex_);
+    acceptedSession_ = answer.session.idSession;
+  }
+  return true;
+}
+
+bool ManagerCore::isDataSendAfterSession() const {
+  const std::optional<std::string> running = getSessionId();
+  const std::lock_guard lock(mutex_);
+  return acceptedSession_ && acceptedSession_ == running;
 }
 
 void ManagerCore::logout() {
-  OperationTrace trace = openTrace("logout()");
+  const OperationTrace trace(*context_->tracing, "logout()");
   uploadStoredReports(ReportCategory::activity);
-  InnerQuorvanceData& state = *context_->state;
-  state.write(StoredKey::userId, state.defaultValue(StoredKey::userId));
-  setUserId(std::nullopt);
-  if (!state.readText(StoredKey::userId)) fatalError("the stored user cannot be read");
-  state.startNewSession();
+  identity().forgetUser();
+  context_->state->startNewSession();
   sendDataWithNewSession();
   flags_.logoutEventNow = true;
   if (const auto& face = context_->platform.faceDetection) face->reset();
-  trace.close();
 }
 
 }  // namespace quorvance

@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "core/recording_parts_test_support.h"
+#include "core/manager_world_test_support.h"
 #include "quorvance/account_check_points.h"
 
 namespace quorvance {
@@ -8,23 +8,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
-
-std::vector<std::string> keysOf(const Json& object) {
-  std::vector<std::string> keys;
-  for (const auto& item : object.items()) keys.push_back(item.key());
-  return keys;
-}
-
-TEST(SessionTest, BeginsWithTheFirstReadAndStaysUntilLogout) {
-  ManagerWorld world;
-  const auto first = world.manager->getSessionId();
-  ASSERT_TRUE(first);
-  EXPECT_EQ(*first, "0F1E2D3C-4B5A-4978-8796-A5B4C3D2E1F0-1700000000000");
-  world.time->advance(1h);
-  EXPECT_EQ(world.manager->getSessionId(), first);
-  world.restart();
-  EXPECT_NE(world.manager->getSessionId(), first);
-}
 
 TEST(SessionTest, PayloadCarriesAllSnapshotsAndNoCheckpoint) {
   ManagerWorld world;
@@ -36,6 +19,7 @@ TEST(SessionTest, PayloadCarriesAllSnapshotsAndNoCheckpoint) {
   EXPECT_THAT(keysOf(sent[0].body),
               ElementsAre("session", "checkpoint_additional_data", "device_data", "sim_data",
                           "user_data", "settings_data", "keys", "version"));
+  EXPECT_EQ(textOf(sent[0].body["user_data"]), "{}");
   EXPECT_EQ(findMember(sent[0].body["keys"], "checkpoint"), nullptr);
 }
 
@@ -57,28 +41,10 @@ TEST(SessionTest, IsAcceptedByAnyTextThatContainsOk) {
     world.http->answer(ManagerWorld::kSessionPath, okReply(R"({"response":"OK"})"));
     world.setup();
     world.manager->sendDataWithNewSession();
-    world.time->advance(10s - 1ms);
-    EXPECT_EQ(world.http->countTo(ManagerWorld::kSessionPath), 1U);
     world.time->advance(10min);
     EXPECT_EQ(world.http->countTo(ManagerWorld::kSessionPath), isAccepted ? 1U : 2U)
         << reply.body.value_or("none");
   }
-}
-
-TEST(SessionTest, EachRefusalIsFollowedByARetryTenSecondsLater) {
-  ManagerWorld world;
-  const std::int64_t start = world.time->nowMilliseconds();
-  world.http->answer(ManagerWorld::kSessionPath, okReply(R"({"response":"later"})"));
-  world.setup();
-  world.manager->sendDataWithNewSession();
-  world.time->advance(4s);
-  world.manager->sendDataWithNewSession();
-  world.time->advance(17s);
-  std::vector<std::int64_t> seconds;
-  for (const SentRequest& sent : world.http->sentTo(ManagerWorld::kSessionPath)) {
-    seconds.push_back((sent.sentAt - start) / 1000);
-  }
-  EXPECT_THAT(seconds, ElementsAre(0, 4, 10, 14, 20));
 }
 
 TEST(SessionTest, SendLeavesNoTraceEntry) {
@@ -90,52 +56,109 @@ TEST(SessionTest, SendLeavesNoTraceEntry) {
   EXPECT_TRUE(world.context->tracing->isEmpty());
 }
 
-TEST(SessionTest, LogoutSendsTheLeavingUsersActivityThenBeginsANewSession) {
-  ManagerWorld world;
+/// What a host sees of a logout through its own platform: each look at it says who the user is, in
+/// which session, and whether the logout is told yet.
+struct LogoutWatch : FakeIdentity, FakeFaceDetection {
+  ManagerWorld* world = nullptr;
+  std::vector<std::string> lines;
+
+  void note(const std::string& who) {
+    if (world == nullptr) return;
+    lines.push_back(who + ": " + world->store->read("user_id").text + " " +
+                    world->context->state->currentSession().idSession.substr(37) +
+                    (world->manager->logoutEventNow() ? " told" : ""));
+  }
+  std::optional<std::string> vendorIdentifier() override {
+    note("identifier");
+    return vendor;
+  }
+  void reset() override { note("face, " + world->traces().back()); }
+};
+
+/// Every reading is a millisecond later.
+class TickingClock : public WallClock {
+ public:
+  double secondsSince1970() override { return static_cast<double>(++milliseconds_) / 1000.0; }
+
+ private:
+  std::int64_t milliseconds_ = 1'700'000'000'000;
+};
+
+TEST(SessionTest, LogoutTakesItsStepsInOrder) {
+  const auto watch = std::make_shared<LogoutWatch>();
+  ManagerWorld world([&](Platform& seam) { seam.identity = watch, seam.faceDetection = watch; });
   world.configure(ManagerWorld::kTraceManager);
-  const auto left = world.manager->getSessionId();
+  world.put({"activity1.json"});
+  const std::string left = *world.manager->getSessionId();
   world.time->advance(5ms);
   world.context->tracing->clear();
+  const std::uint64_t delayedPosts = world.time->delayedPosts();
+  watch->world = &world;
   world.manager->logout();
-  world.time->run();
-  EXPECT_THAT(world.asked->lines, ElementsAre("upload activity under u1"));
-  EXPECT_EQ(world.asked->uploads[0].session.idSession, left);
-  EXPECT_EQ(world.store->read("user_id").text, "UNKNOWN");
-  EXPECT_EQ(world.manager->userId(), std::nullopt);
-  EXPECT_TRUE(world.manager->logoutEventNow());
-  EXPECT_EQ(world.face->resets, 1);
+  watch->world = nullptr;
+  // The identifier is asked for by the upload, by the new session and by its send.
+  EXPECT_THAT(watch->lines,
+              ElementsAre("identifier: u1 1700000000000", "identifier: UNKNOWN 1700000000000",
+                          "identifier: UNKNOWN 1700000000005",
+                          "face, logout() Start: UNKNOWN 1700000000005 told"));
+  EXPECT_GT(world.time->delayedPosts(), delayedPosts);
   EXPECT_THAT(world.traces(), ElementsAre("logout() Start", "logout() End"));
-  const auto sent = world.http->sentTo(ManagerWorld::kSessionPath);
-  ASSERT_EQ(sent.size(), 1U);
-  EXPECT_EQ(textOf(sent[0].body["keys"]["user_id"]), R"("UNKNOWN")");
-  EXPECT_EQ(textOf(sent[0].body["session"]), R"({"idSession":")" + *world.manager->getSessionId() +
-                                                 R"(","timeSession":1700000000005})");
-  EXPECT_NE(world.manager->getSessionId(), left);
+  EXPECT_EQ(world.manager->identity().userId(), std::nullopt);
+  world.time->run();
+  const auto activity = world.http->sentTo(ManagerWorld::kActivityPath);
+  const auto session = world.http->sentTo(ManagerWorld::kSessionPath);
+  ASSERT_EQ(activity.size(), 1U);
+  ASSERT_EQ(session.size(), 1U);
+  EXPECT_EQ(textOf(activity[0].body["keys"]["user_id"]), R"("u1")");
+  EXPECT_EQ(*findText(activity[0].body["session"], "idSession"), left);
+  EXPECT_EQ(textOf(session[0].body["keys"]["user_id"]), R"("UNKNOWN")");
+  EXPECT_EQ(
+      textOf(session[0].body["session"]),
+      R"({"idSession":")" + *world.manager->getSessionId() + R"(","timeSession":1700000000005})");
 }
 
-TEST(SessionTest, TwoLogoutsInOneMillisecondMakeTwoSessions) {
-  ManagerWorld world;
+TEST(SessionTest, IdentifierOfANewSessionIsMadeBeforeItsTime) {
+  ManagerWorld world([](Platform& seam) { seam.clock = std::make_shared<TickingClock>(); });
   world.setup();
   world.manager->logout();
-  const auto first = world.manager->getSessionId();
-  world.manager->logout();
-  EXPECT_NE(world.manager->getSessionId(), first);
-  EXPECT_EQ(world.context->state->currentSession().timeSession, 1'700'000'000'000);
-  world.manager->setLogoutEventNow(false);
-  EXPECT_FALSE(world.manager->logoutEventNow());
+  const Session session = world.context->state->currentSession();
+  EXPECT_LT(session.idSession.substr(37), std::to_string(session.timeSession));
 }
 
-TEST(SessionTest, RetryAfterLogoutCarriesTheSessionOfItsTime) {
+// A retry that waits asks for the session of its time.
+TEST(SessionTest, AcceptedSessionStopsTheRetryOfThatSessionAlone) {
   ManagerWorld world;
+  int sends = 0;
+  world.http->answer(ManagerWorld::kSessionPath, [&](const SentRequest&) {
+    ++sends;
+    // The user leaves before the answer to the first session is there.
+    if (sends == 1) world.manager->logout();
+    return sends == 2 ? refusedReply() : okReply(R"({"response":"OK"})");
+  });
+  world.setup();
+  world.manager->sendDataWithNewSession();
+  world.time->advance(10s - 1ms);
+  EXPECT_EQ(sends, 2);
+  world.time->advance(1ms);
+  ASSERT_EQ(sends, 3);
+  const auto sent = world.http->sentTo(ManagerWorld::kSessionPath);
+  EXPECT_NE(sent[0].body["session"], sent[1].body["session"]);
+  EXPECT_EQ(sent[1].body["session"], sent[2].body["session"]);
+  world.time->advance(10min);
+  EXPECT_EQ(sends, 3);
+}
+
+TEST(SessionTest, EverySendMustBeAcceptedAnew) {
+  ManagerWorld world;
+  world.http->answerOnce(ManagerWorld::kSessionPath, okReply(R"({"response":"OK"})"));
   world.http->answerOnce(ManagerWorld::kSessionPath, refusedReply());
   world.http->answer(ManagerWorld::kSessionPath, okReply(R"({"response":"OK"})"));
   world.setup();
-  world.manager->sendDataWithNewSession();
-  world.time->run();
-  world.manager->logout();
-  world.time->advance(1min);
-  // The logout's send was accepted, so the retry that waited has nothing to do.
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kSessionPath), 2U);
+  for (const std::size_t sends : {1U, 3U}) {
+    world.manager->sendDataWithNewSession();
+    world.time->advance(10min);
+    EXPECT_EQ(world.http->countTo(ManagerWorld::kSessionPath), sends);
+  }
 }
 
 }  // namespace

@@ -1,15 +1,12 @@
-#include <chrono>
 #include <utility>
 
 #include "base/debug.h"
 #include "base/text.h"
 #include "core/manager_core.h"
+#include "core/response_text.h"
 
 namespace quorvance {
 namespace {
-
-constexpr std::chrono::seconds kStartupRetryDelay{10};
-constexpr std::chrono::seconds kTraceUploadDelay{30};
 
 // "deviceID" is looked for in the object under "response" first, then at the top of the reply.
 const std::string* deviceIdIn(const Json& reply) {
@@ -30,11 +27,11 @@ bool hasAnyLevel(const std::optional<TracingDataQvData>& levels) {
 
 bool ManagerCore::setup(const std::string& serverUrl, const std::optional<std::string>& userId,
                         PlatformError* error) {
-  OperationTrace trace = openTrace("setup", [&] {
+  OperationTrace trace(*context_->tracing, "setup", [&] {
     return std::vector{serverUrl, textOrNil(userId)};
   });
   if (serverUrl.empty()) {
-    // The entry stays open: a setup that failed never ended.
+    trace.leaveOpen();  // a setup that failed never ended
     if (error != nullptr) *error = QuorvanceError::platformError();
     return false;
   }
@@ -49,114 +46,85 @@ bool ManagerCore::setup(const std::string& serverUrl, const std::optional<std::s
     debugPrint("QuorvanceManager: time to init device data manager: " +
                textOf(static_cast<double>(after - before)));
   }
-  getSdkConfiguration();
-  // A source over a bus begins to read with the first question: the first checkpoint may follow.
-  context_->platform.backgroundQueue->post(
-      WorkLane::facts, [collector = context_->collector] { collector->permissions(); });
-  context_->facts->refresh();
-  trace.close();
+  configuration_.ask(shared_from_this());
+  context_->deviceData->refresh();
   return true;
 }
 
 void ManagerCore::configureServerUrl(const std::optional<std::string>& serverUrl) {
-  OperationTrace trace =
-      openTrace("configure(serverUrl:)", [&] { return std::vector{textOrNil(serverUrl)}; });
-  setServerUrl(serverUrl);
-  if (serverUrl) context_->state->write(StoredKey::serverUrl, *serverUrl);
-  trace.close();
+  const OperationTrace trace(*context_->tracing, "configure(serverUrl:)",
+                             [&] { return std::vector{textOrNil(serverUrl)}; });
+  identity().configureServerUrl(serverUrl);
 }
 
 void ManagerCore::configureUserId(const std::optional<std::string>& userId) {
-  OperationTrace trace =
-      openTrace("configure(userId:)", [&] { return std::vector{textOrNil(userId)}; });
-  if (userId) {
-    context_->state->write(StoredKey::userId, *userId);
-    setUserId(userId);
-  }
-  trace.close();
+  const OperationTrace trace(*context_->tracing, "configure(userId:)",
+                             [&] { return std::vector{textOrNil(userId)}; });
+  if (userId) identity().configureUserId(*userId);
 }
 
 void ManagerCore::configureDeviceId(const std::string& deviceId) {
-  OperationTrace trace = openTrace("configure(deviceId:)", [&] { return std::vector{deviceId}; });
-  {
-    const std::lock_guard lock(mutex_);
-    deviceId_ = deviceId;
-  }
-  context_->state->write(StoredKey::deviceId, deviceId);
-  trace.close();
+  const OperationTrace trace(*context_->tracing, "configure(deviceId:)",
+                             [&] { return std::vector{deviceId}; });
+  identity().configureDeviceId(deviceId);
 }
 
-// The body names the system, which is read off this thread; identity and session are those of now.
-void ManagerCore::getSdkConfiguration() {
-  OperationTrace trace = openTrace("getSdkConfiguration");
-  context_->facts->whenSystemKnown(
-      [self = shared_from_this(), trace, call = prepare(Service::getSdkConfiguration)] {
-        self->networkManager_->send(call, self->context_->collector->configurationBody(),
-                                    std::make_shared<CallCompletion>(
-                                        [self, trace](const ResponceObject& response) {
-                                          self->receiveSdkConfiguration(response, trace);
-                                        },
-                                        nullptr));
-      });
-  trace.close();
+// The body names the system, which is read off the host's thread.
+RetriedExchange::Rules ManagerCore::configurationRules() {
+  return {.service = Service::getSdkConfiguration,
+          .traceName = "getSdkConfiguration",
+          .whenReady =
+              [this](Task task) {
+                context_->deviceData->whenConfigurationBodyIsReady(std::move(task));
+              },
+          .makeBody = [this] { return context_->deviceData->configurationBody(); },
+          .take = [this](const auto& answer) { return takeConfiguration(answer); },
+          .isNeeded = [this] { return flags_.repeatSdkConfig.load(); }};
 }
 
-void ManagerCore::receiveSdkConfiguration(const ResponceObject& response, OperationTrace trace) {
-  if (!response.succeeded() || !response.output) {
-    getSdkConfigurationThread();
-    return;
-  }
+bool ManagerCore::takeConfiguration(const RetriedExchange::Answer& answer) {
+  const ResponceObject& response = answer.response;
+  if (!response.succeeded() || !response.output) return false;
   flags_.repeatSdkConfig = false;
-  if (trace.isEnabled()) trace.append("response: " + responseText(response));
+  appendResponse(answer.trace, response);
   saveSdkConfiguration(*response.output);
+  return true;
 }
 
-void ManagerCore::getSdkConfigurationThread() {
-  schedule(kStartupRetryDelay, [](ManagerCore& self) {
-    if (self.flags_.repeatSdkConfig) self.getSdkConfiguration();
-  });
-}
+void ManagerCore::getSdkConfigurationThread() { configuration_.askLater(shared_from_this()); }
 
 void ManagerCore::saveSdkConfiguration(const Json& dictionary) {
-  OperationTrace trace =
-      openTrace("saveSdkConfiguration", [&] { return std::vector{textOf(dictionary)}; });
+  const OperationTrace trace(*context_->tracing, "saveSdkConfiguration",
+                             [&] { return std::vector{textOf(dictionary)}; });
   const SdkConfig config = SdkConfig::fromJson(dictionary);
   context_->state->replaceSdkConfig(config);
   flags_.repeatSdkConfig = false;
-  if (config.enableCrashEye.value_or(false)) context_->crashCatcher->install(weak_from_this());
+  if (config.enableCrashEye.value_or(false)) context_->crashEye->install(weak_from_this());
   if (hasAnyLevel(config.tracingDataQvData)) sendingTracingData();
-  trace.close();
 }
 
-void ManagerCore::getDeviceIdThread() {
-  schedule(kStartupRetryDelay, [](ManagerCore& self) {
-    InnerQuorvanceData& state = *self.context_->state;
-    if (state.read(StoredKey::deviceId) == state.defaultValue(StoredKey::deviceId)) {
-      self.initializeDeviceId();
-    }
-  });
+RetriedExchange::Rules ManagerCore::deviceIdRules() {
+  return {.service = Service::getDeviceId,
+          .traceName = "initializeDeviceId",
+          .whenReady = [](const Task& task) { task(); },
+          .makeBody = [this] { return context_->deviceData->deviceIdBody(); },
+          .take = [this](const auto& answer) { return takeDeviceId(answer); },
+          .isNeeded = [this] { return getDeviceId() == kNoDeviceId; }};
 }
 
-void ManagerCore::initializeDeviceId() {
-  OperationTrace trace = openTrace("initializeDeviceId");
-  networkManager_->send(prepare(Service::getDeviceId), context_->collector->deviceIdBody(),
-                        std::make_shared<CallCompletion>(
-                            [self = shared_from_this(), trace](const ResponceObject& response) {
-                              self->receiveDeviceId(response, trace);
-                            },
-                            nullptr));
-  trace.close();
-}
-
-void ManagerCore::receiveDeviceId(const ResponceObject& response, OperationTrace trace) {
-  if (!response.succeeded() || !response.output) {
-    getDeviceIdThread();
-    return;
-  }
-  if (trace.isEnabled()) trace.append("response: " + responseText(response));
-  const std::string* deviceId = deviceIdIn(*response.output);
+// A reply without an identifier, be it no object at all, changes nothing.
+bool ManagerCore::takeDeviceId(const RetriedExchange::Answer& answer) {
+  const ResponceObject& response = answer.response;
+  if (!response.succeeded()) return false;
+  appendResponse(answer.trace, response);
+  const std::string* deviceId = response.output ? deviceIdIn(*response.output) : nullptr;
   if (deviceId != nullptr && *deviceId != kNoDeviceId) acceptDeviceId(*deviceId);
+  return true;
 }
+
+void ManagerCore::initializeDeviceId() { deviceId_.ask(shared_from_this()); }
+
+void ManagerCore::getDeviceIdThread() { deviceId_.askLater(shared_from_this()); }
 
 // The same identifier again does all of it again.
 void ManagerCore::acceptDeviceId(const std::string& deviceId) {
@@ -167,35 +135,6 @@ void ManagerCore::acceptDeviceId(const std::string& deviceId) {
   if (isInDebugMode()) checkSensorForEmulator();
 }
 
-void ManagerCore::sendingTracingData() {
-  schedule(kTraceUploadDelay, [](ManagerCore& self) { self.uploadTraces(); });
-}
-
-// One link of a loop that never stops. The entries become JSON off the main queue; what is added
-// between the copy and the clear is lost with it, and that is accepted.
-void ManagerCore::uploadTraces() {
-  if (context_->tracing->isEmpty()) {
-    sendingTracingData();
-    return;
-  }
-  context_->platform.backgroundQueue->post(
-      WorkLane::completions, [self = shared_from_this(), call = prepare(Service::tracingData)] {
-        Json entries = self->context_->tracing->entries();
-        if (entries.empty()) {  // another loop's upload has cleared the buffer since
-          self->sendingTracingData();
-          return;
-        }
-        Json body = makeObject(4);
-        putMember(body, "tracingData", std::move(entries));
-        self->networkManager_->send(call, std::move(body),
-                                    std::make_shared<CallCompletion>(
-                                        [self](const ResponceObject& response) {
-                                          if (response.succeeded())
-                                            self->context_->tracing->clear();
-                                          self->sendingTracingData();
-                                        },
-                                        [self] { self->sendingTracingData(); }));
-      });
-}
+void ManagerCore::sendingTracingData() { traceUploader_.start(shared_from_this()); }
 
 }  // namespace quorvance

@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "core/recording_parts_test_support.h"
+#include "core/manager_world_test_support.h"
 
 namespace quorvance {
 namespace {
@@ -8,7 +8,6 @@ namespace {
 using namespace std::chrono_literals;
 using testing::Contains;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 std::vector<std::int64_t> secondsOfCalls(const ManagerWorld& world, std::string_view path,
                                          std::int64_t start) {
@@ -29,13 +28,14 @@ TEST(StartupTest, EmptyUrlIsRefusedAndChangesNothing) {
   EXPECT_EQ(error.description, "serverUrl can't be empty");
   world.time->run();
   EXPECT_EQ(world.store->writes(), stored);
-  EXPECT_EQ(world.manager->userId(), "u1");
+  EXPECT_EQ(world.manager->identity().userId(), "u1");
   EXPECT_EQ(world.http->countTo(ManagerWorld::kConfigurationPath), 1U);
   EXPECT_THAT(world.traces(), ElementsAre("setup Start"));
 }
 
-TEST(StartupTest, SetupStoresFetchesAndLeavesDeviceAndSessionToTheHost) {
+TEST(StartupTest, SetupStoresFetchesAndLeavesTheRestToTheHost) {
   ManagerWorld world;
+  world.put({"activity1.json", "communicationError1.json", "crash1.json"});
   EXPECT_TRUE(world.setup());
   world.time->run();
   EXPECT_EQ(world.store->read("serverUrl").text, "http://risk.test/");
@@ -47,57 +47,61 @@ TEST(StartupTest, SetupStoresFetchesAndLeavesDeviceAndSessionToTheHost) {
   EXPECT_EQ(textOf(sent.body["model"]), R"("Model-1")");
   EXPECT_EQ(textOf(sent.body["kindModel"]), R"("handset")");
   EXPECT_EQ(sent.body.size(), 6U);  // with "keys", "session" and "version"
-  EXPECT_THAT(world.asked->lines, IsEmpty());
+  EXPECT_EQ(world.documents->reads, 0);
 }
 
 TEST(StartupTest, AbsentUserKeepsTheStoredOneAndIsTracedAsNil) {
   ManagerWorld world;
-  world.store->write("user_id", "earlier");
   world.configure(ManagerWorld::kTraceManager);
-  world.store->write("user_id", "earlier");
-  world.manager->setUserId(std::nullopt);
   world.context->tracing->clear();
   EXPECT_TRUE(world.setup(std::nullopt));
-  EXPECT_EQ(world.store->read("user_id").text, "earlier");
+  EXPECT_EQ(world.store->read("user_id").text, "u1");
   EXPECT_EQ(textOf(world.context->tracing->entries()[0]["paramList"]),
             R"(["http://risk.test/","nil"])");
-  world.time->run();
-  EXPECT_EQ(textOf(world.http->sent().back().body["keys"]["user_id"]), R"("earlier")");
 }
 
-TEST(StartupTest, ConfigurationIsRetriedEveryTenSecondsUntilTheFirstSuccess) {
+TEST(StartupTest, ConfigurationIsAskedForAgainUntilOneHasCome) {
   ManagerWorld world;
   const std::int64_t start = world.time->nowMilliseconds();
-  for (int i = 0; i < 2; ++i) {
-    world.http->answerOnce(ManagerWorld::kConfigurationPath, refusedReply());
-    world.http->answerOnce(ManagerWorld::kConfigurationPath, okReply("[]"));
-  }
+  world.http->answerOnce(ManagerWorld::kConfigurationPath, refusedReply());
+  world.http->answerOnce(ManagerWorld::kConfigurationPath, okReply("[]"));
   world.setup();
-  world.time->advance(10s - 1ms);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kConfigurationPath), 1U);
-  world.time->advance(1ms);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kConfigurationPath), 2U);
   world.time->advance(10min);
   EXPECT_THAT(secondsOfCalls(world, ManagerWorld::kConfigurationPath, start),
-              ElementsAre(0, 10, 20, 30, 40));
+              ElementsAre(0, 10, 20));
+  // From now on only a setup asks.
   world.manager->getSdkConfigurationThread();
   world.time->advance(10min);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kConfigurationPath), 5U);
+  EXPECT_EQ(world.http->countTo(ManagerWorld::kConfigurationPath), 3U);
+  world.http->answerOnce(ManagerWorld::kConfigurationPath, refusedReply());
   world.setup();
   world.time->advance(10min);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kConfigurationPath), 6U);
+  EXPECT_EQ(world.http->countTo(ManagerWorld::kConfigurationPath), 4U);
 }
 
-TEST(StartupTest, ConfigurationIsTakenInOrderAndReplacedWhole) {
-  ManagerWorld world;
+/// Notes how much was put off when the trap was set.
+struct WatchingTrap : FakeCrashTrap {
+  std::shared_ptr<ManualExecutor> time;
+  std::uint64_t delayedPosts = 0;
+
+  void install(CrashPlan plan) override {
+    delayedPosts = time->delayedPosts();
+    FakeCrashTrap::install(std::move(plan));
+  }
+};
+
+TEST(StartupTest, ConfigurationInstallsTheCatcherThenStartsTheTraceLoopAndIsReplacedWhole) {
+  const auto trap = std::make_shared<WatchingTrap>();
+  ManagerWorld world([&](Platform& seam) { seam.crashTrap = trap; });
+  trap->time = world.time;
   world.configure(R"({"enable_crash_eye": true, "timeout_connection": 30,
                       "tracing_manager": {"level_exception": true}})");
-  EXPECT_THAT(world.asked->lines, ElementsAre("install"));
-  EXPECT_EQ(world.context->state->sdkConfig()->timeoutConnection, 30);
+  EXPECT_EQ(trap->plans.size(), 1U);
+  EXPECT_EQ(world.time->delayedPosts(), trap->delayedPosts + 1);
   world.http->answer(ManagerWorld::kConfigurationPath, okReply("{}"));
   world.setup();
   world.time->run();
-  EXPECT_THAT(world.asked->lines, ElementsAre("install"));
+  EXPECT_EQ(trap->plans.size(), 1U);
   EXPECT_EQ(world.context->state->sdkConfig()->timeoutConnection, 5);
 }
 
@@ -131,26 +135,46 @@ TEST(StartupTest, TimeoutIsFiveSecondsUntilAConfigurationSaysOtherwise) {
   EXPECT_EQ(world.http->sent()[2].request.timeout, 60s);
 }
 
-TEST(StartupTest, DeviceIdentifierIsStoredThenReportsThenSession) {
-  ManagerWorld world;
+/// Facts that note how often the documents had been looked at before they were read.
+struct WatchingFacts : FakeFacts<ScreenFacts> {
+  std::shared_ptr<MemoryDocuments> documents;
+  int documentReads = 0;
+
+  ScreenFacts read() override {
+    documentReads = documents->reads;
+    return facts;
+  }
+};
+
+TEST(StartupTest, DeviceIdentifierIsStoredThenErrorsThenCrashesThenTheSession) {
+  const auto facts = std::make_shared<WatchingFacts>();
+  ManagerWorld world([&](Platform& seam) { seam.facts.screen = facts; });
+  facts->documents = world.documents;
+  world.put({"activity1.json", "communicationError1.json", "crash1.json"});
   world.http->answer(ManagerWorld::kDevicePath, okReply(R"({"response":{"deviceID":"d-7"}})"));
   world.setup();
   world.manager->initializeDeviceId();
   world.time->run();
-  EXPECT_EQ(world.manager->getDeviceId(), "d-7");
-  EXPECT_THAT(world.asked->lines,
-              ElementsAre("upload communicationError under u1", "upload crash under u1"));
-  EXPECT_EQ(world.asked->uploads[0].keys.deviceId, "d-7");
-  ASSERT_EQ(world.http->countTo(ManagerWorld::kSessionPath), 1U);
   const SentRequest asked = world.http->sentTo(ManagerWorld::kDevicePath)[0];
   EXPECT_EQ(textOf(asked.body["device_data"]),
             R"({"collectTime":1700000000000,"uuid":"0F1E2D3C-4B5A-4978-8796-A5B4C3D2E1F0"})");
   EXPECT_EQ(textOf(asked.body["keys"]["device_id"]), R"("no_device_id")");
+  EXPECT_EQ(world.manager->getDeviceId(), "d-7");
+  std::vector<std::string> services;
+  for (const SentRequest& sent : world.http->sent()) {
+    if (*findText(sent.body["keys"], "device_id") == "d-7") services.push_back(sent.request.url);
+  }
+  const std::string server = ManagerWorld::kServer;
+  EXPECT_THAT(services,
+              ElementsAre(server + ManagerWorld::kErrorPath, server + ManagerWorld::kCrashPath,
+                          server + ManagerWorld::kSessionPath));
+  // Two listings and two files: the facts of the session were asked for after the uploads.
+  EXPECT_EQ(facts->documentReads, 4);
   // The same identifier again does all of it again.
   world.manager->initializeDeviceId();
   world.time->run();
-  EXPECT_EQ(world.asked->lines.size(), 4U);
   EXPECT_EQ(world.http->countTo(ManagerWorld::kSessionPath), 2U);
+  EXPECT_THAT(world.documents->files, ElementsAre(testing::Key("activity1.json")));
 }
 
 TEST(StartupTest, DeviceIdentifierIsReadFromEitherPlaceAndOddOnesChangeNothing) {
@@ -161,7 +185,10 @@ TEST(StartupTest, DeviceIdentifierIsReadFromEitherPlaceAndOddOnesChangeNothing) 
       {R"({"response":{"deviceID":"no_device_id"}})", "no_device_id"},
       {R"({"response":{"deviceID":7}})", "no_device_id"},
       {R"({"response":"OK"})", "no_device_id"},
-      {R"({})", "no_device_id"},
+      {"{}", "no_device_id"},
+      {"[]", "no_device_id"},
+      {R"("deviceID")", "no_device_id"},
+      {"null", "no_device_id"},
   };
   for (const auto& [reply, expected] : replies) {
     ManagerWorld world;
@@ -179,102 +206,26 @@ TEST(StartupTest, FailedDeviceIdentifierIsRetriedWhileNoneIsStored) {
   const std::int64_t start = world.time->nowMilliseconds();
   world.http->answer(ManagerWorld::kDevicePath, statusReply(500));
   world.setup();
-  world.manager->initializeDeviceId();
+  world.manager->getDeviceIdThread();
   world.time->advance(25s);
-  EXPECT_THAT(secondsOfCalls(world, ManagerWorld::kDevicePath, start), ElementsAre(0, 10, 20));
+  EXPECT_THAT(secondsOfCalls(world, ManagerWorld::kDevicePath, start), ElementsAre(10, 20));
   world.store->write("deviceId", "from elsewhere");
   world.time->advance(10min);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kDevicePath), 3U);
-  // A stored identifier is used although this manager never received it.
-  world.setup();
-  world.time->run();
-  EXPECT_EQ(textOf(world.http->sent().back().body["keys"]["device_id"]), R"("from elsewhere")");
+  EXPECT_EQ(world.http->countTo(ManagerWorld::kDevicePath), 2U);
 }
 
-TEST(StartupTest, DeviceCheckAlwaysWaitsTenSeconds) {
-  ManagerWorld world;
-  world.setup();
-  world.manager->getDeviceIdThread();
-  world.time->advance(10s - 1ms);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kDevicePath), 0U);
-  world.time->advance(1ms);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kDevicePath), 1U);
-}
-
-TEST(StartupTest, EmulatorIsProbedInDebugModeAfterADeviceIdentifier) {
-  ManagerWorld world;
-  world.http->answer(ManagerWorld::kDevicePath, okReply(R"({"deviceID":"d"})"));
-  const DebugLines debug;
-  world.setup();
-  world.manager->initializeDeviceId();
-  world.time->advance(499ms);
-  EXPECT_THAT(world.asked->lines, testing::Not(Contains("probe")));
-  world.time->advance(1ms);
-  EXPECT_THAT(world.asked->lines, Contains("probe"));
-  EXPECT_TRUE(debug.contain("4.2"));
-  EXPECT_TRUE(debug.contain("QuorvanceManager: time to init device data manager: 0.0"));
-}
-
-TEST(StartupTest, TraceLoopWaitsSendsAndKeepsWhatFailed) {
-  ManagerWorld world;
-  world.http->answerOnce(ManagerWorld::kTracingPath, statusReply(503));
-  world.configure(ManagerWorld::kTraceManager);
-  world.manager->configureUserId("u2");
-  world.time->advance(30s - 1ms);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kTracingPath), 0U);
-  world.time->advance(1ms);
-  ASSERT_EQ(world.http->countTo(ManagerWorld::kTracingPath), 1U);
-  const std::size_t entries = world.context->tracing->size();
-  EXPECT_GT(entries, 0U);
-  world.time->advance(30s);
-  const auto sent = world.http->sentTo(ManagerWorld::kTracingPath);
-  ASSERT_EQ(sent.size(), 2U);
-  EXPECT_EQ(sent[1].body["tracingData"].size(), entries);
-  EXPECT_TRUE(world.context->tracing->isEmpty());
-  world.time->advance(5min);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kTracingPath), 2U);
-}
-
-TEST(StartupTest, EachConfigurationWithALevelStartsOneMoreTraceLoop) {
-  ManagerWorld world;
-  world.http->answer(ManagerWorld::kTracingPath, statusReply(500));
-  world.configure(R"({"tracing_manager": {"level_face_verification_data": true}})");
-  world.context->tracing->traceException({"d", 1, "kept", std::nullopt});
-  world.setup();
-  world.time->run();
-  world.time->advance(30s);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kTracingPath), 2U);
-}
-
-TEST(StartupTest, TraceLoopSurvivesAUrlThatDoesNotParse) {
-  ManagerWorld world;
-  world.configure(ManagerWorld::kTraceManager);
-  world.manager->configureUserId("u2");
-  world.manager->setServerUrl("not a url/");
-  world.time->advance(30s);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kTracingPath), 0U);
-  world.manager->setServerUrl(ManagerWorld::kServer);
-  world.time->advance(30s);
-  EXPECT_EQ(world.http->countTo(ManagerWorld::kTracingPath), 1U);
-}
-
-TEST(StartupTest, SlowFactsHoldUpTheStartForTwoSecondsAtMost) {
-  ManagerWorld world;
-  world.time->hold(WorkLane::facts);
-  world.setup();
-  world.time->advance(2s - 1ms);
-  EXPECT_EQ(world.http->sent().size(), 0U);
-  world.time->advance(1ms);
-  ASSERT_EQ(world.http->sent().size(), 1U);
-  // What the kernel's name for the machine and the fallback of the kind tell.
-  const Json body = world.http->sent()[0].body;
-  EXPECT_EQ(body.size(), 5U);
-  EXPECT_EQ(textOf(body["model"]) + textOf(body["kindModel"]), R"("x86_64""computer")");
-  world.time->release(WorkLane::facts);
-  world.time->run();
-  EXPECT_EQ(world.http->sent().size(), 1U);
-  EXPECT_NE(world.context->facts->snapshot()->fonts, nullptr) << "setup has everything read";
-  EXPECT_GT(world.authorization->questions, 0);
+TEST(StartupTest, EmulatorIsProbedAfterADeviceIdentifierInDebugModeAlone) {
+  for (const bool isDebug : {false, true}) {
+    ManagerWorld world;
+    std::optional<DebugLines> debug;
+    if (isDebug) debug.emplace();
+    world.http->answer(ManagerWorld::kDevicePath, okReply(R"({"deviceID":"d"})"));
+    world.configure(ManagerWorld::kTraceManager);
+    world.context->tracing->clear();
+    world.manager->initializeDeviceId();
+    world.time->run();
+    EXPECT_EQ(testing::Value(world.traces(), Contains("checkSensorForEmulator Start")), isDebug);
+  }
 }
 
 }  // namespace

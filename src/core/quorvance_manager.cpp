@@ -50,7 +50,7 @@ QuorvanceManager::QuorvanceManager(Platform platform) {
   if (mayEnter()) core_ = ManagerCore::make(std::make_shared<Context>(std::move(platform)));
 }
 
-QuorvanceManager::~QuorvanceManager() = default;
+QuorvanceManager::~QuorvanceManager() { leakInForkedChild(core_); }
 
 std::shared_ptr<QuorvanceManager> QuorvanceManager::shared() {
   if (!mayEnter()) return managerOfForkedChild();
@@ -88,19 +88,19 @@ void QuorvanceManager::exceptionQV(const std::optional<PlatformError>& error) {
 }
 
 std::optional<std::string> QuorvanceManager::serverUrl() const {
-  return mayEnter() ? core_->serverUrl() : std::nullopt;
+  return mayEnter() ? core_->identity().serverUrl() : std::nullopt;
 }
 
 void QuorvanceManager::setServerUrl(std::optional<std::string> serverUrl) {
-  if (mayEnter()) core_->setServerUrl(std::move(serverUrl));
+  if (mayEnter()) core_->identity().setServerUrl(std::move(serverUrl));
 }
 
 std::optional<std::string> QuorvanceManager::userId() const {
-  return mayEnter() ? core_->userId() : std::nullopt;
+  return mayEnter() ? core_->identity().userId() : std::nullopt;
 }
 
 void QuorvanceManager::setUserId(std::optional<std::string> userId) {
-  if (mayEnter()) core_->setUserId(std::move(userId));
+  if (mayEnter()) core_->identity().setUserId(std::move(userId));
 }
 
 bool QuorvanceManager::logoutEventNow() const { return mayEnter() && core_->logoutEventNow(); }

@@ -5,7 +5,7 @@
 namespace quorvance {
 namespace {
 
-constexpr RecordField kLocationFields[] = {
+constexpr auto kLocationFields = RecordTable{
     field<&LocationFix::accuracy>("accuracy"),
     field<&LocationFix::altitude>("altitude"),
     field<&LocationFix::latitude>("latitude"),
@@ -26,7 +26,7 @@ Json permissionWords(const std::vector<MobilePermission>& permissions) {
 Json CheckPointAdditionalData::getJson() const {
   Json object = makeObject(5);
   if (collectTime) putMember(object, "collectTime", *collectTime);
-  if (location) putMember(object, "location", recordToJson(&*location, kLocationFields));
+  if (location) putMember(object, "location", recordToJson(*location, kLocationFields));
   putMember(object, "permissions", permissionWords(permissions));
   putMember(object, "ignorePermissions", permissionWords(ignorePermissions));
   putMember(object, "askedPermissions", permissionWords(askPermissions));

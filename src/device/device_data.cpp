@@ -12,15 +12,14 @@ Json textArray(const std::vector<std::string>& texts) {
   return array;
 }
 
-void writeFamilies(Json& object, std::string_view key, const void* member) {
-  using Families = std::vector<std::string>;
-  const auto& families = *static_cast<const std::shared_ptr<const Families>*>(member);
+using Families = std::shared_ptr<const std::vector<std::string>>;
+using Fonts = std::shared_ptr<const std::map<std::string, std::vector<std::string>>>;
+
+void writeFamilies(Json& object, std::string_view key, const Families& families) {
   if (families) putMember(object, key, textArray(*families));
 }
 
-void writeFonts(Json& object, std::string_view key, const void* member) {
-  using Fonts = std::map<std::string, std::vector<std::string>>;
-  const auto& fonts = *static_cast<const std::shared_ptr<const Fonts>*>(member);
+void writeFonts(Json& object, std::string_view key, const Fonts& fonts) {
   if (!fonts) return;
   Json families = makeObject(fonts->size());
   for (const auto& [family, names] : *fonts) putMember(families, family, textArray(names));
@@ -28,12 +27,13 @@ void writeFonts(Json& object, std::string_view key, const void* member) {
 }
 
 // Snapshots are never read back.
-void ignoreFonts(const Json& /*value*/, void* /*member*/) {}
+template <class Type>
+void ignore(const Json& /*value*/, Type& /*member*/) {}
 
-constexpr FieldCodec kFamiliesCodec{&writeFamilies, &ignoreFonts};
-constexpr FieldCodec kFontsCodec{&writeFonts, &ignoreFonts};
+constexpr FieldCodec<Families> kFamiliesCodec = codecOf<Families, &writeFamilies, &ignore>();
+constexpr FieldCodec<Fonts> kFontsCodec = codecOf<Fonts, &writeFonts, &ignore>();
 
-constexpr RecordField kDeviceFields[] = {
+constexpr auto kDeviceFields = RecordTable{
     field<&DeviceData::collectTime>("collectTime"),
     field<&DeviceData::uuid>("uuid"),
     field<&DeviceData::iosVersion>("iosVersion"),
@@ -73,7 +73,7 @@ constexpr RecordField kDeviceFields[] = {
 };
 
 // The installed keyboards are collected and never told.
-constexpr RecordField kSettingFields[] = {
+constexpr auto kSettingFields = RecordTable{
     field<&SettingData::collectTime>("collectTime"),
     field<&SettingData::isEmulator>("isEmulator"),
     field<&SettingData::labelFontSize>("labelFontSize"),
@@ -89,7 +89,7 @@ constexpr RecordField kSettingFields[] = {
     field<&SettingData::isJailbreak>("isJailbreak"),
 };
 
-constexpr RecordField kSimFields[] = {
+constexpr auto kSimFields = RecordTable{
     field<&SimData::collectTime>("collectTime"),
     field<&SimData::isVoiceCapable>("isVoiceCapable"),
     field<&SimData::networkOperator>("networkOperator"),
@@ -100,10 +100,10 @@ constexpr RecordField kSimFields[] = {
 
 }  // namespace
 
-Json DeviceData::getJson() const { return recordToJson(this, kDeviceFields); }
+Json DeviceData::getJson() const { return recordToJson(*this, kDeviceFields); }
 
-Json SettingData::getJson() const { return recordToJson(this, kSettingFields); }
+Json SettingData::getJson() const { return recordToJson(*this, kSettingFields); }
 
-Json SimData::getJson() const { return recordToJson(this, kSimFields); }
+Json SimData::getJson() const { return recordToJson(*this, kSimFields); }
 
 }  // namespace quorvance

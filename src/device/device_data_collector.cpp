@@ -43,10 +43,8 @@ std::string writePermissionList(const std::vector<MobilePermission>& permissions
 }
 
 DeviceDataCollector::DeviceDataCollector(const Platform& platform,
-                                         std::shared_ptr<InnerQuorvanceData> state,
-                                         std::shared_ptr<DeviceFactsCache> facts)
+                                         std::shared_ptr<InnerQuorvanceData> state)
     : state_(std::move(state)),
-      facts_(std::move(facts)),
       identity_(platform.identity),
       environment_(platform.environment),
       userData_(platform.userData),
@@ -64,11 +62,9 @@ SnapshotInputs DeviceDataCollector::inputs(const DeviceFacts& facts) const {
   return result;
 }
 
-Json DeviceDataCollector::configurationBody() const {
-  const auto facts = facts_->snapshot();
-  return DeviceData{.iosVersion = facts->system.systemVersion,
-                    .model = facts->system.model,
-                    .kindModel = facts->system.kindModel}
+Json DeviceDataCollector::configurationBody(const SystemFacts& system) const {
+  return DeviceData{
+      .iosVersion = system.systemVersion, .model = system.model, .kindModel = system.kindModel}
       .getJson();
 }
 
@@ -81,21 +77,18 @@ Json DeviceDataCollector::deviceIdBody() const {
   return body;
 }
 
-Json DeviceDataCollector::deviceDataJson() const {
-  const auto facts = facts_->snapshot();
-  Json json = buildDeviceData(inputs(*facts)).getJson();
+Json DeviceDataCollector::deviceDataJson(const DeviceFacts& facts) const {
+  Json json = buildDeviceData(inputs(facts)).getJson();
   if (isInDebugMode()) debugPrint("device_data:  " + textOf(json));
   return json;
 }
 
-Json DeviceDataCollector::settingDataJson() const {
-  const auto facts = facts_->snapshot();
-  return buildSettingData(inputs(*facts)).getJson();
+Json DeviceDataCollector::settingDataJson(const DeviceFacts& facts) const {
+  return buildSettingData(inputs(facts)).getJson();
 }
 
-Json DeviceDataCollector::simDataJson() const {
-  const auto facts = facts_->snapshot();
-  return buildSimData(inputs(*facts)).getJson();
+Json DeviceDataCollector::simDataJson(const DeviceFacts& facts) const {
+  return buildSimData(inputs(facts)).getJson();
 }
 
 Json DeviceDataCollector::collectUserData() const {

@@ -23,21 +23,19 @@ namespace quorvance {
 std::vector<MobilePermission> readPermissionList(std::string_view stored);
 std::string writePermissionList(const std::vector<MobilePermission>& permissions);
 
-/// The running values that payloads are built from: cached facts, the permissions that the host
-/// asked for, and at most one pending user-data record. Any thread, guarded by one mutex.
+/// The running values that payloads are built from: the sources of what is told as of now, the
+/// permissions that the host asked for, and at most one pending user-data record. Any thread,
+/// guarded by one mutex.
 class DeviceDataCollector {
  public:
-  DeviceDataCollector(const Platform& platform, std::shared_ptr<InnerQuorvanceData> state,
-                      std::shared_ptr<DeviceFactsCache> facts);
+  DeviceDataCollector(const Platform& platform, std::shared_ptr<InnerQuorvanceData> state);
 
-  /// The body of the configuration request: the model facts at the top level, in every mode.
-  Json configurationBody() const;
-  /// The body of the device-identifier request, under "device_data".
+  // Each is built now, and stamped so, from these facts.
+  Json configurationBody(const SystemFacts& system) const;
   Json deviceIdBody() const;
-
-  Json deviceDataJson() const;
-  Json settingDataJson() const;
-  Json simDataJson() const;
+  Json deviceDataJson(const DeviceFacts& facts) const;
+  Json settingDataJson(const DeviceFacts& facts) const;
+  Json simDataJson(const DeviceFacts& facts) const;
   /// {} without a source. Waits for the platform: fact lane or background only.
   Json collectUserData() const;
 
@@ -57,14 +55,11 @@ class DeviceDataCollector {
   /// Adds the kind to the list and stores it; each kind once.
   void recordAsked(MobilePermission permission);
 
-  DeviceFactsCache& facts() const { return *facts_; }
-
  private:
   SnapshotInputs inputs(const DeviceFacts& facts) const;
   std::vector<MobilePermission>& askedLocked();
 
   const std::shared_ptr<InnerQuorvanceData> state_;
-  const std::shared_ptr<DeviceFactsCache> facts_;
   const std::shared_ptr<IdentitySource> identity_;
   const std::shared_ptr<EnvironmentSource> environment_;
   const std::shared_ptr<UserDataSource> userData_;

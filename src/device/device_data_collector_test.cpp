@@ -8,38 +8,18 @@
 namespace quorvance {
 namespace {
 
-class FixedUserData : public UserDataSource {
- public:
-  Json collect() override { return parsedJson(R"({"contacts":[]})"); }
-};
-
 struct CollectorWorld : TestWorld {
   CollectorWorld() { restart(); }
 
   // What a new process would make of the same store.
   void restart() {
     state = std::make_shared<InnerQuorvanceData>(time, store, identity);
-    facts =
-        std::make_shared<DeviceFactsCache>(platform(), std::make_shared<SystemTexts>(environment));
-    collector = std::make_shared<DeviceDataCollector>(platform(), state, facts);
-  }
-  void refresh() {
-    facts->whenRefreshed([] {});
-    time->run();
+    collector = std::make_shared<DeviceDataCollector>(platform(), state);
   }
 
   std::shared_ptr<InnerQuorvanceData> state;
-  std::shared_ptr<DeviceFactsCache> facts;
   std::shared_ptr<DeviceDataCollector> collector;
 };
-
-TEST(PermissionListTest, IsTheWordsInOrderJoinedByCommas) {
-  EXPECT_EQ(writePermissionList({}), "");
-  EXPECT_EQ(writePermissionList({MobilePermission::PHOTO, MobilePermission::CAMERA}),
-            "PHOTO,CAMERA");
-  const auto all = MobilePermissionEnumerator::array();
-  EXPECT_EQ(readPermissionList(writePermissionList(all)), all);
-}
 
 TEST(PermissionListTest, UnknownWordsAndRepetitionsAreSkipped) {
   const std::vector<MobilePermission> expected = {MobilePermission::PHOTO,
@@ -56,23 +36,11 @@ TEST(PermissionListTest, UnknownWordsAndRepetitionsAreSkipped) {
 
 TEST(DeviceDataCollectorTest, TheConfigurationRequestNamesTheModelInEveryMode) {
   CollectorWorld world;
-  EXPECT_EQ(compactText(world.collector->configurationBody()),
-            R"({"model":"x86_64","kindModel":"computer"})");
-  world.refresh();
+  EXPECT_EQ(compactText(world.collector->configurationBody({})), "{}");
   const std::string text = R"({"iosVersion":"12","model":"Model-1","kindModel":"handset"})";
-  EXPECT_EQ(compactText(world.collector->configurationBody()), text);
+  EXPECT_EQ(compactText(world.collector->configurationBody(world.system->facts)), text);
   const DebugLines debug;
-  EXPECT_EQ(compactText(world.collector->configurationBody()), text);
-}
-
-// Whatever source the host put in.
-TEST(DeviceDataCollectorTest, TheSimulatorsVariableNamesTheModelBeforeAnySource) {
-  CollectorWorld world;
-  world.environment->variables["SIMULATOR_MODEL_IDENTIFIER"] = "Sim1,2";
-  world.refresh();
-  EXPECT_EQ(world.collector->configurationBody().at("model"), "Sim1,2");
-  EXPECT_EQ(world.collector->deviceDataJson().at("model"), "Sim1,2");
-  EXPECT_EQ(world.collector->settingDataJson().at("isEmulator"), true);
+  EXPECT_EQ(compactText(world.collector->configurationBody(world.system->facts)), text);
 }
 
 TEST(DeviceDataCollectorTest, TheIdentifierRequestCarriesTheAdvertisingIdentifierWhenAllowed) {
@@ -100,26 +68,15 @@ TEST(DeviceDataCollectorTest, WhatTheHostAskedForIsKeptOnceEachInTheOrderOfAskin
                                            MobilePermission::REMINDER}));
 }
 
-TEST(DeviceDataCollectorTest, UserDataIsAnEmptyObjectWithoutASource) {
-  CollectorWorld world;
-  EXPECT_EQ(compactText(world.collector->collectUserData()), "{}");
-  Platform seam = world.platform();
-  seam.userData = std::make_shared<FixedUserData>();
-  const DeviceDataCollector collector(seam, world.state, world.facts);
-  EXPECT_EQ(compactText(collector.collectUserData()), R"({"contacts":[]})");
-}
-
 TEST(DeviceDataCollectorTest, DebugModeAddsItsKeysAndPrintsTheDevice) {
   CollectorWorld world;
-  world.posture->facts.orientation = 1;
-  world.refresh();
-  EXPECT_FALSE(world.collector->deviceDataJson().contains("orientation"));
+  DeviceFacts facts;
+  facts.posture.orientation = 1;
+  EXPECT_FALSE(world.collector->deviceDataJson(facts).contains("orientation"));
   const DebugLines debug;
-  EXPECT_FALSE(world.collector->deviceDataJson().contains("orientation")) << "read in production";
-  world.refresh();
-  const Json json = world.collector->deviceDataJson();
-  EXPECT_EQ(json.at("orientation"), "portrait");
-  EXPECT_EQ(debug.lines().back(), "device_data:  " + compactText(json));
+  const Json json = world.collector->deviceDataJson(facts);
+  EXPECT_TRUE(json.contains("orientation"));
+  EXPECT_EQ(debug.lines(), std::vector<std::string>{"device_data:  " + compactText(json)});
 }
 
 }  // namespace

@@ -15,18 +15,45 @@ constexpr std::size_t kPayloadMembers = 9;
 
 }  // namespace
 
-DeviceDataManager::DeviceDataManager(std::shared_ptr<InnerQuorvanceData> state,
-                                     std::shared_ptr<DeviceDataCollector> collector)
-    : state_(std::move(state)), collector_(std::move(collector)) {}
+DeviceDataManager::DeviceDataManager(const Platform& platform,
+                                     std::shared_ptr<InnerQuorvanceData> state,
+                                     std::shared_ptr<SystemTexts> texts)
+    : state_(std::move(state)),
+      facts_(std::make_shared<DeviceFactsCache>(platform, std::move(texts))),
+      backgroundQueue_(platform.backgroundQueue),
+      authorization_(platform.authorization),
+      collector_(platform, state_) {}
+
+// A source over a bus begins to read with the first question: the first checkpoint may follow.
+void DeviceDataManager::refresh() {
+  if (authorization_) {
+    backgroundQueue_->post(WorkLane::facts, [source = authorization_] {
+      static_cast<void>(PermissionSnapshot::take(*source));
+    });
+  }
+  facts_->refresh();
+}
+
+void DeviceDataManager::whenConfigurationBodyIsReady(Task task) {
+  facts_->whenSystemKnown(std::move(task));
+}
+
+void DeviceDataManager::whenSessionIsReady(Task task) { facts_->whenRefreshed(std::move(task)); }
+
+Json DeviceDataManager::configurationBody() const {
+  return collector_.configurationBody(facts_->snapshot()->system);
+}
+
+Json DeviceDataManager::deviceIdBody() const { return collector_.deviceIdBody(); }
 
 Json DeviceDataManager::getJson(CheckPointType type, std::optional<bool> collectAll) {
   Json payload = makeObject(kPayloadMembers);
   // Before the flag is read, and nothing pending is dropped.
   if (type == CheckPointType::UPDATE_DETAILS) return payload;
-  putMember(payload, "session", state_->currentSession().getJson());
+  state_->currentSession().putInto(payload);
   if (!collectAll) fatalError("a payload was asked for without saying whether to collect all");
   putMember(payload, "checkpoint_additional_data", buildAdditionalData());
-  std::optional<Json> pending = collector_->takePendingUserData();
+  std::optional<Json> pending = collector_.takePendingUserData();
   if (*collectAll) {
     putSnapshots(payload);
   } else if (pending) {
@@ -36,23 +63,40 @@ Json DeviceDataManager::getJson(CheckPointType type, std::optional<bool> collect
   return payload;
 }
 
-void DeviceDataManager::putSnapshots(Json& payload) {
-  putMember(payload, "device_data", collector_->deviceDataJson());
-  putMember(payload, "sim_data", collector_->simDataJson());
-  putMember(payload, "user_data", collector_->collectUserData());
-  putMember(payload, "settings_data", collector_->settingDataJson());
+void DeviceDataManager::putSnapshots(Json& payload) const {
+  const std::shared_ptr<const DeviceFacts> facts = facts_->snapshot();
+  putMember(payload, "device_data", collector_.deviceDataJson(*facts));
+  putMember(payload, "sim_data", collector_.simDataJson(*facts));
+  putMember(payload, "user_data", collector_.collectUserData());
+  putMember(payload, "settings_data", collector_.settingDataJson(*facts));
 }
 
 Json DeviceDataManager::buildAdditionalData() {
-  const PermissionSnapshot permissions = collector_->permissions();
+  const PermissionSnapshot permissions = collector_.permissions();
   PermissionStatus status = permissionStatus(permissions);
   CheckPointAdditionalData data;
   data.permissions = std::move(status.authorized);
   data.ignorePermissions = std::move(status.denied);
-  data.askPermissions = collector_->askPermissions();
+  data.askPermissions = collector_.askPermissions();
   data.collectTime = state_->now();
-  data.location = collector_->location(permissions);
+  data.location = collector_.location(permissions);
   return data.getJson();
+}
+
+void DeviceDataManager::setPendingUserData(Json userData) {
+  if (userData.is_null()) {
+    collector_.takePendingUserData();
+  } else if (userData.is_object() && writeJson(userData)) {
+    collector_.setPendingUserData(std::move(userData));
+  }
+}
+
+bool DeviceDataManager::isAuthorized(MobilePermission permission) const {
+  return collector_.isAuthorized(permission);
+}
+
+void DeviceDataManager::recordAsked(MobilePermission permission) {
+  collector_.recordAsked(permission);
 }
 
 }  // namespace quorvance

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "base/json_test_support.h"
 #include "device/check_point_additional_data.h"
 #include "platform/testing/test_world.h"
@@ -17,60 +19,92 @@ std::string joinedKeys(const Json& object) {
 }
 
 struct PayloadWorld : TestWorld {
+  explicit PayloadWorld(const std::function<void(Platform&)>& change = nullptr) {
+    Platform seam = platform();
+    if (change) change(seam);
+    manager.emplace(seam, state, std::make_shared<SystemTexts>(environment));
+  }
+
   Json getJson(CheckPointType type, std::optional<bool> collectAll) {
-    return manager.getJson(type, collectAll);
+    return manager->getJson(type, collectAll);
   }
 
   std::shared_ptr<InnerQuorvanceData> state =
       std::make_shared<InnerQuorvanceData>(time, store, identity);
-  std::shared_ptr<DeviceFactsCache> facts =
-      std::make_shared<DeviceFactsCache>(platform(), std::make_shared<SystemTexts>(environment));
-  std::shared_ptr<DeviceDataCollector> collector =
-      std::make_shared<DeviceDataCollector>(platform(), state, facts);
-  DeviceDataManager manager{state, collector};
+  std::optional<DeviceDataManager> manager;
 };
 
-TEST(DeviceDataManagerTest, ACheckPointCarriesTheSessionAndThePermissions) {
-  PayloadWorld world;
-  world.state->write(StoredKey::sessionId, "s");
-  world.state->write(StoredKey::sessionTime, std::int64_t{7});
-  const Json payload = world.getJson(CheckPointType::LOGIN, false);
-  EXPECT_EQ(joinedKeys(payload), "session checkpoint_additional_data ");
-  EXPECT_EQ(compactText(payload.at("session")), R"({"idSession":"s","timeSession":7})");
+// A bus that answers while the user data is collected.
+class RefreshingUserData : public UserDataSource {
+ public:
+  std::function<void()> whileCollecting;
+  Json collect() override {
+    whileCollecting();
+    return parsedJson(R"({"contacts":[]})");
+  }
+};
+
+TEST(DeviceDataManagerTest, APayloadTellsTheFactsOfOneMoment) {
+  const auto userData = std::make_shared<RefreshingUserData>();
+  PayloadWorld world([&](Platform& seam) { seam.userData = userData; });
+  const auto read = [&](const char* radio) {
+    world.network->facts.radioTechnology = radio;
+    world.manager->whenSessionIsReady([] {});
+    world.time->run();
+  };
+  read("LTE");
+  userData->whileCollecting = [&] { read("Edge"); };
+  const Json payload = world.getJson(CheckPointType::GENERAL, true);
+  EXPECT_EQ(compactText(payload.at("user_data")), R"({"contacts":[]})");
+  EXPECT_EQ(payload.at("sim_data").at("networkType"), "4G");
+  EXPECT_EQ(payload.at("settings_data").at("internetConnectType"), "4G");
+  EXPECT_EQ(world.getJson(CheckPointType::GENERAL, true).at("sim_data").at("networkType"), "2G");
 }
 
-TEST(DeviceDataManagerTest, ASessionCarriesTheWholeSet) {
+// A bus answers the second question: the first payload must not be it.
+TEST(DeviceDataManagerTest, ARefreshHasEverythingReadAheadAndThePermissionsAskedFor) {
   PayloadWorld world;
+  world.screen->facts.nativeWidth = 1080.0;
+  world.manager->refresh();
+  EXPECT_EQ(world.authorization->questions, 0) << "inside the call";
+  world.time->run();
+  EXPECT_GT(world.authorization->questions, 0);
+  EXPECT_EQ(world.getJson(CheckPointType::GENERAL, true).at("device_data").at("xdpi"), 1080);
+}
+
+// Whatever source the host put in.
+TEST(DeviceDataManagerTest, TheSimulatorsVariableNamesTheModelBeforeAnySource) {
+  PayloadWorld world;
+  world.environment->variables["SIMULATOR_MODEL_IDENTIFIER"] = "Sim1,2";
+  world.manager->refresh();
+  world.time->run();
   const Json payload = world.getJson(CheckPointType::GENERAL, true);
-  EXPECT_EQ(joinedKeys(payload),
-            "session checkpoint_additional_data device_data sim_data user_data settings_data ");
-  EXPECT_EQ(compactText(payload.at("user_data")), "{}");
-  EXPECT_EQ(payload.at("sim_data").at("networkType"), "unreachable");
-  EXPECT_TRUE(payload.at("settings_data").contains("isJailbreak"));
-  EXPECT_TRUE(payload.at("device_data").contains("storageSize"));
+  EXPECT_EQ(world.manager->configurationBody().at("model"), "Sim1,2");
+  EXPECT_EQ(payload.at("device_data").at("model"), "Sim1,2");
+  EXPECT_EQ(payload.at("settings_data").at("isEmulator"), true);
 }
 
 TEST(DeviceDataManagerTest, UpdateDetailsCarriesNothingAndDropsNothing) {
   PayloadWorld world;
-  world.collector->setPendingUserData(parsedJson(R"({"a":1})"));
+  world.manager->setPendingUserData(parsedJson(R"({"a":1})"));
   setSessionDataCollect(true);
   for (const std::optional<bool> collectAll : {std::optional<bool>(), {true}, {false}}) {
     EXPECT_EQ(compactText(world.getJson(CheckPointType::UPDATE_DETAILS, collectAll)), "{}");
   }
   EXPECT_TRUE(sessionDataCollect());
-  EXPECT_TRUE(world.collector->takePendingUserData().has_value());
+  EXPECT_TRUE(world.getJson(CheckPointType::LAUNCH, false).contains("user_data"));
   setSessionDataCollect(false);
 }
 
 TEST(DeviceDataManagerTest, PendingUserDataGoesOutWithTheNextPayloadOnly) {
   PayloadWorld world;
-  world.collector->setPendingUserData(parsedJson(R"({"a":1})"));
+  world.manager->setPendingUserData(parsedJson(R"({"a":1})"));
   const Json first = world.getJson(CheckPointType::LAUNCH, false);
   EXPECT_EQ(joinedKeys(first), "session checkpoint_additional_data user_data ");
   EXPECT_EQ(compactText(first.at("user_data")), R"({"a":1})");
   EXPECT_FALSE(world.getJson(CheckPointType::LAUNCH, false).contains("user_data"));
 
-  world.collector->setPendingUserData(parsedJson(R"({"a":1})"));
+  world.manager->setPendingUserData(parsedJson(R"({"a":1})"));
   const Json session = world.getJson(CheckPointType::GENERAL, true);
   EXPECT_EQ(compactText(session.at("user_data")), "{}") << "collected now, not what was pending";
   EXPECT_FALSE(world.getJson(CheckPointType::LAUNCH, false).contains("user_data"));
@@ -116,36 +150,28 @@ class CountedLocation : public LocationSource {
 };
 
 TEST(AdditionalDataTest, TellsThePermissionsOfNowAndAPositionOnlyWithPermission) {
-  PayloadWorld world;
-  Platform seam = world.platform();
   const auto location = std::make_shared<CountedLocation>();
-  seam.location = location;
-  const auto collector = std::make_shared<DeviceDataCollector>(seam, world.state, world.facts);
-  DeviceDataManager manager(world.state, collector);
+  PayloadWorld world([&](Platform& seam) { seam.location = location; });
   world.authorization->answers[AuthorizationSubject::camera] = AuthorizationStatus::authorized;
-  collector->recordAsked(MobilePermission::CAMERA);
+  world.manager->recordAsked(MobilePermission::CAMERA);
   for (int raw = 0; raw <= 4; ++raw) {
     world.authorization->answers[AuthorizationSubject::location] =
         static_cast<AuthorizationStatus>(raw);
     const bool mayLocate = raw >= 3;
     location->reads = 0;
-    EXPECT_EQ(manager.buildAdditionalData().contains("location"), mayLocate) << raw;
+    EXPECT_EQ(world.manager->buildAdditionalData().contains("location"), mayLocate) << raw;
     EXPECT_EQ(location->reads, mayLocate ? 1 : 0) << raw;
   }
   world.time->advance(std::chrono::milliseconds(5));
-  EXPECT_EQ(compactText(manager.buildAdditionalData()),
+  EXPECT_EQ(compactText(world.manager->buildAdditionalData()),
             R"({"collectTime":1700000000005,"location":{"longitude":-3.5},)"
             R"("permissions":["AUTHORIZED_WHEN_IN_USE","CAMERA"],"ignorePermissions":["PHOTO",)"
             R"("READ_CONTACTS","CALENDAR","REMINDER"],"askedPermissions":["CAMERA"]})");
 }
 
 TEST(AdditionalDataTest, MentionsNoLocationWithoutASource) {
-  PayloadWorld world;
-  Platform seam = world.platform();
-  seam.authorization = nullptr;
-  DeviceDataManager manager(world.state,
-                            std::make_shared<DeviceDataCollector>(seam, world.state, world.facts));
-  EXPECT_EQ(compactText(manager.buildAdditionalData().at("ignorePermissions")),
+  PayloadWorld world([](Platform& seam) { seam.authorization = nullptr; });
+  EXPECT_EQ(compactText(world.manager->buildAdditionalData().at("ignorePermissions")),
             R"(["PHOTO","READ_CONTACTS","CAMERA","CALENDAR","REMINDER"])");
 }
 

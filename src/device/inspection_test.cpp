@@ -71,13 +71,11 @@ TEST(InspectionTest, TellsExactlyWhatASessionWouldCarryInTheModeInForce) {
     const auto fields = world.inspect();
     const auto state =
         std::make_shared<InnerQuorvanceData>(world.time, world.store, world.identity);
-    const auto facts = std::make_shared<DeviceFactsCache>(
-        world.platform(), std::make_shared<SystemTexts>(world.environment));
-    facts->refresh();
+    DeviceDataManager manager(world.platform(), state,
+                              std::make_shared<SystemTexts>(world.environment));
+    manager.refresh();
     world.time->run();
-    const Json payload = DeviceDataManager(state, std::make_shared<DeviceDataCollector>(
-                                                      world.platform(), state, facts))
-                             .getJson(CheckPointType::GENERAL, true);
+    const Json payload = manager.getJson(CheckPointType::GENERAL, true);
     for (const char* const record : {"device_data", "settings_data", "sim_data"}) {
       EXPECT_EQ(compactText(recordOf(fields, record)), compactText(payload.at(record))) << record;
     }

@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::string_view kScreenTypeKey = "screenType";
 
-constexpr RecordField kActivityFields[] = {
+constexpr auto kActivityFields = RecordTable{
     field<&ActivityMap::appID>("appID"),
     field<&ActivityMap::appVer>("appVer"),
     field<&ActivityMap::deviceId>("deviceId"),
@@ -21,7 +21,7 @@ constexpr RecordField kActivityFields[] = {
 
 }  // namespace
 
-Json ActivityMap::getJson() const { return recordToJson(this, kActivityFields); }
+Json ActivityMap::getJson() const { return recordToJson(*this, kActivityFields); }
 
 // The word is none of the vocabulary; any type keeps its place among the keys.
 Json ActivityMap::startAppJson() const {

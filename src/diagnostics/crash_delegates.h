@@ -5,7 +5,7 @@
 #include <mutex>
 #include <vector>
 
-#include "diagnostics/crash_catcher.h"
+#include "diagnostics/crash_eye_delegate.h"
 
 namespace quorvance {
 

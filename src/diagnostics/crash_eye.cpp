@@ -8,8 +8,8 @@
 namespace quorvance {
 namespace {
 
-CrashVersions versionsFrom(const SystemTexts& texts) {
-  return {SystemTexts::sdkVersion(), texts.systemVersion().value_or(""),
+CrashVersions versionsFrom(SystemTexts& texts) {
+  return {SystemTexts::sdkVersion(), texts.readSystemVersion().value_or(""),
           texts.deviceModel().value_or("")};
 }
 
@@ -18,14 +18,16 @@ bool isAnyDelegateAlive() noexcept { return CrashDelegates::ofProcess().isAnyone
 
 }  // namespace
 
-CrashEye::CrashEye(std::shared_ptr<CrashTrap> trap, std::shared_ptr<SystemTexts> texts)
-    : trap_(std::move(trap)), texts_(std::move(texts)) {}
+CrashEye::CrashEye(std::shared_ptr<CrashTrap> trap, std::shared_ptr<SystemTexts> texts,
+                   std::shared_ptr<DocumentsFolder> documents)
+    : trap_(std::move(trap)), texts_(std::move(texts)), documents_(std::move(documents)) {}
 
 void CrashEye::install(std::weak_ptr<CrashEyeDelegate> delegate) {
   if (!trap_) return;
   CrashDelegates::ofProcess().add(delegate);
   const CrashVersions versions = versionsFrom(*texts_);
   CrashPlan plan = makeCrashPlan(versions);
+  if (documents_) plan.folder = documents_->fileSystemPath();
   plan.isAnyoneListening = &isAnyDelegateAlive;
   plan.tell = [versions](const CaughtCrash& crash) {
     CrashDelegates::ofProcess().tell(crashModelOf(crash, versions));

@@ -5,7 +5,7 @@
 namespace quorvance {
 namespace {
 
-constexpr RecordField kErrorFields[] = {
+constexpr auto kErrorFields = RecordTable{
     field<&ErrorLogData::errorStack>("error_stack"),
     field<&ErrorLogData::version>("version"),
     field<&ErrorLogData::deviceModel>("device_model"),
@@ -18,7 +18,14 @@ constexpr RecordField kErrorFields[] = {
 
 }  // namespace
 
-Json ErrorLogData::getJson() const { return recordToJson(this, kErrorFields); }
+Json ErrorLogData::getJson() const { return recordToJson(*this, kErrorFields); }
+
+Json ErrorLogData::completeJson(SystemTexts& texts) const {
+  if (version) return getJson();
+  ErrorLogData whole = *this;
+  whole.version = texts.readSystemVersion();
+  return whole.getJson();
+}
 
 ErrorLogData ErrorLogData::stamped(const SystemTexts& texts, std::int64_t now) {
   return {.version = texts.systemVersion(),

@@ -25,8 +25,10 @@ struct ErrorLogData {
 
   Json getJson() const;
 
-  /// A record with the three version texts and the time.
+  /// A record with the version texts, as far as they are known, and the time.
   static ErrorLogData stamped(const SystemTexts& texts, std::int64_t now);
+  /// With the system's version, which is read when it is not known: not for a thread of the host's.
+  Json completeJson(SystemTexts& texts) const;
 };
 
 }  // namespace quorvance

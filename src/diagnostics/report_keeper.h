@@ -1,30 +1,40 @@
 #pragma once
 
-#include <array>
+#include <atomic>
 #include <cstddef>
-#include <string_view>
+#include <memory>
 
 #include "base/json.h"
+#include "diagnostics/error_log_data.h"
+#include "diagnostics/report_store.h"
+#include "quorvance/platform/queues.h"
+#include "state/system_texts.h"
 
 namespace quorvance {
 
-/// What a stored report tells of; the order and the words are fixed.
-enum class ReportCategory { bio = 0, crash = 1, communicationError = 2, activity = 3 };
+/// How many reports may wait for the disk; when it does not answer, further ones are dropped.
+inline constexpr std::size_t kMaxWaitingReports = 200;
 
-inline constexpr std::array<std::string_view, 4> kReportCategoryWords = {
-    "bio", "crash", "communicationError", "activity"};
-
-constexpr std::string_view categoryWord(ReportCategory category) {
-  return kReportCategoryWords[static_cast<std::size_t>(category)];
-}
-
-/// Keeps reports until they can be sent. Any thread; silent about what it could not keep.
+/// Hands reports to the store on the file lane and returns without waiting for it; of one thread's
+/// reports, in order. Any thread; silent about what it could not keep.
 class ReportKeeper {
  public:
-  virtual ~ReportKeeper() = default;
-  /// Hands the report to the disk and returns without waiting for it; of one thread's reports, in
-  /// order.
-  virtual void storeReport(Json report, ReportCategory category) = 0;
+  ReportKeeper(std::shared_ptr<ReportStore> store, std::shared_ptr<BackgroundQueue> backgroundQueue,
+               std::shared_ptr<SystemTexts> texts);
+
+  void storeReport(Json report, ReportCategory category);
+  /// The record gets the system's version there if it has none.
+  void storeReport(ErrorLogData record, ReportCategory category);
+
+ private:
+  template <class MakeReport>
+  void post(MakeReport makeReport, ReportCategory category);
+
+  const std::shared_ptr<ReportStore> store_;
+  const std::shared_ptr<BackgroundQueue> backgroundQueue_;
+  const std::shared_ptr<SystemTexts> texts_;
+  const std::shared_ptr<std::atomic<std::size_t>> waiting_ =
+      std::make_shared<std::atomic<std::size_t>>(0);
 };
 
 }  // namespace quorvance

@@ -1,6 +1,8 @@
 #include "diagnostics/report_store.h"
 
 #include <algorithm>
+#include <chrono>
+#include <mutex>
 #include <utility>
 
 #include "base/uuid.h"
@@ -9,18 +11,33 @@ namespace quorvance {
 namespace {
 
 constexpr std::int64_t kUnreadableReportCode = 1002;
+// Of the two seconds that a dying process gives those who store its crash.
+constexpr std::chrono::seconds kMaxTurnWait{1};
 
 PlatformError unreadable(const std::string& name, const std::string& reason) {
   return {"QuorvanceReports", kUnreadableReportCode, "The report " + name + " cannot be read.",
           reason};
 }
 
+/// The word that a report's name begins with; empty for another name.
+std::string_view categoryWordIn(std::string_view name) {
+  const auto found = std::find_if(kReportCategoryWords.begin(), kReportCategoryWords.end(),
+                                  [&](std::string_view word) { return name.starts_with(word); });
+  return found == kReportCategoryWords.end() ? std::string_view() : *found;
+}
+
 // Others set files aside in this folder too.
 bool isSetAside(std::string_view name) {
   if (!name.starts_with(kUnreadablePrefix)) return false;
   name.remove_prefix(kUnreadablePrefix.size());
-  return std::any_of(kReportCategoryWords.begin(), kReportCategoryWords.end(),
-                     [&](std::string_view word) { return name.starts_with(word); });
+  return !categoryWordIn(name).empty();
+}
+
+bool isFull(const std::vector<DocumentEntry>& entries, std::string_view word) {
+  const auto count = std::count_if(entries.begin(), entries.end(), [&](const DocumentEntry& entry) {
+    return entry.name.starts_with(word);
+  });
+  return std::cmp_greater_equal(count, kMaxReportsPerCategory);
 }
 
 }  // namespace
@@ -33,19 +50,44 @@ void ReportStore::log(const std::optional<PlatformError>& error) const {
   if (error) exceptions_->logException(*error);
 }
 
-bool ReportStore::storeReport(const Json& report, ReportCategory category) {
+bool ReportStore::prepare() {
   if (!documents_ || !documents_->prepare()) return false;
-  const std::lock_guard lock(storing_);
+  if (!isTakenUp_.exchange(true)) takeUpUnfinished();
+  return true;
+}
+
+struct ReportStore::Turn {
+  std::unique_lock<BoundedMutex> amongThreads;
+  std::unique_ptr<DocumentsLock> amongProcesses;
+};
+
+// Whoever stores a crash may be told of it by a thread that died in the midst of its own turn.
+ReportStore::Turn ReportStore::waitForTurn() {
+  using std::chrono::milliseconds;
+  using std::chrono::steady_clock;
+  const auto deadline = steady_clock::now() + kMaxTurnWait;
+  Turn turn{std::unique_lock(storing_, deadline), nullptr};
+  const auto left = std::chrono::duration_cast<milliseconds>(deadline - steady_clock::now());
+  const auto timeout = isTurnStalled_ ? milliseconds::zero() : std::max(left, milliseconds::zero());
+  turn.amongProcesses = documents_->lockAmongProcesses("reports", timeout);
+  if (turn.amongProcesses) {
+    isTurnStalled_ = false;
+  } else if (timeout > milliseconds::zero()) {
+    isTurnStalled_ = true;
+  }
+  return turn;
+}
+
+bool ReportStore::storeReport(const Json& report, ReportCategory category) {
+  if (!prepare()) return false;
+  const Turn turn = waitForTurn();
   std::vector<DocumentEntry> entries;
   if (const auto error = documents_->list(entries)) {
     log(error);
     return false;
   }
   const std::string_view word = categoryWord(category);
-  const auto count = std::count_if(entries.begin(), entries.end(), [&](const DocumentEntry& entry) {
-    return entry.name.starts_with(word);
-  });
-  if (std::cmp_greater_equal(count, kMaxReportsPerCategory)) return false;
+  if (isFull(entries, word)) return false;
   const std::optional<std::string> text = writeJsonIndented(report);
   if (!text) {
     log(unreadable("that was made", "It cannot be JSON."));
@@ -55,10 +97,45 @@ bool ReportStore::storeReport(const Json& report, ReportCategory category) {
   return !documents_->write(std::string(word) + randomUuid() + ".json", *text).has_value();
 }
 
-std::vector<std::string> ReportStore::reportsOf(ReportCategory category) const {
+void ReportStore::takeUpUnfinished() {
+  const Turn turn = waitForTurn();
+  const std::vector<UnfinishedDocument> unfinished = documents_->unfinishedDocuments();
+  std::vector<DocumentEntry> entries;
+  // Who comes next lists the folder too, and logs the error.
+  if (unfinished.empty() || documents_->list(entries)) return;
+  for (const UnfinishedDocument& one : unfinished) takeUp(one, entries);
+}
+
+// A second writing whose first one is gone was sent already.
+void ReportStore::takeUp(const UnfinishedDocument& unfinished,
+                         std::vector<DocumentEntry>& entries) {
+  std::string bytes;
+  const DocumentRead read = documents_->read(unfinished.temporaryName, bytes);
+  if (read.kind == DocumentRead::Kind::failed) return;
+  const std::string_view word = categoryWordIn(unfinished.name);
+  const auto report = parseJson(bytes);
+  const bool isThere = std::any_of(entries.begin(), entries.end(), [&](const DocumentEntry& entry) {
+    return entry.name == unfinished.name;
+  });
+  const bool isWanted = isThere || (!unfinished.isReplacement && !isFull(entries, word));
+  if (word.empty() || !report || !report->is_object() || !isWanted) {
+    log(documents_->remove(unfinished.temporaryName));
+    return;
+  }
+  log(documents_->rename(unfinished.temporaryName, unfinished.name));
+  if (!isThere) entries.push_back({unfinished.name, 0});
+}
+
+std::unique_ptr<DocumentsLock> ReportStore::lockUpload(ReportCategory category) {
+  if (!prepare()) return nullptr;
+  return documents_->lockAmongProcesses("upload-" + std::string(categoryWord(category)),
+                                        std::chrono::milliseconds::zero());
+}
+
+std::vector<std::string> ReportStore::reportsOf(ReportCategory category) {
   std::vector<std::string> names;
   std::vector<DocumentEntry> entries;
-  if (!documents_ || !documents_->prepare()) return names;
+  if (!prepare()) return names;
   log(documents_->list(entries));
   for (DocumentEntry& entry : entries) {
     if (entry.name.starts_with(categoryWord(category))) names.push_back(std::move(entry.name));

@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-#include "diagnostics/queued_report_keeper.h"
+#include "diagnostics/report_keeper.h"
 #include "platform/testing/test_world.h"
 
 namespace quorvance {
@@ -113,9 +113,44 @@ TEST(ReportStoreTest, FileThatCannotBeReadNowStays) {
   EXPECT_EQ(world.tracing->size(), 1U);
 }
 
-TEST(QueuedReportsTest, WaitForTheDiskInOrderAndInBounds) {
+TEST(ReportStoreTest, WholeReportsOfTheDeadAreTakenUpOnceWithinTheLimit) {
   StoreWorld world;
-  QueuedReportKeeper keeper(world.reports, world.time);
+  world.fill("crash", 49);
+  world.documents->files["bioA.json"] = R"({"first": 1})";
+  const auto leave = [&](const std::string& name, bool isReplacement, const char* bytes) {
+    const std::string temporary = ".report-" + std::to_string(world.documents->unfinished.size());
+    world.documents->files[temporary] = bytes;
+    world.documents->unfinished.push_back({temporary, name, isReplacement});
+  };
+  leave("crashNew.json", false, "{}");
+  leave("crashTooMany.json", false, "{}");
+  leave("bioA.json", true, R"({"second": 2})");
+  leave("bioA.json", true, R"({"torn)");
+  leave("bioSent.json", true, "{}");
+  leave("bioTorn.json", false, "{\"a\":");
+  leave("state.json", false, "{}");
+  leave("", false, "{}");
+  EXPECT_EQ(world.reports->reportsOf(ReportCategory::crash).size(), 50U);
+  EXPECT_EQ(world.documents->count(".report"), 0U);
+  EXPECT_EQ(world.documents->count("crashNew.json"), 1U);
+  EXPECT_EQ(world.documents->count("crashTooMany.json"), 0U);
+  EXPECT_THAT(world.reports->reportsOf(ReportCategory::bio), ElementsAre("bioA.json"));
+  EXPECT_EQ(world.documents->files["bioA.json"], R"({"second": 2})");
+  EXPECT_EQ(world.documents->count("state"), 0U);
+  // Only the start of a process looks for them.
+  leave("activityLate.json", false, "{}");
+  EXPECT_THAT(world.reports->reportsOf(ReportCategory::activity), IsEmpty());
+}
+
+TEST(ReportStoreTest, ProcessThatNeverEndsItsTurnCostsNoReport) {
+  StoreWorld world;
+  world.documents->lockedElsewhere = {"reports"};
+  EXPECT_TRUE(world.reports->storeReport(smallReport(), ReportCategory::crash));
+}
+
+TEST(ReportKeeperTest, WaitForTheDiskInOrderAndInBounds) {
+  StoreWorld world;
+  ReportKeeper keeper(world.reports, world.time, std::make_shared<SystemTexts>(world.environment));
   world.time->hold(WorkLane::files);
   for (std::size_t i = 0; i < kMaxWaitingReports + 5; ++i) {
     keeper.storeReport(smallReport(), ReportCategory::crash);

@@ -19,9 +19,11 @@ const std::shared_ptr<const std::string>& currentThreadName() {
   return name;
 }
 
-Json jsonOf(const LoggingData& record) { return record.getJson(); }
+Json jsonOf(const LoggingData& record, SystemTexts& /*texts*/) { return record.getJson(); }
 
-Json jsonOf(const std::shared_ptr<const ErrorLogData>& record) { return record->getJson(); }
+Json jsonOf(const std::shared_ptr<const ErrorLogData>& record, SystemTexts& texts) {
+  return record->completeJson(texts);
+}
 
 }  // namespace
 
@@ -99,7 +101,7 @@ Json TracingManager::entries() const {
   Json list = Json::array();
   list.get_ref<Json::array_t&>().reserve(copy.size());
   for (const Entry& entry : copy) {
-    list.push_back(std::visit([](const auto& record) { return jsonOf(record); }, entry));
+    list.push_back(std::visit([&](const auto& record) { return jsonOf(record, *texts_); }, entry));
   }
   return list;
 }

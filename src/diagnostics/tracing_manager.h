@@ -1,7 +1,7 @@
 #pragma once
 
 // What happened, kept until it is sent: traces in memory, reports on disk, crashes. Nothing here
-// sends anything. Start reading at tracing_manager.h and report_keeper.h.
+// sends anything. Start reading at tracing_manager.h and report_store.h.
 
 #include <cstddef>
 #include <memory>
@@ -29,6 +29,9 @@ class TracingManager {
 
   TracingManager(std::shared_ptr<InnerQuorvanceData> state, std::shared_ptr<SystemTexts> texts);
 
+  /// Whether the configuration in force records this level.
+  bool isOn(TraceLevel level) const { return state_->traceLevels().isOn(level); }
+
   /// Absent when not enabled. Otherwise the record is returned even when the buffer refuses its
   /// entry; the caller keeps it for the end.
   std::optional<LoggingData> traceStart(bool enabled, std::string_view methodName,
@@ -46,7 +49,8 @@ class TracingManager {
   void clear();
   bool isEmpty() const;
   std::size_t size() const;
-  /// A JSON array of all entries, in order.
+  /// A JSON array of all entries, in order. Not for a thread of the host's: errors get the system's
+  /// version, which may have to be read.
   Json entries() const;
 
  private:

@@ -52,6 +52,25 @@ TEST(AccountCheckPointsTest, AnAbsentUserIsWrittenAsAnEmptyObject) {
   EXPECT_NE(PasswordChange::fromJson(parsedJson(R"({"user":{}})"))->user(), nullptr);
 }
 
+template <class Class>
+void expectUsers() {
+  EXPECT_EQ(Class({.userId = "u", .email = "e"}).user()->email, "e");
+  EXPECT_EQ(Class(User{.userId = "u"}).user()->userId, "u");
+  const User user{.userId = "u"};
+  EXPECT_EQ(Class(user).user()->userId, "u");
+  const auto shared = std::make_shared<User>(user);
+  EXPECT_EQ(Class(shared).user(), shared);
+  EXPECT_EQ(Class(nullptr).user(), nullptr);
+  EXPECT_EQ(Class({}).user(), nullptr);
+}
+
+TEST(AccountCheckPointsTest, TakeAUserWholeSharedOrAbsent) {
+  expectUsers<Register>();
+  expectUsers<Login>();
+  expectUsers<UpdateUserInfo>();
+  expectUsers<PasswordChange>();
+}
+
 TEST(AccountCheckPointsTest, ALoginFromALoginSharesTheUserAndNothingElse) {
   Login first(std::make_shared<User>(User{.userId = "u"}));
   first.setAdditionalData(parsedJson(R"({"a":1})"));

@@ -17,7 +17,7 @@ template class VocabularyEnumerator<PaymentMethodType>;
 
 namespace {
 
-constexpr RecordField kCardFields[] = {
+constexpr auto kCardFields = RecordTable{
     field<&CreditCardDetail::bin>("bin"),
     field<&CreditCardDetail::lastFourDigit>("lastFourDigit"),
     field<&CreditCardDetail::yearExpiryDate>("yearExpiryDate"),
@@ -26,13 +26,13 @@ constexpr RecordField kCardFields[] = {
     field<&CreditCardDetail::cardId>("cardId"),
 };
 
-constexpr RecordField kBankFields[] = {
+constexpr auto kBankFields = RecordTable{
     field<&BankAccountDetails::number>("bankAccountNumber"),
     field<&BankAccountDetails::fullName>("bankAccountFullname"),
     field<&BankAccountDetails::bsb>("bankAccountBsb"),
 };
 
-constexpr RecordField kPaymentFields[] = {
+constexpr auto kPaymentFields = RecordTable{
     field<&Payment::paymentMethod>("paymentMethod"),
     field<&Payment::processor>("processor"),
     field<&Payment::fullNameOnCard>("fullNameOnCard"),
@@ -43,28 +43,20 @@ constexpr RecordField kPaymentFields[] = {
 
 }  // namespace
 
-Json CreditCardDetail::getJson() const { return recordToJson(this, kCardFields); }
+Json CreditCardDetail::getJson() const { return recordToJson(*this, kCardFields); }
 
 CreditCardDetail CreditCardDetail::fromJson(const Json& json) {
-  CreditCardDetail detail;
-  recordFromJson(json, &detail, kCardFields);
-  return detail;
+  return recordFromJson(json, kCardFields);
 }
 
-Json BankAccountDetails::getJson() const { return recordToJson(this, kBankFields); }
+Json BankAccountDetails::getJson() const { return recordToJson(*this, kBankFields); }
 
 BankAccountDetails BankAccountDetails::fromJson(const Json& json) {
-  BankAccountDetails details;
-  recordFromJson(json, &details, kBankFields);
-  return details;
+  return recordFromJson(json, kBankFields);
 }
 
-Json Payment::getJson() const { return recordToJson(this, kPaymentFields); }
+Json Payment::getJson() const { return recordToJson(*this, kPaymentFields); }
 
-Payment Payment::fromJson(const Json& json) {
-  Payment payment;
-  recordFromJson(json, &payment, kPaymentFields);
-  return payment;
-}
+Payment Payment::fromJson(const Json& json) { return recordFromJson(json, kPaymentFields); }
 
 }  // namespace quorvance

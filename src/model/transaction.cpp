@@ -11,13 +11,13 @@ namespace {
 
 constexpr std::string_view kAmountKey = "amount";
 
-constexpr RecordField kMerchantFields[] = {
+constexpr auto kMerchantFields = RecordTable{
     field<&MerchantDetails::merchantName>("merchant_name"),
     field<&MerchantDetails::merchantCode>("merchant_code"),
     field<&MerchantDetails::merchantAddress>("merchant_address"),
 };
 
-constexpr RecordField kAuthorizationFields[] = {
+constexpr auto kAuthorizationFields = RecordTable{
     field<&AuthorizationResponse::verificationStatus>("verificationStatus"),
     field<&AuthorizationResponse::aVSResultCode>("aVSResultCode"),
     field<&AuthorizationResponse::declineReasonCode>("declineReasonCode"),
@@ -30,14 +30,14 @@ constexpr RecordField kAuthorizationFields[] = {
 };
 
 // What follows "amount", up to "additionalData".
-constexpr RecordField kHeadFields[] = {
+constexpr auto kHeadFields = RecordTable{
     field<&TransactionFields::timeStamp>("timeStamp"),
     field<&TransactionFields::actType>("transactionType"),
     field<&TransactionFields::curType>("curType"),
 };
 
 // What follows "additionalData".
-constexpr RecordField kTailFields[] = {
+constexpr auto kTailFields = RecordTable{
     field<&TransactionFields::destinationId>("destinationId"),
     field<&TransactionFields::user>("user", RecordOrEmptyField<User>::kCodec),
     field<&TransactionFields::billingAddress>("billingAddress",
@@ -52,33 +52,22 @@ constexpr RecordField kTailFields[] = {
 };
 
 // Read before the table, whose "transactionType" then beats it; it is never written.
-constexpr RecordField kReadFirst[] = {field<&TransactionFields::actType>("actType")};
+constexpr auto kReadFirst = RecordTable{field<&TransactionFields::actType>("actType")};
 
-constexpr std::size_t kMostMembers = 3 + std::size(kHeadFields) + std::size(kTailFields);
-
-void writeFields(Json& object, const TransactionFields& fields,
-                 std::span<const RecordField> table) {
-  for (const RecordField& entry : table) {
-    entry.codec->write(object, entry.key, entry.member(&fields));
-  }
-}
+constexpr std::size_t kMostMembers = 3 + kHeadFields.size() + kTailFields.size();
 
 }  // namespace
 
-Json MerchantDetails::getJson() const { return recordToJson(this, kMerchantFields); }
+Json MerchantDetails::getJson() const { return recordToJson(*this, kMerchantFields); }
 
 MerchantDetails MerchantDetails::fromJson(const Json& json) {
-  MerchantDetails details;
-  recordFromJson(json, &details, kMerchantFields);
-  return details;
+  return recordFromJson(json, kMerchantFields);
 }
 
-Json AuthorizationResponse::getJson() const { return recordToJson(this, kAuthorizationFields); }
+Json AuthorizationResponse::getJson() const { return recordToJson(*this, kAuthorizationFields); }
 
 AuthorizationResponse AuthorizationResponse::fromJson(const Json& json) {
-  AuthorizationResponse response;
-  recordFromJson(json, &response, kAuthorizationFields);
-  return response;
+  return recordFromJson(json, kAuthorizationFields);
 }
 
 Transaction::Transaction(TransactionFields fields)
@@ -100,9 +89,9 @@ Transaction::Transaction(std::chrono::duration<double> sinceEpoch, TransactionTy
 std::unique_ptr<Transaction> Transaction::fromJson(const Json& json) {
   TransactionFields fields;
   fields.amount = findNumber(json, kAmountKey).value_or(0);
-  recordFromJson(json, &fields, kReadFirst);
-  recordFromJson(json, &fields, kHeadFields);
-  recordFromJson(json, &fields, kTailFields);
+  readRecord(json, fields, kReadFirst);
+  readRecord(json, fields, kHeadFields);
+  readRecord(json, fields, kTailFields);
   auto transaction = std::make_unique<Transaction>(std::move(fields));
   transaction->readAdditionalData(json);
   return transaction;
@@ -111,9 +100,9 @@ std::unique_ptr<Transaction> Transaction::fromJson(const Json& json) {
 Json Transaction::getJson() const {
   Json object = openCheckPoint(CheckPointType::TRANSACTION, kMostMembers);
   putMember(object, kAmountKey, fields_.amount);
-  writeFields(object, fields_, kHeadFields);
+  writeRecord(object, fields_, kHeadFields);
   putAdditionalData(object, *this);
-  writeFields(object, fields_, kTailFields);
+  writeRecord(object, fields_, kTailFields);
   return object;
 }
 

@@ -5,7 +5,7 @@
 namespace quorvance {
 namespace {
 
-constexpr RecordField kUpdateFields[] = {
+constexpr auto kUpdateFields = RecordTable{
     field<&TransactionUpdate::requestID>("requestID"),
     field<&TransactionUpdate::transactionID>("transactionID"),
     field<&TransactionUpdate::status>("status"),
@@ -13,6 +13,6 @@ constexpr RecordField kUpdateFields[] = {
 
 }  // namespace
 
-Json TransactionUpdate::getJson() const { return recordToJson(this, kUpdateFields); }
+Json TransactionUpdate::getJson() const { return recordToJson(*this, kUpdateFields); }
 
 }  // namespace quorvance

@@ -17,7 +17,7 @@ template class VocabularyEnumerator<VerificationType>;
 
 namespace {
 
-constexpr RecordField kAddressFields[] = {
+constexpr auto kAddressFields = RecordTable{
     field<&Address::firstName>("firstName"),
     field<&Address::lastName>("lastName"),
     field<&Address::addressLine1>("addressLine1"),
@@ -31,7 +31,7 @@ constexpr RecordField kAddressFields[] = {
 
 using VerificationField = NeutralVocabularyField<VerificationType, VerificationType::UNKNOWN>;
 
-constexpr RecordField kUserFields[] = {
+constexpr auto kUserFields = RecordTable{
     field<&User::userId>("user_id"),
     field<&User::email>("email"),
     field<&User::isEmailVerified>("isEmailVerified", VerificationField::kCodec),
@@ -43,20 +43,12 @@ constexpr RecordField kUserFields[] = {
 
 }  // namespace
 
-Json Address::getJson() const { return recordToJson(this, kAddressFields); }
+Json Address::getJson() const { return recordToJson(*this, kAddressFields); }
 
-Address Address::fromJson(const Json& json) {
-  Address address;
-  recordFromJson(json, &address, kAddressFields);
-  return address;
-}
+Address Address::fromJson(const Json& json) { return recordFromJson(json, kAddressFields); }
 
-Json User::getJson() const { return recordToJson(this, kUserFields); }
+Json User::getJson() const { return recordToJson(*this, kUserFields); }
 
-User User::fromJson(const Json& json) {
-  User user;
-  recordFromJson(json, &user, kUserFields);
-  return user;
-}
+User User::fromJson(const Json& json) { return recordFromJson(json, kUserFields); }
 
 }  // namespace quorvance

@@ -41,13 +41,13 @@ struct Call {
   Json params;
   std::string requestId;
   bool reportErrors = true;
-  std::shared_ptr<CallCompletion> completion;
+  ReplyHandler handler;
   bool isTraced = false;
   std::optional<LoggingData> trace;
 
   void send(const std::shared_ptr<Call>& self);
   void receive(HttpReply reply, const std::shared_ptr<Call>& self);
-  void finish(CallOutcome outcome);
+  void finish(HttpReply reply);
   void report(const CallOutcome& outcome) const;
 };
 
@@ -71,20 +71,21 @@ void Call::send(const std::shared_ptr<Call>& self) {
 }
 
 void Call::receive(HttpReply reply, const std::shared_ptr<Call>& self) {
-  auto outcome = std::make_shared<CallOutcome>(
-      decideOutcome(std::move(reply), std::move(requestId), std::move(url)));
+  auto kept = std::make_shared<HttpReply>(std::move(reply));
   services->backgroundQueue->post(WorkLane::completions,
-                                  [self, outcome] { self->finish(std::move(*outcome)); });
+                                  [self, kept] { self->finish(std::move(*kept)); });
 }
 
-void Call::finish(CallOutcome outcome) {
+// Reading the reply is a part of it: a large one holds up no other call's exchange.
+void Call::finish(HttpReply reply) {
+  CallOutcome outcome = decideOutcome(std::move(reply), std::move(requestId), std::move(url));
   if (outcome.isCommunicationError && reportErrors && !maker.expired()) report(outcome);
   if (outcome.parseError) services->exceptions->logException(*outcome.parseError);
   if (outcome.isPrinted && isInDebugMode()) {
     debugPrint("Network Responce: " + outcome.response.text());
   }
   services->tracing->traceEnd(isTraced, trace);
-  completion->complete(std::move(outcome.response));
+  handler.complete(std::move(outcome.response));
 }
 
 void Call::report(const CallOutcome& outcome) const {
@@ -100,21 +101,30 @@ void Call::report(const CallOutcome& outcome) const {
     record.cause = responseText(response);
     record.errorType = "Connection";
   }
-  services->reports->storeReport(record.getJson(), ReportCategory::communicationError);
+  services->reports->storeReport(std::move(record), ReportCategory::communicationError);
 }
 
 }  // namespace
 
-CallCompletion::CallCompletion(std::function<void(ResponceObject)> done,
-                               std::function<void()> dropped)
-    : done_(std::move(done)), dropped_(std::move(dropped)) {}
+struct ReplyHandler::Waiting {
+  Waiting(Done whenDone, Dropped whenDropped)
+      : done(std::move(whenDone)), dropped(std::move(whenDropped)) {}
+  ~Waiting() {
+    if (done && dropped) dropped();
+  }
+  Waiting(const Waiting&) = delete;
+  Waiting& operator=(const Waiting&) = delete;
 
-CallCompletion::~CallCompletion() {
-  if (done_ && dropped_) dropped_();
-}
+  Done done;
+  Dropped dropped;
+};
 
-void CallCompletion::complete(ResponceObject response) {
-  const auto done = std::exchange(done_, nullptr);
+ReplyHandler::ReplyHandler(Done done, Dropped dropped)
+    : waiting_(std::make_shared<Waiting>(std::move(done), std::move(dropped))) {}
+
+void ReplyHandler::complete(ResponceObject response) const {
+  if (!waiting_) return;
+  const Done done = std::exchange(waiting_->done, nullptr);
   if (done) done(std::move(response));
 }
 
@@ -122,8 +132,7 @@ NetworkCallMaker::NetworkCallMaker(CallServices services)
     : services_(std::make_shared<const CallServices>(std::move(services))) {}
 
 void NetworkCallMaker::requestFromServer(std::string url, Json params, std::string requestId,
-                                         std::optional<bool> reportErrors,
-                                         std::shared_ptr<CallCompletion> completion) {
+                                         std::optional<bool> reportErrors, ReplyHandler handler) {
   auto call = std::make_shared<Call>();
   call->services = services_;
   call->maker = weak_from_this();
@@ -131,7 +140,7 @@ void NetworkCallMaker::requestFromServer(std::string url, Json params, std::stri
   call->params = std::move(params);
   call->requestId = std::move(requestId);
   call->reportErrors = reportErrors.value_or(true);
-  call->completion = std::move(completion);
+  call->handler = std::move(handler);
   services_->http->dispatch([call] { call->send(call); });
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <concepts>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "base/json.h"
 #include "diagnostics/exception_logger.h"
@@ -17,22 +19,28 @@
 
 namespace quorvance {
 
-/// What waits for a call: exactly one of the two runs, once. `done` runs on the background queue.
-/// `dropped` runs when the call ends without an answer by contract (a URL that does not parse, a
-/// body that cannot be JSON) or when the work that held it is thrown away; it runs wherever that
-/// happens and must only hand work on.
-class CallCompletion {
+/// What waits for a call: exactly one of the two runs, once, however many copies there are.
+/// `done` runs on the background queue. `dropped` runs when the call ends without an answer by
+/// contract (a URL that does not parse, a body that cannot be JSON) or when the work that held it
+/// is thrown away; it runs wherever that happens and must only hand work on.
+class ReplyHandler {
  public:
-  CallCompletion(std::function<void(ResponceObject)> done, std::function<void()> dropped);
-  ~CallCompletion();
-  CallCompletion(const CallCompletion&) = delete;
-  CallCompletion& operator=(const CallCompletion&) = delete;
+  using Done = std::function<void(ResponceObject)>;
+  using Dropped = std::function<void()>;
 
-  void complete(ResponceObject response);
+  /// Nobody waits.
+  ReplyHandler() = default;
+  /// Nobody is told when there is no answer.
+  template <class Callable>
+  requires std::constructible_from<Done, Callable> ReplyHandler(Callable done)
+      : ReplyHandler(Done(std::move(done)), nullptr) {}
+  ReplyHandler(Done done, Dropped dropped);
+
+  void complete(ResponceObject response) const;
 
  private:
-  std::function<void(ResponceObject)> done_;
-  std::function<void()> dropped_;
+  struct Waiting;
+  std::shared_ptr<Waiting> waiting_;
 };
 
 /// What every call uses.
@@ -50,16 +58,15 @@ struct CallServices {
 /// retries, keeps no state of its own.
 ///
 /// A call lives on two threads. On the session's: "version" is added, the time-out read, the start
-/// traced, the body serialised and sent, and the reply turned into an outcome. On the background
-/// queue: report, debug print, end trace, and the completion last of all.
+/// traced, the body serialised and sent. On the background queue: the reply is read and turned into
+/// an outcome, then report, debug print, end trace, and the completion last of all.
 class NetworkCallMaker : public std::enable_shared_from_this<NetworkCallMaker> {
  public:
   explicit NetworkCallMaker(CallServices services);
 
   /// Returns at once; any thread. `reportErrors` absent means true.
   void requestFromServer(std::string url, Json params, std::string requestId,
-                         std::optional<bool> reportErrors,
-                         std::shared_ptr<CallCompletion> completion);
+                         std::optional<bool> reportErrors, ReplyHandler handler);
 
  private:
   const std::shared_ptr<const CallServices> services_;

@@ -3,7 +3,10 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <map>
+#include <set>
 
+#include "base/debug.h"
 #include "network/quorvance_network_manager.h"
 #include "platform/testing/test_world.h"
 
@@ -12,15 +15,22 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 
-class KeptReports : public ReportKeeper {
+/// Tells in a debug line that a report is handed to the file lane.
+class TellingQueue : public BackgroundQueue {
  public:
-  std::vector<Json> reports;
-  void storeReport(Json report, ReportCategory category) override {
-    EXPECT_EQ(category, ReportCategory::communicationError);
-    reports.push_back(std::move(report));
+  explicit TellingQueue(std::shared_ptr<BackgroundQueue> used) : queue_(std::move(used)) {}
+  void post(WorkLane lane, Task task) override {
+    EXPECT_EQ(lane, WorkLane::files);
+    debugPrint("report");
+    queue_->post(lane, std::move(task));
   }
+
+ private:
+  const std::shared_ptr<BackgroundQueue> queue_;
 };
 
 struct CallWorld : TestWorld {
@@ -28,18 +38,29 @@ struct CallWorld : TestWorld {
       std::make_shared<InnerQuorvanceData>(time, store, identity);
   std::shared_ptr<SystemTexts> texts = std::make_shared<SystemTexts>(environment);
   std::shared_ptr<TracingManager> tracing = std::make_shared<TracingManager>(state, texts);
-  std::shared_ptr<KeptReports> reports = std::make_shared<KeptReports>();
+  std::shared_ptr<ExceptionLogger> exceptions = std::make_shared<ExceptionLogger>(tracing);
   std::shared_ptr<NetworkCallMaker> maker = std::make_shared<NetworkCallMaker>(CallServices{
-      http, time, state, texts, tracing, std::make_shared<ExceptionLogger>(tracing), reports});
+      http, time, state, texts, tracing, exceptions,
+      std::make_shared<ReportKeeper>(std::make_shared<ReportStore>(documents, exceptions),
+                                     std::make_shared<TellingQueue>(time), texts)});
   std::vector<ResponceObject> responses;
   int dropped = 0;
 
   void call(const std::string& url, Json params, std::optional<bool> reportErrors = std::nullopt) {
     maker->requestFromServer(
         url, std::move(params), "mine", reportErrors,
-        std::make_shared<CallCompletion>(
-            [this](ResponceObject response) { responses.push_back(std::move(response)); },
-            [this] { ++dropped; }));
+        {[this](ResponceObject response) { responses.push_back(std::move(response)); },
+         [this] { ++dropped; }});
+  }
+
+  std::map<std::int64_t, Json> reportsByCode() const {
+    std::map<std::int64_t, Json> reports;
+    for (const auto& [name, bytes] : documents->files) {
+      EXPECT_TRUE(name.starts_with("communicationError")) << name;
+      const Json report = *parseJson(bytes);
+      reports.emplace(findInteger(report, "error_code").value_or(-1), report);
+    }
+    return reports;
   }
 
   std::vector<std::string> phases() const {
@@ -92,7 +113,7 @@ TEST(CallMakerTest, EarlyFaultsEndInSilenceAndTellTheOwner) {
   world.time->run();
   EXPECT_THAT(world.http->sent(), IsEmpty());
   EXPECT_THAT(world.phases(), ElementsAre("Start", "exception"));
-  EXPECT_THAT(world.reports->reports, IsEmpty());
+  EXPECT_THAT(world.documents->files, IsEmpty());
   EXPECT_EQ(world.dropped, 1);
 }
 
@@ -107,18 +128,18 @@ TEST(CallMakerTest, FailuresAreReportedUnlessTheCallSaysNo) {
   for (int i = 0; i < 3; ++i) world.call("http://risk.test/p", Json::object());
   world.call("http://risk.test/p", Json::object(), false);
   world.time->run();
-  ASSERT_EQ(world.reports->reports.size(), 2U);
-  EXPECT_EQ(textOf(world.reports->reports[0]),
+  auto reports = world.reportsByCode();
+  ASSERT_EQ(reports.size(), 2U);
+  EXPECT_EQ(textOf(reports[0]),
             R"({"error_stack":"http://risk.test/p","version":"12","device_model":"Simulated",)"
             R"("sdk_version":"1.0.0","cause":"test 111: connection refused",)"
             R"("error_type":"test 111: connection refused","error_code":0,)"
             R"("error_timestamp":1700000000000})");
-  EXPECT_EQ(*findText(world.reports->reports[1], "error_type"), "Connection");
-  EXPECT_EQ(findInteger(world.reports->reports[1], "error_code"), 503);
+  EXPECT_EQ(*findText(reports[503], "error_type"), "Connection");
   EXPECT_EQ(world.responses[3].error, 503);
 }
 
-TEST(CallMakerTest, EndIsTracedBeforeTheCompletionUnderTheSwitchOfTheStart) {
+TEST(CallMakerTest, EndIsTracedUnderTheSwitchOfTheStart) {
   CallWorld world;
   world.state->replaceSdkConfig(
       SdkConfig::fromJson(*parseJson(R"({"tracing_manager":{"level_sending_data":true}})")));
@@ -126,13 +147,9 @@ TEST(CallMakerTest, EndIsTracedBeforeTheCompletionUnderTheSwitchOfTheStart) {
     world.state->replaceSdkConfig({});
     return okReply("{}");
   });
-  std::vector<std::string> atCompletion;
-  world.maker->requestFromServer(
-      "http://risk.test/p", Json::object(), "mine", std::nullopt,
-      std::make_shared<CallCompletion>(
-          [&](const ResponceObject&) { atCompletion = world.phases(); }, nullptr));
+  world.call("http://risk.test/p", Json::object());
   world.time->run();
-  EXPECT_THAT(atCompletion, ElementsAre("Start", "End"));
+  EXPECT_THAT(world.phases(), ElementsAre("Start", "End"));
   EXPECT_EQ(textOf(world.tracing->entries()[0]["paramList"]), R"(["http://risk.test/p"])");
   EXPECT_EQ(textOf(world.tracing->entries()[0]["methodName"]), R"("requestFromServer")");
 }
@@ -144,7 +161,7 @@ TEST(CallMakerTest, CallOutlivesItsMakerWithoutVersionAndReport) {
   world.maker.reset();
   world.time->run();
   EXPECT_EQ(world.http->sent()[0].request.body, "{}");
-  EXPECT_THAT(world.reports->reports, IsEmpty());
+  EXPECT_THAT(world.documents->files, IsEmpty());
   ASSERT_EQ(world.responses.size(), 1U);
   EXPECT_EQ(world.responses[0].error, 500);
 }
@@ -160,17 +177,41 @@ TEST(CallMakerTest, DroppedWorkTellsItsOwnerOnce) {
   EXPECT_THAT(world.responses, IsEmpty());
 }
 
-TEST(CallMakerTest, DebugPrintsAllButTransportErrors) {
+/// What a call does where a host or a server can see it, in order.
+std::vector<std::string> effectsOfCallAnswered(const HttpReply& reply) {
   CallWorld world;
+  world.state->replaceSdkConfig(
+      SdkConfig::fromJson(*parseJson(R"({"tracing_manager":{"level_sending_data":true}})")));
+  world.http->answer("p", [&](const SentRequest&) {
+    debugPrint("request");
+    return reply;
+  });
   const DebugLines debug;
-  world.http->answerOnce("p", refusedReply());
-  world.call("http://risk.test/p", Json::object());
+  world.maker->requestFromServer("http://risk.test/p", Json::object(), "mine", std::nullopt,
+                                 [](const ResponceObject&) { debugPrint("completion"); });
   world.time->run();
-  EXPECT_TRUE(debug.contain("jsonObj {\"version\":\"1.0.0\"}"));
-  EXPECT_FALSE(debug.contain("Network Responce: "));
-  world.call("http://risk.test/p", Json::object());
-  world.time->run();
-  EXPECT_TRUE(debug.contain("Network Responce: reqID: mine url: Optional(http://risk.test/p)"));
+  std::vector<std::string> effects = debug.lines();
+  for (std::string& line : effects) {
+    if (line.starts_with("length dataLogging: ")) line = "trace";
+  }
+  return effects;
+}
+
+TEST(CallMakerTest, EffectsOfACallComeInTheirOrder) {
+  const std::string body = R"(jsonObj {"version":"1.0.0"})";
+  const std::string response = "Network Responce: reqID: mine url: Optional(http://risk.test/p) ";
+  const std::string accepted = "statusCode: Optional(200) error: nil error: nil output: ";
+  EXPECT_THAT(effectsOfCallAnswered(okReply("{}")),
+              ElementsAre(body, "trace", "request", response + accepted + "Optional({})", "trace",
+                          "completion"));
+  EXPECT_THAT(effectsOfCallAnswered(refusedReply()),
+              ElementsAre(body, "trace", "request", "report", "trace", "completion"));
+  EXPECT_THAT(
+      effectsOfCallAnswered(statusReply(503)),
+      ElementsAre(body, "trace", "request", "report", StartsWith(response), "trace", "completion"));
+  EXPECT_THAT(effectsOfCallAnswered(okReply("no JSON")),
+              ElementsAre(body, "trace", "request", "trace", HasSubstr("The reply is no JSON"),
+                          StartsWith(response), "trace", "completion"));
 }
 
 TEST(ClientTest, AddsTheCommonBlocksAndGluesUrlAndPath) {
@@ -178,12 +219,13 @@ TEST(ClientTest, AddsTheCommonBlocksAndGluesUrlAndPath) {
   QuorvanceNetworkManager client(world.state, world.maker);
   Json body = objectWith("keys", 1);
   body["session"] = 2;
-  const auto done = std::make_shared<CallCompletion>(nullptr, nullptr);
-  const PreparedCall call = client.prepare({"d", "a b&c%", "http://risk.test"},
-                                           Service::getCheckpointRisk, CheckPointType::LOGIN);
-  client.send(call, body, done);
-  const PreparedCall next = client.prepare({"d", "u", std::nullopt}, Service::getDeviceId);
-  client.send(next, Json::object(), done);
+  client.identity().setServerUrl("http://risk.test");
+  client.identity().setUserId("a b&c%");
+  client.identity().configureDeviceId("d");
+  const PreparedCall call = client.prepare(Service::getCheckpointRisk, CheckPointType::LOGIN);
+  client.send(call, body, {});
+  const PreparedCall next = client.prepare(Service::getDeviceId);
+  client.send(next, Json::object(), {});
   world.time->run();
   const auto sent = world.http->sent();
   ASSERT_EQ(sent.size(), 2U);
@@ -200,12 +242,38 @@ TEST(ClientTest, AddsTheCommonBlocksAndGluesUrlAndPath) {
 TEST(ClientTest, FaceImageGoesAsItStands) {
   CallWorld world;
   QuorvanceNetworkManager client(world.state, world.maker);
-  client.sendImage({"d", "u", "http://risk.test/"}, objectWith("image", "x"),
-                   std::make_shared<CallCompletion>(nullptr, nullptr));
+  client.identity().setServerUrl("http://risk.test/");
+  client.sendImage(objectWith("image", "x"), {});
   world.http->answer("SendBiometricImage/", statusReply(500));
   world.time->run();
   EXPECT_EQ(world.http->sent()[0].request.body, R"({"image":"x","version":"1.0.0"})");
-  EXPECT_THAT(world.reports->reports, IsEmpty());
+  EXPECT_THAT(world.documents->files, IsEmpty());
+}
+
+TEST(ClientTest, FailuresOfFiveOfAllServicesAreReported) {
+  CallWorld world;
+  QuorvanceNetworkManager client(world.state, world.maker);
+  client.identity().setServerUrl("http://risk.test/");
+  world.http->answer("/", statusReply(503));
+  std::set<std::string> reported;
+  for (std::size_t i = 0; i < kServiceRows.size(); ++i) {
+    const auto service = static_cast<Service>(i);
+    if (service == Service::sendBiometricImage) {
+      client.sendImage(Json::object(), {});
+    } else {
+      client.send(client.prepare(service), Json::object(), {});
+    }
+  }
+  world.time->run();
+  EXPECT_EQ(world.http->sent().size(), 14U);
+  for (const auto& [name, bytes] : world.documents->files) {
+    reported.insert(*findText(*parseJson(bytes), "error_stack"));
+  }
+  EXPECT_THAT(reported, ElementsAre("http://risk.test/qrsk-med/3.0//UpdateTransactionResult/",
+                                    "http://risk.test/qrsk-med/3.0/BiometricData/",
+                                    "http://risk.test/qrsk-med/3.0/CrashLogging/",
+                                    "http://risk.test/qrsk-med/3.0/GetCheckpointRisk/",
+                                    "http://risk.test/qrsk-med/3.0/SendCheckpointEvent/"));
 }
 
 }  // namespace

@@ -9,23 +9,15 @@ namespace quorvance {
 
 QuorvanceNetworkManager::QuorvanceNetworkManager(std::shared_ptr<InnerQuorvanceData> state,
                                                  std::shared_ptr<NetworkCallMaker> callMaker)
-    : state_(std::move(state)), callMaker_(std::move(callMaker)) {}
+    : state_(std::move(state)), callMaker_(std::move(callMaker)), identity_(state_) {}
 
-// Returns the URL that the client now has.
-std::string QuorvanceNetworkManager::takeIdentity(const ClientIdentity& identity) {
-  const std::lock_guard lock(mutex_);
-  deviceId_ = identity.deviceId;
-  userId_ = identity.userId;
-  if (identity.serverUrl) serverURL_ = *identity.serverUrl;
-  return serverURL_;
-}
-
-PreparedCall QuorvanceNetworkManager::prepare(const ClientIdentity& identity, Service service,
+PreparedCall QuorvanceNetworkManager::prepare(Service service,
                                               std::optional<CheckPointType> checkPoint,
                                               std::optional<std::string> requestId) {
+  const ClientIdentity::Values identity = identity_.current();
   PreparedCall call;
   call.service = service;
-  call.url = takeIdentity(identity) + std::string(rowOf(service).path);
+  call.url = identity.serverUrl + std::string(rowOf(service).path);
   call.requestId = requestId ? std::move(*requestId) : randomUuid();
   // The stored identifier is raw; only this copy is encoded.
   call.keys.userId = percentEncodeForQuery(identity.userId);
@@ -40,23 +32,21 @@ PreparedCall QuorvanceNetworkManager::prepare(const ClientIdentity& identity, Se
   return call;
 }
 
-void QuorvanceNetworkManager::send(const PreparedCall& call, Json body,
-                                   std::shared_ptr<CallCompletion> completion) {
+void QuorvanceNetworkManager::send(const PreparedCall& call, Json body, ReplyHandler handler) {
   // Room for "keys", "session" and "version": an object that grows copies what it holds.
   auto& members = body.get_ref<Json::object_t&>();
   members.reserve(members.size() + 3);
   setMember(body, "keys", call.keys.getJson());
-  setMember(body, "session", call.session.getJson());
+  call.session.putInto(body);
   callMaker_->requestFromServer(call.url, std::move(body), call.requestId,
-                                rowOf(call.service).reportErrors, std::move(completion));
+                                rowOf(call.service).reportErrors, std::move(handler));
 }
 
-void QuorvanceNetworkManager::sendImage(const ClientIdentity& identity, Json body,
-                                        std::shared_ptr<CallCompletion> completion) {
+void QuorvanceNetworkManager::sendImage(Json body, ReplyHandler handler) {
   const ServiceRow& row = rowOf(Service::sendBiometricImage);
-  callMaker_->requestFromServer(takeIdentity(identity) + std::string(row.path), std::move(body),
-                                state_->vendorIdentifier().value_or(std::string()),
-                                row.reportErrors, std::move(completion));
+  callMaker_->requestFromServer(identity_.current().serverUrl + std::string(row.path),
+                                std::move(body), state_->vendorIdentifier().value_or(std::string()),
+                                row.reportErrors, std::move(handler));
 }
 
 }  // namespace quorvance

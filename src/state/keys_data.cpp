@@ -5,7 +5,7 @@
 namespace quorvance {
 namespace {
 
-constexpr RecordField kKeysFields[] = {
+constexpr auto kKeysFields = RecordTable{
     field<&KeysData::userId>("user_id"),        field<&KeysData::deviceId>("device_id"),
     field<&KeysData::requestId>("requestID"),   field<&KeysData::appUUID>("app_uuid"),
     field<&KeysData::checkPoint>("checkpoint"), field<&KeysData::version>("version"),
@@ -13,6 +13,6 @@ constexpr RecordField kKeysFields[] = {
 
 }  // namespace
 
-Json KeysData::getJson() const { return recordToJson(this, kKeysFields); }
+Json KeysData::getJson() const { return recordToJson(*this, kKeysFields); }
 
 }  // namespace quorvance

@@ -16,7 +16,7 @@ struct VocabularyTable<AppRunMode> {
 
 namespace {
 
-constexpr RecordField kConfigFields[] = {
+constexpr auto kConfigFields = RecordTable{
     field<&SdkConfig::faceVerificationDelay>("face_verification_delay"),
     field<&SdkConfig::timeoutConnection>("timeout_connection"),
     field<&SdkConfig::enableBioCollection>("enable_bio_collection"),
@@ -24,7 +24,7 @@ constexpr RecordField kConfigFields[] = {
     field<&SdkConfig::enableCrashEye>("enable_crash_eye"),
 };
 
-constexpr RecordField kTracingFields[] = {
+constexpr auto kTracingFields = RecordTable{
     field<&TracingDataQvData::levelException>("level_exception"),
     field<&TracingDataQvData::levelQvManager>("level_qv_manager"),
     field<&TracingDataQvData::levelSendingData>("level_sending_data"),
@@ -52,9 +52,7 @@ std::optional<AppRunMode> appRunModeFromRawValue(std::int64_t rawValue) {
 }
 
 TracingDataQvData TracingDataQvData::fromJson(const Json& json) {
-  TracingDataQvData levels;
-  recordFromJson(json, &levels, kTracingFields);
-  return levels;
+  return recordFromJson(json, kTracingFields);
 }
 
 // Here an unknown type leaves the field absent; the vocabulary's fallback does not apply.
@@ -69,7 +67,7 @@ ScreenListenersList ScreenListenersList::fromJson(const Json& json) {
 
 SdkConfig SdkConfig::fromJson(const Json& json) {
   SdkConfig config;
-  recordFromJson(json, &config, kConfigFields);
+  readRecord(json, config, kConfigFields);
   if (const std::string* word = findText(json, "app_run_mode")) {
     config.appRunMode = appRunModeFromWord(*word);
   }

@@ -14,6 +14,9 @@ struct Session {
   std::int64_t timeSession = 0;
 
   Json getJson() const;
+  /// Puts it under "session" of a body. Where it stands there already nothing is written; another
+  /// value is replaced in its place.
+  void putInto(Json& body) const;
 };
 
 }  // namespace quorvance

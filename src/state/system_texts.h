@@ -5,17 +5,23 @@
 #include <optional>
 #include <string>
 
+#include "quorvance/platform/device_facts.h"
 #include "quorvance/platform/environment.h"
 
 namespace quorvance {
 
-/// The version and model texts that every report carries. Any thread, never waits: the version of
-/// the operating system is known once the device facts have been read.
+/// The version and model texts that every report carries. Any thread; only readSystemVersion()
+/// waits.
 class SystemTexts {
  public:
-  explicit SystemTexts(std::shared_ptr<EnvironmentSource> environment);
+  /// Either may be null.
+  explicit SystemTexts(std::shared_ptr<EnvironmentSource> environment,
+                       std::shared_ptr<FactSource<SystemFacts>> system = nullptr);
 
+  /// What is known of the operating system's version now.
   std::optional<std::string> systemVersion() const;
+  /// The same, read when nothing is known: not for a thread of the host's.
+  std::optional<std::string> readSystemVersion();
   void setSystemVersion(std::optional<std::string> version);
 
   /// What the simulator's variable names the model, over every source; absent when it is not set,
@@ -29,6 +35,7 @@ class SystemTexts {
 
  private:
   const std::shared_ptr<EnvironmentSource> environment_;
+  const std::shared_ptr<FactSource<SystemFacts>> system_;
   mutable std::mutex mutex_;
   std::optional<std::string> systemVersion_;
 };

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "test/crash/allocator_count.h"
+#include "test/watched_documents_test_support.h"
 
 namespace quorvance {
 namespace {
@@ -45,15 +46,36 @@ class OverheardTrap : public CrashTrap {
   const DelegateManner& manner_;
 };
 
+class HostsDocuments : public WatchedDocuments {
+ public:
+  HostsDocuments(std::shared_ptr<DocumentsFolder> inner, DocumentsManner manner)
+      : WatchedDocuments(std::move(inner)), manner_(manner) {}
+
+  std::optional<PlatformError> write(const std::string& name, std::string_view bytes) override {
+    if (std::exchange(manner_, DocumentsManner::writes) == DocumentsManner::faultsFirst) {
+      writeToNothing();
+    }
+    return WatchedDocuments::write(name, bytes);
+  }
+
+ private:
+  DocumentsManner manner_;
+};
+
+Platform linuxPlatformIn(const std::string& folder) {
+  LinuxPlatformOptions options;
+  options.dataFolder = folder;
+  return makeLinuxPlatform(std::move(options));
+}
+
 }  // namespace
 
 CrashChildWorld::CrashChildWorld(std::string folder, const std::string& notesFile)
     : folder_(std::move(folder)), notes_(mapNotes(notesFile)), platform_(doubles_.platform()) {
-  LinuxPlatformOptions options;
-  options.dataFolder = folder_;
-  const Platform real = makeLinuxPlatform(std::move(options));
-  platform_.documents = real.documents;
-  platform_.crashTrap = std::make_shared<OverheardTrap>(real.crashTrap, delegateManner);
+  // Reports go where the documents are, wherever the rest of the trap's platform is.
+  platform_.documents = linuxPlatformIn(folder_).documents;
+  platform_.crashTrap = std::make_shared<OverheardTrap>(
+      linuxPlatformIn(folder_ + "/of_the_trap").crashTrap, delegateManner);
   manager_ = std::make_unique<QuorvanceManager>(platform_);
 }
 
@@ -71,6 +93,15 @@ void CrashChildWorld::dropManager() {
   doubles_.http->dropAll();
   doubles_.time->dropAll();
   manager_.reset();
+}
+
+void CrashChildWorld::replaceDocuments() {
+  platform_.documents = std::make_shared<HostsDocuments>(platform_.documents, documentsManner);
+  manager_ = std::make_unique<QuorvanceManager>(platform_);
+}
+
+void CrashChildWorld::tellOfCrash(const CrashModel& crash) {
+  manager_->crashEyeDidCatchCrash(crash);
 }
 
 void CrashChildWorld::noteFault() {

@@ -12,6 +12,9 @@ namespace quorvance {
 /// What a delegate does once it was told of a crash.
 enum class DelegateManner { returns, hangs, crashes };
 
+/// What the host's own documents do when a report is written.
+enum class DocumentsManner { writes, faultsFirst };
+
 /// A host in miniature: a real crash trap and a real folder, everything else in virtual time on one
 /// thread.
 class CrashChildWorld {
@@ -26,12 +29,17 @@ class CrashChildWorld {
   void receiveConfiguration(bool enableCrashEye);
   /// The library's side ends, as with a host that has let its manager go.
   void dropManager();
+  /// The host keeps the reports itself from now on, in this folder, but as no folder of a file
+  /// system.
+  void replaceDocuments();
+  void tellOfCrash(const CrashModel& crash);
   /// The next thing that the calling thread does is its fault.
   void noteFault();
 
   const std::string& folder() const { return folder_; }
 
   DelegateManner delegateManner = DelegateManner::returns;
+  DocumentsManner documentsManner = DocumentsManner::writes;
 
  private:
   const std::string folder_;

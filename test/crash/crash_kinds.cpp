@@ -18,7 +18,7 @@
 #include <thread>
 #include <vector>
 
-#include "test/crash/crash_programs.h"
+#include "test/child_programs.h"
 
 namespace quorvance {
 namespace {
@@ -274,8 +274,28 @@ void crashAfterInstallingTwice(CrashChildWorld& world) {
 
 void crashWithoutFolder(CrashChildWorld& world) {
   install(world);
-  std::filesystem::remove_all(world.folder());
+  std::filesystem::remove_all(std::filesystem::path(world.folder()).parent_path());
   writeToNothingNow(world);
+}
+
+// The trap cannot know where they are; what the delegate stores is there when the process ends.
+void crashWithOwnDocuments(CrashChildWorld& world) {
+  world.replaceDocuments();
+  nullWrite(world);
+}
+
+// The delegate's report waits for a turn that the dying thread will never end.
+void crashWhileStoring(CrashChildWorld& world) {
+  world.documentsManner = DocumentsManner::faultsFirst;
+  world.replaceDocuments();
+  install(world);
+  world.tellOfCrash({});
+}
+
+// It is the host that has caught a crash; what it told of is stored when the call returns.
+void exitAfterTelling(CrashChildWorld& world) {
+  world.tellOfCrash({CrashModelType::signal, "SIGBUS", "Signal SIGBUS(10) was raised.\n", "1.0.0",
+                     "12", "x86_64", "crash_child"});
 }
 
 void crashOutOfDescriptors(CrashChildWorld& world) {
@@ -348,6 +368,9 @@ const std::map<std::string, CrashKind>& crashKinds() {
       {"crashing_delegate", crashWithCrashingDelegate},
       {"installed_twice", crashAfterInstallingTwice},
       {"removed_folder", crashWithoutFolder},
+      {"hosts_own_documents", crashWithOwnDocuments},
+      {"fault_while_storing", crashWhileStoring},
+      {"told_by_the_host", exitAfterTelling},
       {"out_of_descriptors", crashOutOfDescriptors},
       {"file_size_exceeded", exceedFileSize},
       {"host_handler_replaced", crashWithHandlerReplaced},

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,6 +46,9 @@ struct CaughtCrash {
 struct CrashPlan {
   std::vector<SignalPlan> signals;
   CrashForm exceptionForm;
+  /// Where reports are written, as an absolute path; it is made anew when it is missing. Absent:
+  /// none is written, and those who are told of a crash store it.
+  std::optional<std::string> folder;
   /// Reports are named by this word, a UUID and ".json"; with `maxFiles` of that word there, no
   /// further one is written.
   std::string category;
@@ -59,8 +63,7 @@ struct CrashPlan {
 
 /// Catches what ends this process: fatal signals, each of which ends in SIGKILL, and uncaught C++
 /// exceptions, after which the terminate handler that was installed before runs. There is one trap
-/// in a process, whatever objects stand for it; reports go into the folder of the platform's
-/// documents.
+/// in a process, whatever objects stand for it.
 class CrashTrap {
  public:
   virtual ~CrashTrap() = default;

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -32,6 +34,22 @@ struct DocumentRead {
   std::optional<PlatformError> error;
 };
 
+/// A file whose writer died before it had its name.
+struct UnfinishedDocument {
+  /// Where its bytes are, whole or not: read, rename and remove take it.
+  std::string temporaryName;
+  /// What it was to become; empty when that cannot be told.
+  std::string name;
+  /// It was to take the place of a file of that name, not to be another one.
+  bool isReplacement = false;
+};
+
+/// Held until its end, on whatever thread that comes.
+class DocumentsLock {
+ public:
+  virtual ~DocumentsLock() = default;
+};
+
 /// No report comes near this size.
 inline constexpr std::size_t kMaxDocumentBytes = 8UL * 1024 * 1024;
 
@@ -49,6 +67,20 @@ class DocumentsFolder {
   virtual std::optional<PlatformError> write(const std::string& name, std::string_view bytes) = 0;
   virtual std::optional<PlatformError> rename(const std::string& from, const std::string& to) = 0;
   virtual std::optional<PlatformError> remove(const std::string& name) = 0;
+
+  // What a host's own folder may leave as it is; one that stands before another passes it on.
+
+  /// Where the folder is in the file system, as an absolute path: a dying process writes there
+  /// itself. Absent when it is in none. Always the same; any thread, never waits.
+  virtual std::optional<std::string> fileSystemPath() const { return std::nullopt; }
+  /// Keeps other processes that have this folder from the same purpose. Null when somebody had the
+  /// lock for the whole time-out; a folder without locks gives one that keeps off nobody.
+  virtual std::unique_ptr<DocumentsLock> lockAmongProcesses(std::string_view /*purpose*/,
+                                                            std::chrono::milliseconds /*timeout*/) {
+    return std::make_unique<DocumentsLock>();
+  }
+  /// What dead processes left, on the disk by then; nothing of a process that lives.
+  virtual std::vector<UnfinishedDocument> unfinishedDocuments() { return {}; }
 };
 
 }  // namespace quorvance

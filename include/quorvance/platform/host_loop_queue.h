@@ -10,9 +10,11 @@
 namespace quorvance {
 
 /// A main queue that runs on the host's own event loop: the host watches `descriptor()` for
-/// readability (GLib, Qt, epoll) and calls `dispatch()` on its thread when it is readable.
+/// readability (GLib, Qt, epoll) and calls `dispatch()` on its thread when it is readable. In a
+/// forked child every call returns at once and does nothing.
 class HostLoopQueue : public MainQueue {
  public:
+  /// Throws std::bad_alloc alone.
   HostLoopQueue();
   ~HostLoopQueue() override;
   HostLoopQueue(const HostLoopQueue&) = delete;
@@ -26,9 +28,10 @@ class HostLoopQueue : public MainQueue {
 
   void post(Task task) override;
   void postAfter(std::chrono::milliseconds delay, Task task) override;
+  std::shared_ptr<PreparedTask> prepare(Task task) override;
 
  private:
-  struct State;
+  class State;
   std::shared_ptr<State> state_;
 };
 

@@ -33,9 +33,10 @@ struct HttpReply {
 
 using HttpCompletion = std::function<void(HttpReply)>;
 
-/// Sends requests, several at a time, each exactly once: a request whose connection dies unanswered
-/// is a transport error and is never repeated. All of a session's work happens on one thread of its
-/// own. Called from any thread; returns at once, never throws.
+/// Sends requests, several at a time, each at most once: a request whose connection dies unanswered
+/// is a transport error and is never repeated. So is a URL with a user name, which would go out as
+/// a header. All of a session's work happens on one thread of its own. Called from any thread;
+/// returns at once, never throws.
 class HttpSession {
  public:
   virtual ~HttpSession() = default;

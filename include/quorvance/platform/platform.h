@@ -28,6 +28,7 @@ namespace quorvance {
 
 /// The groups of device facts; a missing one answers "unknown".
 struct DeviceFactSources {
+  /// Read once, by whichever background thread of the library needs it first.
   std::shared_ptr<FactSource<SystemFacts>> system;
   std::shared_ptr<FactSource<StorageFacts>> storage;
   std::shared_ptr<FactSource<ScreenFacts>> screen;

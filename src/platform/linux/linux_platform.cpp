@@ -122,12 +122,14 @@ Platform makeLinuxPlatform(LinuxPlatformOptions options) {
   if (!options.dataFolder) options.dataFolder = dataFolderFor(*platform.environment, identifier);
 
   platform.clock = std::make_shared<SystemWallClock>();
+  const auto retries = std::make_shared<ThreadRetries>();
   platform.mainQueue = std::move(options.mainQueue);
-  if (!platform.mainQueue) platform.mainQueue = std::make_shared<ThreadMainQueue>();
-  platform.backgroundQueue = std::make_shared<WorkQueue>();
+  if (!platform.mainQueue) platform.mainQueue = std::make_shared<ThreadMainQueue>(retries);
+  retries->useTimersOf(platform.mainQueue);
+  platform.backgroundQueue = std::make_shared<WorkQueue>(WorkQueue::kIdleTime, retries);
   platform.http = std::make_shared<CurlHttpSession>();
   platform.documents = std::make_shared<LinuxDocumentsFolder>(options.dataFolder);
-  platform.crashTrap = std::make_shared<LinuxCrashTrap>(options.dataFolder);
+  platform.crashTrap = std::make_shared<LinuxCrashTrap>();
   platform.defaults =
       std::make_shared<JsonFileStore>(std::move(options.dataFolder), platform.backgroundQueue);
 

@@ -1,8 +1,9 @@
 #pragma once
 
 #include <map>
-#include <mutex>
+#include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -10,7 +11,8 @@
 
 namespace quorvance {
 
-/// A folder in memory, with switches for a disk in trouble. Its order is that of the names.
+/// A folder in memory, with switches for a disk in trouble and for other processes. Its order is
+/// that of the names; hidden ones are not listed.
 class MemoryDocuments : public DocumentsFolder {
  public:
   std::map<std::string, std::string> files;
@@ -24,6 +26,10 @@ class MemoryDocuments : public DocumentsFolder {
   int reads = 0;
   /// Names that are no plain files.
   std::vector<std::string> oddNames;
+  /// Of those that are among the files.
+  std::vector<UnfinishedDocument> unfinished;
+  /// Purposes for which another process has the lock.
+  std::set<std::string, std::less<>> lockedElsewhere;
 
   bool prepare() override;
   std::optional<PlatformError> list(std::vector<DocumentEntry>& entries) override;
@@ -32,11 +38,18 @@ class MemoryDocuments : public DocumentsFolder {
   std::optional<PlatformError> rename(const std::string& from, const std::string& to) override;
   std::optional<PlatformError> remove(const std::string& name) override;
 
+  std::unique_ptr<DocumentsLock> lockAmongProcesses(std::string_view purpose,
+                                                    std::chrono::milliseconds timeout) override;
+  std::vector<UnfinishedDocument> unfinishedDocuments() override;
+
   std::size_t count(std::string_view prefix) const;
 
  private:
   std::int64_t changes_ = 0;
   std::map<std::string, std::int64_t> changedAt_;
+  // Purposes for which somebody here has the lock; shared with the locks.
+  std::shared_ptr<std::set<std::string, std::less<>>> locked_ =
+      std::make_shared<std::set<std::string, std::less<>>>();
 };
 
 }  // namespace quorvance

@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <stdio.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,16 +14,25 @@
 #include <utility>
 
 #include "base/uuid.h"
+#include "platform/linux/storage/temporary_name.h"
 
 namespace quorvance {
 namespace {
 
-// Hidden, and what the documents folder tidies away should the machine die in between.
-constexpr const char* kCrashTemporaryPrefix = ".report-";
 constexpr mode_t kCrashFileMode = 0600;
 constexpr mode_t kCrashFolderMode = 0700;
 
 FileDescriptor spareDescriptor() { return FileDescriptor(open("/dev/null", O_RDONLY | O_CLOEXEC)); }
+
+std::vector<std::string> withThoseAbove(const std::string& path) {
+  std::vector<std::string> paths;
+  for (std::size_t end = path.find('/', 1); end != std::string::npos;
+       end = path.find('/', end + 1)) {
+    paths.push_back(path.substr(0, end));
+  }
+  paths.push_back(path);
+  return paths;
+}
 
 bool writeWhole(int file, std::string_view bytes) {
   while (!bytes.empty()) {
@@ -36,17 +46,19 @@ bool writeWhole(int file, std::string_view bytes) {
 
 }  // namespace
 
-CrashFile::CrashFile(std::string folder, std::string category, std::size_t maxFiles)
-    : folderPath_(std::move(folder)),
+CrashFile::CrashFile(const std::string& folder, std::string category, std::size_t maxFiles)
+    : folderPaths_(withThoseAbove(folder)),
       category_(std::move(category)),
       maxFiles_(maxFiles),
       name_(category_ + randomUuid() + ".json"),
-      temporaryName_(kCrashTemporaryPrefix + randomUuid()),
-      spares_{spareDescriptor(), spareDescriptor()} {}
+      firstTemporary_(TemporaryName::make(name_, false)),
+      secondTemporary_(TemporaryName::make(name_, true)),
+      spares_{spareDescriptor(), spareDescriptor(), spareDescriptor()} {}
 
 CrashFile::State CrashFile::open() {
   folder_ = openFolder();
-  if (folder_ < 0 && errno == ENOENT && mkdir(folderPath_.c_str(), kCrashFolderMode) == 0) {
+  if (folder_ < 0 && errno == ENOENT) {
+    makeFolders();
     folder_ = openFolder();
   }
   if (folder_ < 0) return State::failed;
@@ -61,7 +73,14 @@ int CrashFile::openAt(int folder, const char* name, int flags) {
 }
 
 int CrashFile::openFolder() {
-  return openAt(AT_FDCWD, folderPath_.c_str(), O_RDONLY | O_DIRECTORY);
+  return openAt(AT_FDCWD, folderPaths_.back().c_str(), O_RDONLY | O_DIRECTORY);
+}
+
+void CrashFile::makeFolders() const {
+  for (const std::string& path : folderPaths_) {
+    // The umask may take bits away.
+    if (mkdir(path.c_str(), kCrashFolderMode) == 0) chmod(path.c_str(), kCrashFolderMode);
+  }
 }
 
 // A folder that cannot be listed has no room, as for every other report.
@@ -80,16 +99,30 @@ bool CrashFile::hasRoom() {
   }
 }
 
-bool CrashFile::replace(std::string_view bytes) {
-  if (file_ >= 0) close(file_);
-  file_ = openAt(folder_, temporaryName_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW);
-  if (file_ < 0) return false;
+bool CrashFile::isThere() const {
+  struct stat status = {};
+  return fstatat(folder_, name_.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+bool CrashFile::fill(int file, std::string_view bytes) const {
+  flock(file, LOCK_EX | LOCK_NB);  // as every writer of a temporary does
   // The umask may have taken bits away.
-  if (fchmod(file_, kCrashFileMode) == 0 && writeWhole(file_, bytes) &&
-      renameat(folder_, temporaryName_.c_str(), folder_, name_.c_str()) == 0) {
+  return fchmod(file, kCrashFileMode) == 0 && writeWhole(file, bytes);
+}
+
+bool CrashFile::replace(std::string_view bytes) {
+  const bool isFirst = file_ < 0;
+  const char* const temporary = (isFirst ? firstTemporary_ : secondTemporary_).c_str();
+  const int file = openAt(folder_, temporary, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW);
+  if (file < 0) return false;
+  if (fill(file, bytes) && (isFirst || isThere()) &&
+      renameat(folder_, temporary, folder_, name_.c_str()) == 0) {
+    if (!isFirst) close(file_);
+    file_ = file;
     return true;
   }
-  removeTemporary();
+  close(file);
+  removeTemporaries();
   return false;
 }
 
@@ -98,8 +131,10 @@ void CrashFile::synchronize() {
   fsync(folder_);
 }
 
-void CrashFile::removeTemporary() {
-  if (folder_ >= 0) unlinkat(folder_, temporaryName_.c_str(), 0);
+void CrashFile::removeTemporaries() {
+  if (folder_ < 0) return;
+  unlinkat(folder_, firstTemporary_.c_str(), 0);
+  unlinkat(folder_, secondTemporary_.c_str(), 0);
 }
 
 }  // namespace quorvance

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/linux/storage/private_files.h"
 
@@ -14,34 +15,41 @@ namespace quorvance {
 /// context; the rest is async-signal-safe. Not thread-safe.
 class CrashFile {
  public:
-  /// Files are named by `category`, a UUID and ".json"; with `maxFiles` of the category there, none
-  /// is written.
-  CrashFile(std::string folder, std::string category, std::size_t maxFiles);
+  /// Files are named by `category`, a UUID and ".json"; with `maxFiles` of the category there, and
+  /// without a folder's path, none is written.
+  CrashFile(const std::string& folder, std::string category, std::size_t maxFiles);
 
   enum class State { ready, full, failed };
-  /// Opens the folder and looks whether there is room. First of all, and once.
+  /// Opens the folder, which is made anew with all above it when it is missing, and looks whether
+  /// there is room. First of all, and once.
   State open();
-  /// Replaces the file in one step, or leaves it as it was.
+  /// Writes the file, the second time over the first, in one step; false leaves it as it was. One
+  /// that somebody has sent and removed in between is not written again.
   bool replace(std::string_view bytes);
   /// Brings the file and its name to the disk.
   void synchronize();
   /// Removes what an interrupted replace() left.
-  void removeTemporary();
+  void removeTemporaries();
 
  private:
   int openAt(int folder, const char* name, int flags);
   int openFolder();
+  void makeFolders() const;
   bool hasRoom();
+  bool isThere() const;
+  bool fill(int file, std::string_view bytes) const;
 
-  const std::string folderPath_;
+  /// Those above it first, the folder itself last.
+  const std::vector<std::string> folderPaths_;
   const std::string category_;
   const std::size_t maxFiles_;
   const std::string name_;
-  const std::string temporaryName_;
+  const std::string firstTemporary_;
+  const std::string secondTemporary_;
   /// Closed when no other can be had: a process may well die of having too many open.
-  std::array<FileDescriptor, 2> spares_;
+  std::array<FileDescriptor, 3> spares_;
   int folder_ = -1;
-  int file_ = -1;
+  int file_ = -1;  // the file, once it was written
   alignas(std::size_t) std::array<char, 4096> entries_{};
 };
 

@@ -2,6 +2,8 @@
 
 #include <time.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 namespace quorvance {
@@ -22,17 +24,24 @@ std::int64_t millisecondsNow() {
   return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
 }
 
-}  // namespace
-
+/// Bytes of a form without its slots.
 std::size_t fixedBytesOf(const CrashForm& form) {
   std::size_t bytes = 0;
   for (const CrashFormPart& part : form) bytes += part.bytes.size();
   return bytes;
 }
 
-CrashRecorder::CrashRecorder(const CrashFolder& folder, std::size_t fixedBytes)
-    : file_(folder.path, folder.category, folder.maxFiles),
-      memory_(fixedBytes + kMaxSlotBytes),
+std::size_t longestForm(const CrashPlan& plan) {
+  std::size_t bytes = fixedBytesOf(plan.exceptionForm);
+  for (const SignalPlan& signal : plan.signals) bytes = std::max(bytes, fixedBytesOf(signal.form));
+  return bytes;
+}
+
+}  // namespace
+
+CrashRecorder::CrashRecorder(const CrashPlan& plan)
+    : file_(plan.folder.value_or(""), plan.category, plan.maxFiles),
+      memory_(longestForm(plan) + kMaxSlotBytes),
       report_(memory_.span()) {}
 
 bool CrashRecorder::write(const CrashForm& form, std::string_view name, std::string_view reason) {

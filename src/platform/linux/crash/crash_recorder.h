@@ -1,7 +1,6 @@
 #pragma once
 
-#include <cstddef>
-#include <string>
+#include <cstdint>
 #include <string_view>
 
 #include "platform/linux/crash/crash_call_stack.h"
@@ -11,13 +10,6 @@
 #include "quorvance/platform/crash_trap.h"
 
 namespace quorvance {
-
-/// Where reports go: prepared by the trap, out of the plan.
-struct CrashFolder {
-  std::string path;
-  std::string category;
-  std::size_t maxFiles = 0;
-};
 
 /// What came of recording a crash.
 enum class CrashRecord { stored, full, failed };
@@ -29,8 +21,8 @@ enum class CrashRecord { stored, full, failed };
 /// search may hang or fault in a damaged process; the first report then stays.
 class CrashRecorder {
  public:
-  /// `fixedBytes`: of the longest form that it will be given.
-  CrashRecorder(const CrashFolder& folder, std::size_t fixedBytes);
+  /// For the forms and the folder of this plan.
+  explicit CrashRecorder(const CrashPlan& plan);
 
   bool isUsable() const { return !memory_.span().empty(); }
 
@@ -39,7 +31,7 @@ class CrashRecorder {
                      const void* top = nullptr);
   std::string_view callStack() const { return stack_.text(); }
   /// After another thread was stopped in the middle of its record().
-  void removeTemporary() { file_.removeTemporary(); }
+  void removeTemporaries() { file_.removeTemporaries(); }
 
  private:
   bool write(const CrashForm& form, std::string_view name, std::string_view reason);
@@ -50,8 +42,5 @@ class CrashRecorder {
   CrashText report_;
   std::int64_t milliseconds_ = 0;
 };
-
-/// Bytes of a form without its slots.
-std::size_t fixedBytesOf(const CrashForm& form);
 
 }  // namespace quorvance

@@ -65,7 +65,7 @@ bool CrashReporter::start() {
   if (isStarted_) return true;
   LibraryThread thread;
   isStarted_ = thread.start("qv-crash", [this] { run(); });
-  thread.letGo();
+  thread.detach();
   return isStarted_;
 }
 

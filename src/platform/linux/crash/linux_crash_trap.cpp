@@ -3,7 +3,6 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
@@ -22,27 +21,18 @@
 namespace quorvance {
 namespace {
 
-std::size_t longestForm(const CrashPlan& plan) {
-  std::size_t bytes = fixedBytesOf(plan.exceptionForm);
-  for (const SignalPlan& signal : plan.signals) bytes = std::max(bytes, fixedBytesOf(signal.form));
-  return bytes;
-}
-
 /// A plan with all that carrying it out needs. An uncaught exception and the abort that follows it
 /// are two crashes, hence two recorders.
 struct CrashGear {
-  CrashGear(std::string folder, CrashPlan newPlan)
-      : folderPath(std::move(folder)),
-        plan(std::move(newPlan)),
-        signalRecorder({folderPath, plan.category, plan.maxFiles}, longestForm(plan)),
-        exceptionRecorder({folderPath, plan.category, plan.maxFiles}, longestForm(plan)) {}
+  explicit CrashGear(CrashPlan newPlan)
+      : plan(std::move(newPlan)), signalRecorder(plan), exceptionRecorder(plan) {}
 
   bool isUsable() const { return signalRecorder.isUsable() && exceptionRecorder.isUsable(); }
 
   /// `tell` cannot be compared; equal bytes come of the same facts.
-  bool serves(const std::string& folder, const CrashPlan& other) const {
-    return folderPath == folder && plan.signals == other.signals &&
-           plan.exceptionForm == other.exceptionForm && plan.category == other.category &&
+  bool serves(const CrashPlan& other) const {
+    return plan.signals == other.signals && plan.exceptionForm == other.exceptionForm &&
+           plan.folder == other.folder && plan.category == other.category &&
            plan.maxFiles == other.maxFiles && plan.isAnyoneListening == other.isAnyoneListening;
   }
 
@@ -56,7 +46,6 @@ struct CrashGear {
     return nullptr;
   }
 
-  const std::string folderPath;
   const CrashPlan plan;
   CrashRecorder signalRecorder;
   CrashRecorder exceptionRecorder;
@@ -111,7 +100,7 @@ void reportSignal(TrapState& trap, int number, const void* struckAt) {
   news.reason = plan->reason;
   trap.reporter.tell(news);
   const pid_t terminating = trap.terminating.load();
-  if (terminating != 0 && terminating != gettid()) gear->exceptionRecorder.removeTemporary();
+  if (terminating != 0 && terminating != gettid()) gear->exceptionRecorder.removeTemporaries();
 }
 
 void onFatalSignal(int number, siginfo_t* /*info*/, void* context) {
@@ -174,11 +163,9 @@ void catchTermination(TrapState& trap) {
 }
 
 // False when there is no memory for it; what was there before then stays.
-bool takeUp(TrapState& trap, const std::string& folder, CrashPlan plan) {
-  if (CrashGear* const present = trap.gear.load(); present && present->serves(folder, plan)) {
-    return true;
-  }
-  auto gear = std::make_unique<CrashGear>(folder, std::move(plan));
+bool takeUp(TrapState& trap, CrashPlan plan) {
+  if (CrashGear* const present = trap.gear.load(); present && present->serves(plan)) return true;
+  auto gear = std::make_unique<CrashGear>(std::move(plan));
   if (!gear->isUsable()) return false;
   std::unique_ptr<CrashGear> old(trap.gear.exchange(gear.release()));
   const bool isSomebodyDying = trap.crashing.load() != 0 || trap.terminating.load() != 0;
@@ -188,15 +175,13 @@ bool takeUp(TrapState& trap, const std::string& folder, CrashPlan plan) {
 
 }  // namespace
 
-LinuxCrashTrap::LinuxCrashTrap(std::optional<std::string> folder) : folder_(std::move(folder)) {}
-
 void LinuxCrashTrap::install(CrashPlan plan) {
   if (plan.isAnyoneListening == nullptr || !plan.tell) return;
   try {
     TrapState& trap = trapOfProcess();
     const std::lock_guard lock(trap.installing);
-    if (folder_) makePrivateFolder(*folder_);
-    if (!takeUp(trap, folder_.value_or(""), std::move(plan)) || !trap.reporter.start()) return;
+    if (plan.folder) makePrivateFolder(*plan.folder);
+    if (!takeUp(trap, std::move(plan)) || !trap.reporter.start()) return;
     trap.process.store(getpid());
     trapInForce.store(&trap);
     catchTermination(trap);

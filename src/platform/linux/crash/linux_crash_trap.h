@@ -1,8 +1,5 @@
 #pragma once
 
-#include <optional>
-#include <string>
-
 #include "quorvance/platform/crash_trap.h"
 
 namespace quorvance {
@@ -17,13 +14,7 @@ namespace quorvance {
 /// was there before.
 class LinuxCrashTrap : public CrashTrap {
  public:
-  /// Where the platform's documents are; without one nothing is written.
-  explicit LinuxCrashTrap(std::optional<std::string> folder);
-
   void install(CrashPlan plan) override;
-
- private:
-  const std::optional<std::string> folder_;
 };
 
 }  // namespace quorvance

@@ -15,16 +15,14 @@ namespace {
 /// end.
 class PrivateFonts {
  public:
-  explicit PrivateFonts(const std::string& configuration) {
-    folder_.put("fonts.conf", configuration);
+  explicit PrivateFonts(const std::string& content) {
+    folder_.put("fonts.conf", "<fontconfig>" + content + "<cachedir>" + folder_.at("cache") +
+                                  "</cachedir></fontconfig>");
     std::filesystem::create_directories(folder_.at("fonts"));
     setenv("FONTCONFIG_FILE", folder_.at("fonts.conf").c_str(), 1);
     setenv("FONTCONFIG_PATH", folder_.path().c_str(), 1);
   }
-  PrivateFonts()
-      : PrivateFonts(
-            "<fontconfig><dir prefix=\"relative\">fonts</dir>"
-            "<cachedir prefix=\"relative\">cache</cachedir></fontconfig>") {}
+  PrivateFonts() : PrivateFonts("<dir prefix=\"relative\">fonts</dir>") {}
   ~PrivateFonts() {
     unsetenv("FONTCONFIG_FILE");
     unsetenv("FONTCONFIG_PATH");
@@ -63,7 +61,7 @@ TEST(LinuxFontFactsTest, AreEmptyWithoutFontsConfigurationOrLibrary) {
     EXPECT_TRUE(LinuxFontFacts().read().familyNames.empty());
   }
   {
-    const PrivateFonts fonts("<fontconfig></fontconfig>");
+    const PrivateFonts fonts("");
     EXPECT_TRUE(LinuxFontFacts().read().fontsByFamily.empty());
   }
   const char* const names[] = {"libquorvance-missing.so.1"};

@@ -2,6 +2,8 @@
 
 #include <curl/curl.h>
 
+#include <chrono>
+#include <condition_variable>
 #include <deque>
 #include <limits>
 #include <mutex>
@@ -10,8 +12,13 @@
 #include <utility>
 #include <vector>
 
+#include "base/forked_child.h"
+#include "platform/linux/http/curl_library.h"
 #include "platform/linux/http/curl_transfer.h"
+#include "platform/linux/http/curl_wakeup_pair.h"
 #include "platform/linux/http/url_check.h"
+#include "platform/linux/http/wake_up_event.h"
+#include "platform/linux/threads/process_exit.h"
 
 namespace quorvance {
 namespace {
@@ -29,7 +36,7 @@ HttpReply failedReply(CURLcode code, std::string_view detail = {}) {
 
 }  // namespace
 
-struct CurlHttpSession::State {
+struct CurlHttpSession::State : ExitParticipant {
   struct Call {
     HttpRequest request;
     HttpCompletion completion;
@@ -38,10 +45,16 @@ struct CurlHttpSession::State {
   std::mutex mutex;
   std::deque<Task> tasks;
   std::deque<Call> waiting;
+  // Open before the thread starts.
+  WakeUpEvent wakeUp;
+  bool isWatchingExit = false;
   bool isRunning = false;
   bool isStopped = false;
-  // Set while the thread may be asleep in it.
-  CURLM* multi = nullptr;
+  // The process ends: the thread leaves libcurl, says so, and never comes back to it.
+  bool isExiting = false;
+  bool isAtRest = false;
+  // The thread has ended, or rests.
+  std::condition_variable isDone;
 
   /// Drops what waits, outside of the lock.
   void stop() {
@@ -51,7 +64,34 @@ struct CurlHttpSession::State {
     isStopped = true;
     droppedTasks.swap(tasks);
     droppedCalls.swap(waiting);
-    if (multi != nullptr) curl_multi_wakeup(multi);
+    wakeUp.signal();
+  }
+
+  /// For the thread, wherever it is out of libcurl. Does not return once the process ends.
+  std::unique_lock<std::mutex> lockOrRest() {
+    std::unique_lock lock(mutex);
+    if (isExiting) {
+      isAtRest = true;
+      isDone.notify_all();
+      isDone.wait(lock, [] { return false; });
+    }
+    return lock;
+  }
+
+  void beginExit() noexcept override {
+    const std::lock_guard lock(mutex);
+    isExiting = true;
+    wakeUp.signal();
+  }
+
+  void awaitExit(std::chrono::steady_clock::time_point deadline) noexcept override {
+    std::unique_lock lock(mutex);
+    isDone.wait_until(lock, deadline, [&] { return isAtRest || !isRunning; });
+  }
+
+  void awaitEnd() {
+    std::unique_lock lock(mutex);
+    isDone.wait(lock, [&] { return isAtRest || !isRunning; });
   }
 };
 
@@ -67,11 +107,11 @@ class CurlHttpSession::Worker {
   void run();
 
  private:
-  bool open();
-  void refuseAll();
+  void open();
   void runTasks();
   void startWaiting();
   void startCall(State::Call call);
+  void perform();
   void finishDone();
   void finishOne(CURL* handle, CURLcode code);
   void sleep();
@@ -90,55 +130,37 @@ class CurlHttpSession::Worker {
 };
 
 CurlHttpSession::Worker::~Worker() {
-  if (multi_ == nullptr) return;
-  {
-    const std::lock_guard lock(state_->mutex);
-    state_->multi = nullptr;
+  if (multi_ != nullptr) {
+    for (const auto& [handle, transfer] : inFlight_) curl_multi_remove_handle(multi_, handle);
+    inFlight_.clear();
+    idle_.clear();
+    curl_multi_cleanup(multi_);
+    leaveCurlLibrary();
   }
-  for (const auto& [handle, transfer] : inFlight_) curl_multi_remove_handle(multi_, handle);
-  inFlight_.clear();
-  idle_.clear();
-  curl_multi_cleanup(multi_);
+  const std::lock_guard lock(state_->mutex);
+  state_->isRunning = false;
+  state_->isDone.notify_all();
 }
 
 void CurlHttpSession::Worker::run() {
-  if (!open()) {
-    refuseAll();
-    return;
-  }
   while (!isStopped()) {
+    open();
     runTasks();
     startWaiting();
-    int running = 0;
-    curl_multi_perform(multi_, &running);
-    finishDone();
+    perform();
     sleep();
   }
 }
 
-bool CurlHttpSession::Worker::open() {
-  // Never undone: the host may use the library too.
-  if (curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK) return false;
+// What fails here is tried again by the next use; what waits until then fails.
+void CurlHttpSession::Worker::open() {
+  if (multi_ != nullptr || !openCurlLibrary()) return;
   multi_ = curl_multi_init();
-  if (multi_ == nullptr) return false;
+  if (multi_ == nullptr) return;
+  closeWakeupPairOnExec(multi_);
   constexpr long kConnections = kMaxInFlight;
   curl_multi_setopt(multi_, CURLMOPT_MAX_TOTAL_CONNECTIONS, kConnections);
   curl_multi_setopt(multi_, CURLMOPT_MAXCONNECTS, kConnections);
-  const std::lock_guard lock(state_->mutex);
-  state_->multi = multi_;
-  return true;
-}
-
-/// Serves what is there with failures and ends the thread; the next use starts another one.
-void CurlHttpSession::Worker::refuseAll() {
-  for (;;) {
-    runTasks();
-    while (auto call = takeWaiting()) call->completion(failedReply(CURLE_FAILED_INIT));
-    const std::lock_guard lock(state_->mutex);
-    if (!state_->isStopped && !(state_->tasks.empty() && state_->waiting.empty())) continue;
-    state_->isRunning = false;
-    return;
-  }
 }
 
 // Those that are there now: what they dispatch waits until the network has had its turn.
@@ -164,6 +186,10 @@ void CurlHttpSession::Worker::startWaiting() {
 }
 
 void CurlHttpSession::Worker::startCall(State::Call call) {
+  if (multi_ == nullptr) {
+    call.completion(failedReply(CURLE_FAILED_INIT));
+    return;
+  }
   const UrlFault fault = faultOfUrl(call.request.url);
   if (fault != UrlFault::none) {
     const bool isForeign = fault == UrlFault::foreignScheme;
@@ -183,6 +209,13 @@ void CurlHttpSession::Worker::startCall(State::Call call) {
     return;
   }
   inFlight_.emplace(handle, std::move(transfer));
+}
+
+void CurlHttpSession::Worker::perform() {
+  if (multi_ == nullptr) return;
+  int running = 0;
+  curl_multi_perform(multi_, &running);
+  finishDone();
 }
 
 void CurlHttpSession::Worker::finishDone() {
@@ -208,21 +241,27 @@ void CurlHttpSession::Worker::finishOne(CURL* handle, CURLcode code) {
 
 void CurlHttpSession::Worker::sleep() {
   {
-    const std::lock_guard lock(state_->mutex);
+    const auto lock = state_->lockOrRest();
     const bool canStart = !state_->waiting.empty() && inFlight_.size() < kMaxInFlight;
     if (state_->isStopped || !state_->tasks.empty() || canStart) return;
   }
-  // A wake-up that comes before the wait begins ends it at once.
-  curl_multi_poll(multi_, nullptr, 0, kLongestWaitMilliseconds, nullptr);
+  // Not libcurl's own wake-up: it is missing, in silence, when there was no descriptor for it.
+  curl_waitfd wakeUp = {state_->wakeUp.descriptor(), CURL_WAIT_POLLIN, 0};
+  if (multi_ == nullptr) {
+    state_->wakeUp.wait();
+  } else {
+    curl_multi_poll(multi_, &wakeUp, 1, kLongestWaitMilliseconds, nullptr);
+  }
+  if (multi_ == nullptr || wakeUp.revents != 0) state_->wakeUp.reset();
 }
 
 bool CurlHttpSession::Worker::isStopped() {
-  const std::lock_guard lock(state_->mutex);
+  const auto lock = state_->lockOrRest();
   return state_->isStopped;
 }
 
 std::optional<Task> CurlHttpSession::Worker::takeTask() {
-  const std::lock_guard lock(state_->mutex);
+  const auto lock = state_->lockOrRest();
   if (state_->tasks.empty()) return std::nullopt;
   std::optional<Task> task = std::move(state_->tasks.front());
   state_->tasks.pop_front();
@@ -230,7 +269,7 @@ std::optional<Task> CurlHttpSession::Worker::takeTask() {
 }
 
 std::optional<CurlHttpSession::State::Call> CurlHttpSession::Worker::takeWaiting() {
-  const std::lock_guard lock(state_->mutex);
+  const auto lock = state_->lockOrRest();
   if (state_->waiting.empty()) return std::nullopt;
   std::optional<State::Call> call = std::move(state_->waiting.front());
   state_->waiting.pop_front();
@@ -252,8 +291,10 @@ CurlHttpSession::CurlHttpSession(std::string caFile)
     : state_(std::make_shared<State>()), caFile_(std::move(caFile)) {}
 
 CurlHttpSession::~CurlHttpSession() {
+  if (leakInForkedChild(state_)) return;
   state_->stop();
-  thread_.finish();
+  if (!thread_.isCurrent()) state_->awaitEnd();
+  thread_.detach();
 }
 
 void CurlHttpSession::dispatch(Task task) {
@@ -281,12 +322,19 @@ void CurlHttpSession::send(HttpRequest request, HttpCompletion completion) {
 // Under the mutex.
 void CurlHttpSession::wake() {
   if (!state_->isRunning) {
-    thread_.finish();  // one that has ended takes no lock any more
-    state_->isRunning = thread_.start(
-        "qv-net", [state = state_, caFile = caFile_] { Worker(state, caFile).run(); });
-  } else if (state_->multi != nullptr && !thread_.isCurrent()) {
-    curl_multi_wakeup(state_->multi);
+    startThread();
+  } else if (!thread_.isCurrent()) {
+    state_->wakeUp.signal();
   }
+}
+
+// Under the mutex. What cannot be had now is asked for again by the next use.
+void CurlHttpSession::startThread() {
+  if (!state_->wakeUp.open()) return;
+  if (!state_->isWatchingExit) state_->isWatchingExit = joinProcessExit(state_);
+  if (!state_->isWatchingExit) return;
+  state_->isRunning =
+      thread_.start("qv-net", [state = state_, caFile = caFile_] { Worker(state, caFile).run(); });
 }
 
 }  // namespace quorvance

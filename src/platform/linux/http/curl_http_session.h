@@ -11,11 +11,13 @@ namespace quorvance {
 
 /// HTTP and HTTPS over one thread, with kept connections.
 ///
-/// The thread starts with the first use; when the system has none to give, everything waits and the
-/// next use tries again. At most kMaxInFlight exchanges run, each on a connection of its own; more
-/// wait for their turn, and a time-out counts from it. Destroying the session drops every
-/// completion that waits, breaks off what is in flight and waits for the thread, except on the
-/// thread itself. Any thread; guarded by the state's mutex.
+/// The thread starts with the first use; when the system has no thread or no descriptor to give,
+/// everything waits and the next use tries again. At most kMaxInFlight exchanges run, each on a
+/// connection of its own; more wait for their turn, and a time-out counts from it. Destroying the
+/// session drops every completion that waits, breaks off what is in flight and waits for the
+/// thread, except on the thread itself. When the process ends normally the thread comes to rest out
+/// of libcurl, whose TLS library then cleans up, and nothing more happens. Any thread; guarded by
+/// the state's mutex.
 class CurlHttpSession : public HttpSession {
  public:
   static constexpr std::size_t kMaxInFlight = 32;
@@ -35,6 +37,7 @@ class CurlHttpSession : public HttpSession {
   struct State;
   class Worker;
   void wake();
+  void startThread();
 
   // Shared with the thread, which may outlive the session.
   std::shared_ptr<State> state_;

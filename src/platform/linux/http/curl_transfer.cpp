@@ -1,5 +1,7 @@
 #include "platform/linux/http/curl_transfer.h"
 
+#include <sys/socket.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <limits>
@@ -48,6 +50,7 @@ void CurlTransfer::setConstantOptions(const std::string& caFile) {
   curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);
   curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_1);
   curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);
+  curl_easy_setopt(handle, CURLOPT_OPENSOCKETFUNCTION, &CurlTransfer::openSocket);
   curl_easy_setopt(handle, CURLOPT_TCP_NODELAY, 1L);
   // Without it a hung name server holds the thread long past the time-out.
   curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
@@ -122,6 +125,11 @@ HttpReply CurlTransfer::replyFor(CURLcode code) {
 }
 
 HttpCompletion CurlTransfer::takeCompletion() { return std::exchange(completion_, nullptr); }
+
+// Programs that the host starts must not inherit a connection.
+curl_socket_t CurlTransfer::openSocket(void*, curlsocktype, curl_sockaddr* address) {
+  return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+}
 
 std::size_t CurlTransfer::onBody(char* bytes, std::size_t size, std::size_t count, void* self) {
   auto& transfer = *static_cast<CurlTransfer*>(self);

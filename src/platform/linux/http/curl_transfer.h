@@ -53,6 +53,7 @@ class CurlTransfer {
   HttpCompletion takeCompletion();
 
  private:
+  static curl_socket_t openSocket(void*, curlsocktype purpose, curl_sockaddr* address);
   static std::size_t onBody(char* bytes, std::size_t size, std::size_t count, void* self);
   static int onRequest(void* self, char* remote, char* local, int remotePort, int localPort);
   void setConstantOptions(const std::string& caFile);

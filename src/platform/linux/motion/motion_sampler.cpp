@@ -68,7 +68,7 @@ MotionSampler::ThreadNumber MotionSampler::startThread() {
         thread.start("qv-motion", [self = shared_from_this(), number] { self->run(number); });
   });
   if (!isStarted) return kNoThread;
-  thread.letGo();
+  thread.detach();
   ++threads_;
   return number;
 }

@@ -4,16 +4,18 @@
 #include <cstdio>
 #include <map>
 #include <mutex>
+#include <set>
 #include <utility>
 
 #include "base/debug.h"
 #include "base/json.h"
+#include "platform/linux/storage/file_lock.h"
 #include "platform/linux/storage/private_files.h"
 
 namespace quorvance {
 namespace {
 
-using Texts = std::map<std::string, std::string, std::less<>>;
+using Keys = std::set<std::string, std::less<>>;
 using Entries = std::map<std::string, StoredEntry, std::less<>>;
 
 void sayOfState(const std::string& path, std::string_view what) {
@@ -54,31 +56,61 @@ class JsonFileStore::StateFile {
 
   const std::string& path() const { return path_; }
   SmallFile load() const { return readSmallFile(path_, kMaxFileBytes); }
-  /// Null, or in words what went wrong.
-  const char* merge(const Texts& texts) const;
+  /// Makes the file hold the texts of `keys`, or every text when it is missing or set aside.
+  /// Returns null, or in words what went wrong.
+  const char* merge(const Keys& keys, const Entries& entries);
 
  private:
+  void put(Json& object, const std::string& key, const StoredEntry& entry) const;
+  void drop(Json& object, const std::string& key) const;
+
   const std::string folder_;
   const std::string path_;
+  // The last wait for the lock was in vain: until it is free again, none is made.
+  bool isLockStalled_ = false;
 };
 
-const char* JsonFileStore::StateFile::merge(const Texts& texts) const {
+const char* JsonFileStore::StateFile::merge(const Keys& keys, const Entries& entries) {
   if (!makePrivateFolder(folder_)) return "its folder cannot be made";
-  const FileDescriptor lock = lockFile(folder_ + "/state.lock");
-  if (!lock.isOpen()) return "it cannot be locked";
+  const FileLock lock(folder_ + "/state.lock", isLockStalled_ ? kMaxLockWait.zero() : kMaxLockWait);
+  isLockStalled_ = lock.outcome() == FileLock::Outcome::heldElsewhere;
+  if (lock.outcome() != FileLock::Outcome::held) return "it cannot be locked";
   const SmallFile file = load();
   std::optional<Json> object = objectIn(file);
+  const bool isNew = !object || file.outcome == SmallFile::Outcome::missing;
   if (!object) {
     if (!isSpoilt(file)) return "it cannot be read";
     std::rename(path_.c_str(), (folder_ + "/unreadable-state.json").c_str());
     object = Json::object();
   }
-  for (const auto& [key, text] : texts) setMember(*object, key, text);
-  const std::optional<std::string> bytes = writeJson(*object);
-  if (!bytes || bytes->size() > kMaxFileBytes) return "it would be too long";
+  for (const auto& [key, entry] : entries) {
+    if (isNew || keys.contains(key)) put(*object, key, entry);
+  }
+  std::optional<std::string> bytes = writeJson(*object);
+  if (!bytes || bytes->size() > kMaxFileBytes) {
+    for (const std::string& key : keys) drop(*object, key);
+    bytes = writeJson(*object);
+  }
+  if (!bytes) return "it cannot be JSON";
   if (*bytes == file.bytes) return nullptr;
   const bool isReplaced = replaceFile(path_, folder_ + "/state.tmp", *bytes);
   return isReplaced ? nullptr : "it cannot be written";
+}
+
+void JsonFileStore::StateFile::put(Json& object, const std::string& key,
+                                   const StoredEntry& entry) const {
+  if (entry.kind != StoredEntry::Kind::text) return;
+  if (entry.text.size() > kMaxTextBytes) {
+    drop(object, key);
+  } else {
+    setMember(object, key, entry.text);
+  }
+}
+
+// An older text would come back with the next start; none is better.
+void JsonFileStore::StateFile::drop(Json& object, const std::string& key) const {
+  sayOfState(path_, key + " is too long to be stored, the next start finds none");
+  object.erase(key);
 }
 
 struct JsonFileStore::State {
@@ -86,17 +118,17 @@ struct JsonFileStore::State {
     if (folder) file.emplace(std::move(*folder));
   }
 
-  std::optional<const StateFile> file;
+  std::optional<StateFile> file;
   std::mutex mutex;
   bool isLoaded = false;
   Entries entries;
-  // What memory has and the disk does not.
-  Texts unwritten;
+  // Those whose texts the disk may not have.
+  Keys unwritten;
   // A task that will take `unwritten` waits on the file lane.
   bool isDiskAsked = false;
 
   bool load();
-  bool change(std::string_view key, std::string_view text);
+  void change(std::string_view key, std::string_view text);
   void bringToDisk();
 };
 
@@ -108,32 +140,27 @@ bool JsonFileStore::State::load() {
   return !object;
 }
 
-// Under the mutex. Whether there is something for the disk.
-bool JsonFileStore::State::change(std::string_view key, std::string_view text) {
-  StoredEntry& entry = entries[std::string(key)];
-  const bool isSame = entry.kind == StoredEntry::Kind::text && entry.text == text;
-  if (!isSame) {
-    entry = {StoredEntry::Kind::text, std::string(text)};
-    if (file && text.size() <= kMaxTextBytes) {
-      unwritten.insert_or_assign(std::string(key), std::string(text));
-    }
-  }
-  return !unwritten.empty();
+// Under the mutex. What memory had before says nothing of the file, which others write too.
+void JsonFileStore::State::change(std::string_view key, std::string_view text) {
+  entries[std::string(key)] = {StoredEntry::Kind::text, std::string(text)};
+  if (file) unwritten.emplace(key);
 }
 
 void JsonFileStore::State::bringToDisk() {
-  Texts texts;
+  Keys keys;
+  Entries known;
   {
     const std::lock_guard lock(mutex);
     isDiskAsked = false;
-    texts.swap(unwritten);
+    keys.swap(unwritten);
+    if (keys.empty()) return;
+    known = entries;
   }
-  if (texts.empty()) return;
-  const char* const problem = file->merge(texts);
+  const char* const problem = file->merge(keys, known);
   if (problem == nullptr) return;
   sayOfState(file->path(), problem);
   const std::lock_guard lock(mutex);
-  unwritten.merge(texts);  // newer texts stay
+  unwritten.merge(keys);
 }
 
 JsonFileStore::JsonFileStore(std::optional<std::string> folder,
@@ -160,7 +187,7 @@ void JsonFileStore::write(std::string_view key, std::string_view text) {
   load();
   {
     const std::lock_guard lock(state_->mutex);
-    if (!state_->change(key, text)) return;
+    state_->change(key, text);
   }
   askForDisk();
 }

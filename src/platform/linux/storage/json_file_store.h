@@ -13,18 +13,20 @@ namespace quorvance {
 
 /// The key-value state in one JSON file, "state.json" in the data folder.
 ///
-/// The first use reads the file, on the caller's thread; from then on memory answers. A write that
-/// changes a value changes memory at once and asks the file lane to bring it to the disk. There,
-/// under a file lock that other processes take too, the file is read again, the changed keys alone
-/// are replaced, and the whole takes the old one's place in one step; everything else in it stays
-/// as it was found. What cannot be written stays in memory and is tried again with the next write.
-/// A file that is no JSON object or too long counts as empty; the first write sets it aside as
+/// The first use reads the file, on the caller's thread; from then on memory answers. A write
+/// changes memory at once and asks the file lane to compare it with the file, which other processes
+/// write too. There, under a file lock that they take as well, the file is read again, the written
+/// keys alone are replaced, and unless it has them already the whole takes the old one's place in
+/// one step; everything else in it stays as it was found. A file that is missing gets every text
+/// that memory has. What cannot be written is tried again with the next write. A file that is no
+/// JSON object or too long counts as empty; the first write sets it aside as
 /// "unreadable-state.json". Any thread; guarded by the state's mutex.
 class JsonFileStore : public KeyValueStore {
  public:
-  /// Longer files are not read and not written.
+  /// Longer files are not read.
   static constexpr std::size_t kMaxFileBytes = 1024 * 1024;
-  /// Longer texts stay in memory.
+  /// Longer texts, and those that would make the file too long, stay in memory; their keys are
+  /// removed from the file, which would otherwise bring an older text back.
   static constexpr std::size_t kMaxTextBytes = 64 * 1024;
 
   /// Without a folder everything stays in memory. `queue` must not be null.

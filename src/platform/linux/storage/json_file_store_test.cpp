@@ -5,13 +5,11 @@
 
 #include <deque>
 #include <filesystem>
-#include <future>
 #include <memory>
 #include <string>
-#include <thread>
 
 #include "platform/linux/storage/temporary_folder_test_support.h"
-#include "platform/linux/threads/work_queue.h"
+#include "platform/testing/test_world.h"
 
 namespace quorvance {
 namespace {
@@ -70,20 +68,40 @@ TEST_F(JsonFileStoreTest, MemoryAnswersAtOnceAndTheDiskAfterARestart) {
   EXPECT_EQ(restarted.read("user_id").text, "\xc3\xa4\"\n");
 }
 
-TEST_F(JsonFileStoreTest, GoesToTheDiskOnlyWhenAValueChanges) {
+TEST_F(JsonFileStoreTest, WritesOfOneTurnShareATaskAndLeaveAFileThatHasThemAlone) {
   JsonFileStore store = makeStore();
   store.write("a", "1");
   store.write("b", "2");
   store.synchronize();
   EXPECT_EQ(lane_->waiting(), 1U);
   lane_->runAll();
+  EXPECT_EQ(stateText(), R"({"a":"1","b":"2"})");
+  const auto stateFile = folder_.at("app/quorvance/state.json");
+  fs::create_hard_link(stateFile, folder_.at("first"));
   store.write("a", "1");
-  store.synchronize();
-  EXPECT_EQ(lane_->waiting(), 0U);
-  store.write("a", "");
-  EXPECT_EQ(lane_->waiting(), 1U);
   lane_->runAll();
-  EXPECT_EQ(stateText(), R"({"a":"","b":"2"})");
+  EXPECT_TRUE(fs::equivalent(stateFile, folder_.at("first"))) << "it was written anew";
+}
+
+// What this process wrote last is not what the file holds.
+TEST_F(JsonFileStoreTest, WhatAnotherProcessDidToTheFileIsSeenByTheNextWrite) {
+  JsonFileStore store = makeStore();
+  store.write("user", "ann");
+  store.write("device", "d");
+  lane_->runAll();
+  const std::string whole = stateText();
+  putState(R"({"device":"d","user":"bob"})");
+  store.write("user", "ann");
+  lane_->runAll();
+  EXPECT_EQ(stateText(), whole);
+  fs::remove(folder_.at("app/quorvance/state.json"));
+  store.write("user", "ann");
+  lane_->runAll();
+  EXPECT_EQ(stateText(), whole) << "removed";
+  putState("{\"user\":");
+  store.write("device", "e");
+  lane_->runAll();
+  EXPECT_EQ(stateText(), R"({"device":"e","user":"ann"})") << "spoilt";
 }
 
 TEST_F(JsonFileStoreTest, KeepsWhatOthersPutIntoTheFile) {
@@ -115,20 +133,6 @@ TEST_F(JsonFileStoreTest, MakesPrivateFoldersAndFilesAgainWhenTheyAreGone) {
   umask(mask);
 }
 
-TEST_F(JsonFileStoreTest, LeavesNoFileThatCouldPassForAReport) {
-  putState("rubbish");
-  JsonFileStore store = makeStore();
-  store.write("a", "1");
-  lane_->runAll();
-  for (const auto& entry : fs::directory_iterator(folder_.at("app/quorvance"))) {
-    const std::string name = entry.path().filename();
-    EXPECT_NE(name, "state.tmp");
-    for (const char* category : {"bio", "crash", "communicationError", "activity"}) {
-      EXPECT_FALSE(name.starts_with(category)) << name;
-    }
-  }
-}
-
 TEST_F(JsonFileStoreTest, StartsEmptyWithAFileThatIsNoStateAndReplacesIt) {
   const std::string tooLong = R"({"a":")" + std::string(JsonFileStore::kMaxFileBytes, 'x') + "\"}";
   for (const std::string& bytes : {std::string(), std::string("rubbish"), std::string("[1]"),
@@ -143,20 +147,22 @@ TEST_F(JsonFileStoreTest, StartsEmptyWithAFileThatIsNoStateAndReplacesIt) {
   }
 }
 
-TEST_F(JsonFileStoreTest, LivesInMemoryWithAFolderInPlaceOfItsFile) {
-  fs::create_directories(folder_.at("app/quorvance/state.json/full"));
-  JsonFileStore store = makeStore();
-  store.write("a", "1");
-  lane_->runAll();
-  EXPECT_EQ(store.read("a").text, "1");
-  EXPECT_TRUE(fs::is_directory(folder_.at("app/quorvance/state.json/full")));
-}
-
-TEST_F(JsonFileStoreTest, DoesNotWaitForAPipeInPlaceOfItsFile) {
-  fs::create_directories(folder_.at("app/quorvance"));
-  ASSERT_EQ(mkfifo(folder_.at("app/quorvance/state.json").c_str(), 0600), 0);
-  JsonFileStore store = makeStore();
-  EXPECT_EQ(store.read("a").kind, Kind::absent);
+TEST_F(JsonFileStoreTest, LivesInMemoryWithAFolderOrAPipeInPlaceOfItsFile) {
+  const std::string path = folder_.at("app/quorvance/state.json");
+  for (const bool isPipe : {false, true}) {
+    fs::remove_all(path);
+    fs::create_directories(path + "/full");
+    if (isPipe) {
+      fs::remove_all(path);
+      ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    }
+    JsonFileStore store = makeStore();
+    EXPECT_EQ(store.read("a").kind, Kind::absent);
+    store.write("a", "1");
+    lane_->runAll();
+    EXPECT_EQ(store.read("a").text, "1");
+    EXPECT_FALSE(fs::is_regular_file(path));
+  }
 }
 
 TEST_F(JsonFileStoreTest, TriesWhatCouldNotBeWrittenAgainWithTheNextWrite) {
@@ -173,27 +179,29 @@ TEST_F(JsonFileStoreTest, TriesWhatCouldNotBeWrittenAgainWithTheNextWrite) {
   EXPECT_EQ(stateText(), R"({"a":"2","b":"1"})");
 }
 
-TEST_F(JsonFileStoreTest, AnUnchangedWriteIsANextWriteToo) {
-  obstructDisk(true);
-  JsonFileStore store = makeStore();
-  store.write("a", "1");
-  lane_->runAll();
-  obstructDisk(false);
-  store.write("a", "1");
-  lane_->runAll();
-  EXPECT_EQ(stateText(), R"({"a":"1"})");
-}
-
-TEST_F(JsonFileStoreTest, KeepsTextsThatAreTooLongInMemory) {
-  JsonFileStore store = makeStore();
+// The older value must not come back with a restart.
+TEST_F(JsonFileStoreTest, TextThatIsTooLongTakesTheOlderOneAway) {
   const std::string longest(JsonFileStore::kMaxTextBytes, 'x');
+  putState(R"({"foreign":")" + std::string(JsonFileStore::kMaxFileBytes - 1000, 'f') +
+           R"(","fits":"old","long":"old"})");
+  const DebugLines debug;
+  JsonFileStore store = makeStore();
   store.write("long", longest + "x");
   EXPECT_EQ(store.read("long").text, longest + "x");
-  EXPECT_EQ(lane_->waiting(), 0U);
+  lane_->runAll();
+  EXPECT_EQ(makeStore().read("long").kind, Kind::absent);
+  EXPECT_EQ(makeStore().read("fits").text, "old");
+  EXPECT_TRUE(debug.contain("long is too long")) << "in silence";
+  // Here it is the file that would be too long.
+  store.write("fits", longest);
+  lane_->runAll();
+  EXPECT_EQ(makeStore().read("fits").kind, Kind::absent);
+  EXPECT_TRUE(debug.contain("fits is too long"));
+  EXPECT_EQ(makeStore().read("foreign").text.size(), JsonFileStore::kMaxFileBytes - 1000);
+  putState("{}");
   store.write("fits", longest);
   lane_->runAll();
   EXPECT_EQ(makeStore().read("fits").text, longest);
-  EXPECT_EQ(makeStore().read("long").kind, Kind::absent);
 }
 
 TEST_F(JsonFileStoreTest, WithoutAFolderEverythingStaysInMemory) {
@@ -202,29 +210,6 @@ TEST_F(JsonFileStoreTest, WithoutAFolderEverythingStaysInMemory) {
   store.synchronize();
   EXPECT_EQ(store.read("a").text, "1");
   EXPECT_EQ(lane_->waiting(), 0U);
-}
-
-// As two processes do: the lock belongs to the open file, not to the process.
-TEST_F(JsonFileStoreTest, TwoStoresOnOneFileLoseNoUpdate) {
-  constexpr int kWrites = 100;
-  const auto writeMany = [&](const std::string& prefix) {
-    const auto queue = std::make_shared<WorkQueue>();
-    JsonFileStore store(folder_.at("app/quorvance"), queue);
-    for (int i = 0; i < kWrites; ++i) {
-      store.write(prefix + std::to_string(i), "1");
-      std::promise<void> written;
-      queue->post(WorkLane::files, [&] { written.set_value(); });
-      written.get_future().wait();
-    }
-  };
-  std::thread other([&] { writeMany("a"); });
-  writeMany("b");
-  other.join();
-  JsonFileStore store = makeStore();
-  for (int i = 0; i < kWrites; ++i) {
-    EXPECT_EQ(store.read("a" + std::to_string(i)).kind, Kind::text) << i;
-    EXPECT_EQ(store.read("b" + std::to_string(i)).kind, Kind::text) << i;
-  }
 }
 
 }  // namespace

@@ -2,24 +2,21 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
-#include <ctime>
 #include <memory>
 #include <utility>
 
-#include "base/uuid.h"
+#include "platform/linux/storage/file_lock.h"
 #include "platform/linux/storage/private_files.h"
+#include "platform/linux/storage/temporary_name.h"
 
 namespace quorvance {
 namespace {
-
-constexpr std::string_view kTemporaryPrefix = ".report-";
-// Older ones belong to nobody: a report is written in milliseconds.
-constexpr std::time_t kStaleSeconds = 3600;
 
 struct DirectoryCloser {
   void operator()(DIR* directory) const { closedir(directory); }
@@ -54,6 +51,15 @@ std::optional<PlatformError> visitEntries(const std::string& path, Visit visit) 
   return std::nullopt;
 }
 
+class FolderLock : public DocumentsLock {
+ public:
+  FolderLock(const std::string& path, std::chrono::milliseconds timeout) : lock_(path, timeout) {}
+  bool isHeldElsewhere() const { return lock_.outcome() == FileLock::Outcome::heldElsewhere; }
+
+ private:
+  const FileLock lock_;
+};
+
 // A report is durable once its name is: the folder itself goes to the disk too.
 void synchronizeFolder(const std::string& path) {
   const FileDescriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -69,20 +75,41 @@ std::string LinuxDocumentsFolder::at(std::string_view name) const {
   return path_.value_or(std::string()) + "/" + std::string(name);
 }
 
-bool LinuxDocumentsFolder::prepare() {
-  if (!path_ || !makePrivateFolder(*path_)) return false;
-  if (!isTidied_.exchange(true)) removeStaleTemporaries();
+bool LinuxDocumentsFolder::prepare() { return path_ && makePrivateFolder(*path_); }
+
+// What cannot be locked at all is not locked: a report matters more than a place in its category.
+std::unique_ptr<DocumentsLock> LinuxDocumentsFolder::lockAmongProcesses(
+    std::string_view purpose, std::chrono::milliseconds timeout) {
+  if (!path_) return std::make_unique<DocumentsLock>();
+  auto lock = std::make_unique<FolderLock>(at(".lock-" + std::string(purpose)), timeout);
+  if (lock->isHeldElsewhere()) return nullptr;
+  return lock;
+}
+
+// A writer has its file locked from just after it made it; its process tells of the moment before.
+bool LinuxDocumentsFolder::isAbandoned(const std::string& temporaryName) const {
+  const FileDescriptor file = openPlainFile(at(temporaryName));
+  if (!file.isOpen()) return false;
+  if (flock(file.number(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return false;
+  const auto parsed = TemporaryName::parse(temporaryName);
+  if (parsed && parsed->isProcessAlive()) return false;
+  fdatasync(file.number());
   return true;
 }
 
-void LinuxDocumentsFolder::removeStaleTemporaries() const {
-  std::vector<std::string> stale;
-  const std::time_t limit = std::time(nullptr) - kStaleSeconds;
+std::vector<UnfinishedDocument> LinuxDocumentsFolder::unfinishedDocuments() {
+  std::vector<std::string> names;
   // What cannot be listed now is looked at in the next process.
-  visitEntries(*path_, [&](const std::string& name, const struct stat& status) {
-    if (name.starts_with(kTemporaryPrefix) && status.st_mtime < limit) stale.push_back(name);
+  visitEntries(path_.value_or(std::string()), [&](const std::string& name, const struct stat&) {
+    if (name.starts_with(TemporaryName::kPrefix)) names.push_back(name);
   });
-  for (const std::string& name : stale) unlink(at(name).c_str());
+  std::vector<UnfinishedDocument> unfinished;
+  for (std::string& name : names) {
+    if (!isAbandoned(name)) continue;
+    const TemporaryName parsed = TemporaryName::parse(name).value_or(TemporaryName());
+    unfinished.push_back({std::move(name), parsed.document, parsed.isReplacement});
+  }
+  return unfinished;
 }
 
 std::optional<PlatformError> LinuxDocumentsFolder::list(std::vector<DocumentEntry>& entries) {
@@ -116,7 +143,7 @@ DocumentRead LinuxDocumentsFolder::read(const std::string& name, std::string& by
 
 std::optional<PlatformError> LinuxDocumentsFolder::write(const std::string& name,
                                                          std::string_view bytes) {
-  const std::string temporary = at(std::string(kTemporaryPrefix) + randomUuid());
+  const std::string temporary = at(TemporaryName::make(name, false));
   errno = 0;
   if (!replaceFile(at(name), temporary, bytes)) return errorOf(errno != 0 ? errno : EIO, name);
   synchronizeFolder(*path_);
@@ -125,8 +152,9 @@ std::optional<PlatformError> LinuxDocumentsFolder::write(const std::string& name
 
 std::optional<PlatformError> LinuxDocumentsFolder::rename(const std::string& from,
                                                           const std::string& to) {
-  if (std::rename(at(from).c_str(), at(to).c_str()) == 0) return std::nullopt;
-  return errorOf(errno, from);
+  if (std::rename(at(from).c_str(), at(to).c_str()) != 0) return errorOf(errno, from);
+  synchronizeFolder(*path_);
+  return std::nullopt;
 }
 
 std::optional<PlatformError> LinuxDocumentsFolder::remove(const std::string& name) {

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <atomic>
+#include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,8 +13,8 @@ namespace quorvance {
 
 /// The data folder of one application. Any thread; the folder is made with mode 0700 when it is
 /// first used or was removed since, files have mode 0600. A file is written under a hidden
-/// temporary name, brought to the disk and renamed; temporary files that a dead process left are
-/// removed with the first use.
+/// temporary name (temporary_name.h), brought to the disk and renamed. Locks are hidden files too,
+/// ".lock-" and the purpose.
 class LinuxDocumentsFolder : public DocumentsFolder {
  public:
   /// Absent: there is none to be had.
@@ -25,13 +26,16 @@ class LinuxDocumentsFolder : public DocumentsFolder {
   std::optional<PlatformError> write(const std::string& name, std::string_view bytes) override;
   std::optional<PlatformError> rename(const std::string& from, const std::string& to) override;
   std::optional<PlatformError> remove(const std::string& name) override;
+  std::optional<std::string> fileSystemPath() const override { return path_; }
+  std::unique_ptr<DocumentsLock> lockAmongProcesses(std::string_view purpose,
+                                                    std::chrono::milliseconds timeout) override;
+  std::vector<UnfinishedDocument> unfinishedDocuments() override;
 
  private:
   std::string at(std::string_view name) const;
-  void removeStaleTemporaries() const;
+  bool isAbandoned(const std::string& temporaryName) const;
 
   const std::optional<std::string> path_;
-  std::atomic<bool> isTidied_{false};
 };
 
 }  // namespace quorvance

@@ -2,18 +2,21 @@
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
-#include <utime.h>
 
 #include <filesystem>
 
+#include "platform/linux/storage/file_lock.h"
 #include "platform/linux/storage/temporary_folder_test_support.h"
+#include "platform/linux/storage/temporary_name.h"
 
 namespace quorvance {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 
 std::vector<std::string> documentNames(LinuxDocumentsFolder& folder) {
   std::vector<DocumentEntry> entries;
@@ -89,19 +92,46 @@ TEST(DocumentsFolderTest, OddThingsUnderAReportsNameAreNeverReadable) {
   EXPECT_EQ(root.get("secret.json"), "{\"of\": \"somebody else\"}");
 }
 
-TEST(DocumentsFolderTest, LeftoversOfADeadProcessGoWithTheFirstUse) {
+/// A temporary as this process would begin it, made by a fork that has died since.
+std::string temporaryOfTheDead(const TemporaryFolder& root, const std::string& document,
+                               bool isReplacement) {
+  const pid_t child = fork();
+  if (child == 0) {
+    root.put(TemporaryName::make(document, isReplacement), "{}");
+    _exit(0);
+  }
+  waitpid(child, nullptr, 0);
+  for (const auto& entry : std::filesystem::directory_iterator(root.path())) {
+    if (entry.path().native().ends_with(document)) return entry.path().filename();
+  }
+  return "";
+}
+
+TEST(DocumentsFolderTest, WhatTheDeadLeftIsToldApartFromTheWorkOfTheLiving) {
   const TemporaryFolder root;
-  root.put(".report-old", "torn");
-  root.put(".report-new", "of a process that is writing it now");
-  root.put(".other-old", "not ours");
-  const utimbuf longAgo = {1'000'000'000, 1'000'000'000};
-  ASSERT_EQ(utime(root.at(".report-old").c_str(), &longAgo), 0);
-  ASSERT_EQ(utime(root.at(".other-old").c_str(), &longAgo), 0);
   LinuxDocumentsFolder folder(root.path());
-  ASSERT_TRUE(folder.prepare());
-  EXPECT_FALSE(std::filesystem::exists(root.at(".report-old")));
-  EXPECT_TRUE(std::filesystem::exists(root.at(".report-new")));
-  EXPECT_TRUE(std::filesystem::exists(root.at(".other-old")));
+  const std::string first = temporaryOfTheDead(root, "crashA-1.json", false);
+  const std::string second = temporaryOfTheDead(root, "crashA-2.json", true);
+  // A process of the dead one's number, started later.
+  const std::string reused = ".report-new-" + std::to_string(getpid()) + "-1-crashB.json";
+  root.put(reused, "{}");
+  root.put(".report-of another form", "{}");
+  root.put(".report-new-99999999999999999999-1-crashC.json", "{}");
+  root.put(".other", "not a report's");
+  // What may not be taken up: a writer's own, one that a writer of another system's numbers has
+  // locked, and what is no file.
+  root.put(TemporaryName::make("crashD.json", false), "{}");
+  root.put(".report-new-4000000-1-crashE.json", "{}");
+  const FileLock lock(root.at(".report-new-4000000-1-crashE.json"), std::chrono::seconds(0));
+  ASSERT_EQ(mkfifo(root.at(".report-pipe").c_str(), 0600), 0);
+  std::vector<std::string> told;
+  for (const UnfinishedDocument& one : folder.unfinishedDocuments()) {
+    told.push_back(one.temporaryName + " is " + (one.isReplacement ? "again " : "") + one.name);
+  }
+  EXPECT_THAT(told,
+              UnorderedElementsAre(first + " is crashA-1.json", second + " is again crashA-2.json",
+                                   reused + " is crashB.json", ".report-of another form is ",
+                                   ".report-new-99999999999999999999-1-crashC.json is "));
   EXPECT_THAT(documentNames(folder), IsEmpty());
 }
 

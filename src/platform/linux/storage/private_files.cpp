@@ -56,9 +56,11 @@ bool writeAll(int descriptor, std::string_view bytes) {
   return true;
 }
 
-bool writeNewFile(const std::string& path, std::string_view bytes) {
-  const FileDescriptor file = openFile(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW);
+bool fillFile(const FileDescriptor& file, std::string_view bytes) {
   if (!file.isOpen() || !isRegular(file.number())) return false;
+  // Who finds it left behind sees that way that its writer is gone; a system without locks has
+  // other signs.
+  flock(file.number(), LOCK_EX | LOCK_NB);
   return fchmod(file.number(), kPrivateFile) == 0 && writeAll(file.number(), bytes) &&
          repeatWhenInterrupted([&] { return fdatasync(file.number()); }) == 0;
 }
@@ -112,20 +114,21 @@ bool makePrivateFolder(const std::string& path) {
 
 bool replaceFile(const std::string& path, const std::string& temporaryPath,
                  std::string_view bytes) {
-  if (writeNewFile(temporaryPath, bytes) && rename(temporaryPath.c_str(), path.c_str()) == 0) {
-    return true;
-  }
+  const FileDescriptor file = openFile(temporaryPath, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW);
+  if (fillFile(file, bytes) && rename(temporaryPath.c_str(), path.c_str()) == 0) return true;
   // What stands there may be a part of a file on a full disk.
   unlink(temporaryPath.c_str());
   return false;
 }
 
-FileDescriptor lockFile(const std::string& path) {
-  FileDescriptor file = openFile(path, O_RDWR | O_CREAT | O_NOFOLLOW);
-  if (!file.isOpen()) return file;
-  const int result = repeatWhenInterrupted([&] { return flock(file.number(), LOCK_EX); });
-  if (result != 0) file.reset();
+FileDescriptor openPlainFile(const std::string& path) {
+  FileDescriptor file = openFile(path, O_RDONLY | O_NOFOLLOW);
+  if (file.isOpen() && !isRegular(file.number())) file.reset();
   return file;
+}
+
+FileDescriptor openLockFile(const std::string& path) {
+  return openFile(path, O_RDWR | O_CREAT | O_NOFOLLOW);
 }
 
 }  // namespace quorvance

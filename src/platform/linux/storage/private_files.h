@@ -48,12 +48,14 @@ SmallFile readSmallFile(const std::string& path, std::size_t maxBytes);
 bool makePrivateFolder(const std::string& path);
 
 /// Replaces or makes `path` with mode 0600 in one step: a reader sees the old bytes or the new.
-/// `temporaryPath` is in the same folder and is overwritten; the caller keeps others off it.
-/// False leaves `path` as it was.
+/// `temporaryPath` is in the same folder and is overwritten; the caller keeps others off it, and it
+/// is locked while it is there. False leaves `path` as it was.
 bool replaceFile(const std::string& path, const std::string& temporaryPath, std::string_view bytes);
 
-/// Waits for the exclusive lock of a side file, which is made when missing and never removed. The
-/// lock is held while the descriptor is open; a closed one means failure.
-FileDescriptor lockFile(const std::string& path);
+/// Opens what is no pipe, device or link; otherwise closed.
+FileDescriptor openPlainFile(const std::string& path);
+
+/// Opens a file that only stands for a lock, and makes it when it is missing.
+FileDescriptor openLockFile(const std::string& path);
 
 }  // namespace quorvance

@@ -15,7 +15,9 @@ void noteFork() { forkedChild.store(true); }
 }  // namespace
 
 void watchForForks() noexcept {
-  if (!isWatching.exchange(true)) pthread_atfork(nullptr, nullptr, &noteFork);
+  if (isWatching.load(std::memory_order_relaxed) || isWatching.exchange(true)) return;
+  // Without memory for it, whoever comes next tries again.
+  if (pthread_atfork(nullptr, nullptr, &noteFork) != 0) isWatching.store(false);
 }
 
 bool isForkedChild() noexcept { return forkedChild.load(std::memory_order_relaxed); }

@@ -67,6 +67,22 @@ TEST(LibraryThreadTest, HasAnAlternateStackLargeEnoughForAHandler) {
   EXPECT_GE(sight.alternateStack.ss_size, static_cast<std::size_t>(sysconf(_SC_SIGSTKSZ)));
 }
 
+TEST(LibraryThreadTest, KeepsItsAlternateStackPastTheHostsThreadLocalObjects) {
+  struct Witness {
+    std::promise<stack_t>* seen;
+    ~Witness() { seen->set_value(lookAtThread().alternateStack); }
+  };
+  std::promise<stack_t> seen;
+  LibraryThread thread;
+  ASSERT_TRUE(thread.start("qv-test", [&] {
+    thread_local const Witness witness{&seen};
+    static_cast<void>(witness);
+  }));
+  const stack_t atEnd = seen.get_future().get();
+  EXPECT_EQ(atEnd.ss_flags & SS_DISABLE, 0);
+  EXPECT_GE(atEnd.ss_size, 64U * 1024);
+}
+
 TEST(LibraryThreadTest, DestroyedOnItselfRunsOn) {
   auto thread = std::make_unique<LibraryThread>();
   std::promise<void> mayGo;

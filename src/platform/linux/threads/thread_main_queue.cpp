@@ -2,67 +2,78 @@
 
 #include <condition_variable>
 #include <mutex>
-#include <optional>
 #include <utility>
 
-#include "platform/linux/threads/timed_tasks.h"
+#include "base/forked_child.h"
+#include "base/out_of_memory.h"
+#include "platform/linux/threads/library_thread.h"
+#include "platform/linux/threads/timed_queue.h"
 
 namespace quorvance {
 
-struct ThreadMainQueue::State {
-  std::mutex mutex;
-  std::condition_variable changed;
-  TimedTasks tasks;
-  bool isStopped = false;
+class ThreadMainQueue::State : public TimedQueue, public ThreadSeeker {
+ public:
+  explicit State(std::shared_ptr<ThreadRetries> retries) : retries_(std::move(retries)) {}
 
-  /// Drops what waits, outside of the lock.
-  void stop() {
-    TimedTasks dropped;
-    const std::lock_guard lock(mutex);
-    isStopped = true;
-    std::swap(dropped, tasks);
-    changed.notify_one();
+  void seekThread() noexcept override {
+    const std::lock_guard lock(mutex_);
+    if (!isStopped_ && tasks_.nextDue()) onNewFirst();
   }
+  void end() noexcept {
+    stop();
+    thread_.finish();  // not started any more
+  }
+
+ private:
+  void onNewFirst() noexcept override;
+  void onTaskEnd() noexcept override { retries_->retry(); }
+  void run();
+
+  const std::shared_ptr<ThreadRetries> retries_;
+  std::condition_variable changed_;
+  LibraryThread thread_;
 };
 
-ThreadMainQueue::ThreadMainQueue() : state_(std::make_shared<State>()) {}
-
-ThreadMainQueue::~ThreadMainQueue() {
-  state_->stop();
-  thread_.finish();
+void ThreadMainQueue::State::onNewFirst() noexcept {
+  changed_.notify_one();
+  if (isStopped_ || thread_.isStarted()) return;
+  hasMemoryFor([&] {
+    auto self = std::static_pointer_cast<State>(shared_from_this());
+    static_cast<void>(thread_.start("qv-main", [self = std::move(self)] { self->run(); }));
+  });
+  if (!thread_.isStarted()) retries_->noteRefusalOfTimers();
 }
 
-void ThreadMainQueue::post(Task task) {
-  postAfter(std::chrono::milliseconds::zero(), std::move(task));
-}
-
-void ThreadMainQueue::postAfter(std::chrono::milliseconds delay, Task task) {
-  if (!task) return;
-  const std::lock_guard lock(state_->mutex);
-  if (state_->isStopped) return;
-  state_->tasks.add(TimedTasks::Clock::now(), delay, std::move(task));
-  if (thread_.isStarted()) {
-    state_->changed.notify_one();
-  } else {
-    // Refused by the system: the next post tries again.
-    static_cast<void>(thread_.start("qv-main", [state = state_] { run(*state); }));
-  }
-}
-
-void ThreadMainQueue::run(State& state) {
-  std::unique_lock lock(state.mutex);
-  while (!state.isStopped) {
-    if (std::optional<Task> task = state.tasks.takeDue(TimedTasks::Clock::now())) {
-      lock.unlock();
-      (*task)();
-      task.reset();  // what it holds may call back into the queue
-      lock.lock();
-    } else if (const auto due = state.tasks.nextDue()) {
-      state.changed.wait_until(lock, *due);
+void ThreadMainQueue::State::run() {
+  std::unique_lock lock(mutex_);
+  while (!isStopped_) {
+    if (runDue(lock, Clock::now(), tasks_.ticket())) continue;
+    if (const auto due = tasks_.nextDue()) {
+      changed_.wait_until(lock, *due);
     } else {
-      state.changed.wait(lock);
+      changed_.wait(lock);
     }
   }
+}
+
+ThreadMainQueue::ThreadMainQueue(std::shared_ptr<ThreadRetries> retries)
+    : state_(std::make_shared<State>(retries)), retries_(std::move(retries)) {
+  retries_->join(state_);
+}
+
+ThreadMainQueue::~ThreadMainQueue() {
+  if (!leakInForkedChild(state_)) state_->end();
+}
+
+void ThreadMainQueue::post(Task task) { postAfter({}, std::move(task)); }
+
+void ThreadMainQueue::postAfter(std::chrono::milliseconds delay, Task task) {
+  state_->post(delay, std::move(task));
+  retries_->retry();
+}
+
+std::shared_ptr<PreparedTask> ThreadMainQueue::prepare(Task task) {
+  return state_->prepare(std::move(task));
 }
 
 }  // namespace quorvance

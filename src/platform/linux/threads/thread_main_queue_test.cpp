@@ -102,6 +102,18 @@ TEST(ThreadMainQueueTest, DestructionDropsWhatWaitsAndWaitsForWhatRuns) {
   EXPECT_TRUE(isEnded);
 }
 
+TEST(ThreadMainQueueTest, DestructionWaitsForNoObjectOfTheHosts) {
+  SlowThreadLocal slow;
+  auto queue = std::make_unique<ThreadMainQueue>();
+  std::promise<void> left;
+  queue->post([&] {
+    slow.leaveOnThread();
+    left.set_value();
+  });
+  left.get_future().wait();
+  EXPECT_TRUE(returnsByItself([&] { queue.reset(); }));
+}
+
 TEST(ThreadMainQueueTest, DestroyedByItsOwnTaskEndsItsThread) {
   auto queue = std::make_unique<ThreadMainQueue>();
   auto ended = std::make_shared<std::promise<void>>();

@@ -14,24 +14,29 @@ TimedTasks::Clock::time_point dueAfter(TimedTasks::Clock::time_point now,
 
 }  // namespace
 
-void TimedTasks::add(Clock::time_point now, std::chrono::milliseconds delay, Task task) {
-  tasks_.emplace(std::pair(dueAfter(now, delay), nextTicket_), std::move(task));
+TimedTasks::Node TimedTasks::makeNode(Item item) {
+  Items items;
+  items.emplace(std::pair(Clock::time_point(), 0), std::move(item));
+  return items.extract(items.begin());
+}
+
+void TimedTasks::add(Clock::time_point now, std::chrono::milliseconds delay, Node node) noexcept {
+  node.key() = {dueAfter(now, delay), nextTicket_};
+  items_.insert(std::move(node));
   ++nextTicket_;
 }
 
 std::optional<TimedTasks::Clock::time_point> TimedTasks::nextDue() const {
-  if (tasks_.empty()) return std::nullopt;
-  return tasks_.begin()->first.first;
+  if (items_.empty()) return std::nullopt;
+  return items_.begin()->first.first;
 }
 
-std::optional<Task> TimedTasks::takeDue(Clock::time_point now, std::uint64_t ticket) {
-  if (tasks_.empty()) return std::nullopt;
-  const auto first = tasks_.begin();
+TimedTasks::Node TimedTasks::takeDue(Clock::time_point now, std::uint64_t ticket) noexcept {
+  if (items_.empty()) return {};
+  const auto first = items_.begin();
   const auto& [due, number] = first->first;
-  if (due > now || number >= ticket) return std::nullopt;
-  Task task = std::move(first->second);
-  tasks_.erase(first);
-  return task;
+  if (due > now || number >= ticket) return {};
+  return items_.extract(first);
 }
 
 }  // namespace quorvance

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -10,23 +11,39 @@
 
 namespace quorvance {
 
-/// Tasks in the order of their due times; of equal times, in the order of adding. Not thread-safe.
+/// Tasks in the order of their due times; of equal times, in the order of adding. Each lies in a
+/// node of its own, which is made beforehand: adding and taking need no memory. Not thread-safe.
 class TimedTasks {
  public:
   using Clock = std::chrono::steady_clock;
 
-  /// `delay` after `now`; less than nothing counts as nothing, and no delay is too long.
-  void add(Clock::time_point now, std::chrono::milliseconds delay, Task task);
-  std::optional<Clock::time_point> nextDue() const;
-  /// Takes the first task out when it is due at `now`.
-  std::optional<Task> takeDue(Clock::time_point now) { return takeDue(now, nextTicket_); }
-  /// As above, but leaves what was added after `ticket` was asked for.
-  std::optional<Task> takeDue(Clock::time_point now, std::uint64_t ticket);
-  std::uint64_t ticket() const { return nextTicket_; }
-  bool isEmpty() const { return tasks_.empty(); }
+  /// What waits: a task, or in its stead something that is prepared and shared.
+  struct Item {
+    Task task;
+    std::shared_ptr<PreparedTask> prepared;
+    std::shared_ptr<void> owner;
+  };
 
  private:
-  std::map<std::pair<Clock::time_point, std::uint64_t>, Task> tasks_;
+  using Items = std::map<std::pair<Clock::time_point, std::uint64_t>, Item>;
+
+ public:
+  /// Owns one item; empty when there is none.
+  using Node = Items::node_type;
+
+  /// Throws std::bad_alloc.
+  static Node makeNode(Item item);
+  /// `delay` after `now`; less than nothing counts as nothing, and no delay is too long.
+  void add(Clock::time_point now, std::chrono::milliseconds delay, Node node) noexcept;
+  std::optional<Clock::time_point> nextDue() const;
+  /// Takes the first item out when it is due at `now`.
+  Node takeDue(Clock::time_point now) { return takeDue(now, nextTicket_); }
+  /// As above, but leaves what was added after `ticket` was asked for.
+  Node takeDue(Clock::time_point now, std::uint64_t ticket) noexcept;
+  std::uint64_t ticket() const { return nextTicket_; }
+
+ private:
+  Items items_;
   std::uint64_t nextTicket_ = 0;
 };
 

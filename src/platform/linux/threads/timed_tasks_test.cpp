@@ -12,14 +12,15 @@ using TimePoint = TimedTasks::Clock::time_point;
 
 class TimedTasksTest : public testing::Test {
  protected:
-  void add(milliseconds delay, char name) {
-    tasks_.add(start_, delay, [this, name] { log_ += name; });
-  }
+  void add(milliseconds delay, char name) { tasks_.add(start_, delay, nodeOf(name)); }
   /// The names of what is due, in the order in which it ran.
   std::string runDueAt(TimePoint now) {
     log_.clear();
-    while (const auto task = tasks_.takeDue(now)) (*task)();
+    while (const auto node = tasks_.takeDue(now)) node.mapped().task();
     return log_;
+  }
+  TimedTasks::Node nodeOf(char name) {
+    return TimedTasks::makeNode({[this, name] { log_ += name; }, {}, {}});
   }
 
   const TimePoint start_{std::chrono::hours(5)};

@@ -143,7 +143,7 @@ void WatchThread::post(Task task) {
   LibraryThread thread;
   state_->isRunning = thread.start("qv-watch", [state = state_] { state->run(); });
   if (!state_->isRunning) state_->posted.clear();
-  thread.letGo();
+  thread.detach();
 }
 
 void WatchThread::add(std::shared_ptr<Watch> watch) {

@@ -1,12 +1,18 @@
 #include "platform/linux/threads/work_queue.h"
 
 #include <algorithm>
+#include <array>
 #include <condition_variable>
 #include <cstdint>
-#include <deque>
+#include <future>
+#include <list>
 #include <mutex>
-#include <numeric>
 #include <utility>
+
+#include "base/forked_child.h"
+#include "base/out_of_memory.h"
+#include "platform/linux/threads/library_thread.h"
+#include "platform/linux/threads/process_exit.h"
 
 namespace quorvance {
 namespace {
@@ -16,128 +22,262 @@ constexpr std::size_t kMaxRunningInOrder = 1;
 static_assert(kMaxRunningCompletions + 2 * kMaxRunningInOrder == WorkQueue::kMaxThreads,
               "a task that its lane admits must find a thread");
 
-bool isCurrentThread(const LibraryThread& thread) { return thread.isCurrent(); }
-
 }  // namespace
 
-struct WorkQueue::State {
-  struct NumberedTask {
-    std::uint64_t number = 0;
-    Task task;
-  };
+/// Shared by the queue and its threads.
+class WorkQueue::State : public ThreadSeeker,
+                         public ExitParticipant,
+                         public std::enable_shared_from_this<State> {
+ public:
+  State(std::chrono::milliseconds idleTime, std::shared_ptr<ThreadRetries> retries)
+      : idleTime_(idleTime), retries_(std::move(retries)) {}
 
-  /// One lane: what waits, and how much of it may run at a time.
+  void post(WorkLane lane, Task task) noexcept;
+  std::shared_ptr<PreparedTask> prepare(WorkLane lane, Task task) noexcept;
+  /// Drops what waits and, unless the caller is one of the threads, waits for what runs.
+  void end() noexcept;
+  void seekThread() noexcept override;
+  bool drain(WorkLane lane, std::chrono::steady_clock::time_point deadline);
+  void beginExit() noexcept override;
+  void awaitExit(std::chrono::steady_clock::time_point deadline) noexcept override;
+
+ private:
+  class Prepared;
+
+  /// What waits: a task, or in its stead something that is prepared and shared.
+  struct Item {
+    Task task = nullptr;
+    std::shared_ptr<Prepared> prepared = nullptr;
+    std::shared_ptr<void> owner = nullptr;
+    std::uint64_t number = 0;
+  };
+  /// One item in a node of its own, made beforehand: adding it needs no memory.
+  using Node = std::list<Item>;
+
+  /// What waits in one lane, and how much of it may run at a time.
   struct Lane {
     const std::size_t limit;
     std::size_t running = 0;
-    std::deque<NumberedTask> waiting = {};
+    std::list<Item> waiting = {};
+    // Begins with nothing more.
+    bool isHeld = false;
 
-    std::size_t admissible() const { return std::min(waiting.size(), limit - running); }
+    std::size_t admissible() const {
+      return isHeld ? 0 : std::min(waiting.size(), limit - running);
+    }
   };
 
-  explicit State(std::chrono::milliseconds time) : idleTime(time) {}
-
-  const std::chrono::milliseconds idleTime;
-  std::mutex mutex;
-  std::condition_variable changed;
-  // In the order of WorkLane.
-  std::array<Lane, 3> lanes = {Lane{kMaxRunningCompletions}, Lane{kMaxRunningInOrder},
-                               Lane{kMaxRunningInOrder}};
-  std::uint64_t nextNumber = 0;
-  std::array<bool, kMaxThreads> isThreadAlive = {};
-  bool isStopped = false;
-
-  std::size_t admissible() const {
-    return std::accumulate(
-        lanes.begin(), lanes.end(), std::size_t{0},
-        [](std::size_t sum, const Lane& lane) { return sum + lane.admissible(); });
-  }
-  /// Threads that are about to look for a task.
-  std::size_t freeThreads() const {
-    auto count =
-        static_cast<std::size_t>(std::count(isThreadAlive.begin(), isThreadAlive.end(), true));
-    for (const Lane& lane : lanes) count -= lane.running;
-    return count;
-  }
-  /// The lane with the oldest task that may run now; null when there is none.
-  Lane* nextLane() {
-    Lane* next = nullptr;
-    for (Lane& lane : lanes) {
-      if (lane.admissible() == 0) continue;
-      if (next == nullptr || lane.waiting.front().number < next->waiting.front().number) {
-        next = &lane;
-      }
-    }
-    return next;
-  }
+  void stop() noexcept;
+  void add(WorkLane lane, Node& node, std::unique_lock<std::mutex>& lock) noexcept;
+  bool wantsThread() const;
+  bool startThread() noexcept;
+  void run(std::size_t slot);
+  Lane& at(WorkLane lane) { return lanes_[static_cast<std::size_t>(lane)]; }
+  Lane* nextLane();
   void runNext(Lane& lane, std::unique_lock<std::mutex>& lock);
-  void stop();
+
+  const std::chrono::milliseconds idleTime_;
+  const std::shared_ptr<ThreadRetries> retries_;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  // In the order of WorkLane.
+  std::array<Lane, 3> lanes_ = {Lane{kMaxRunningCompletions}, Lane{kMaxRunningInOrder},
+                                Lane{kMaxRunningInOrder}};
+  std::uint64_t nextNumber_ = 0;
+  std::array<LibraryThread, kMaxThreads> threads_;
+  std::array<bool, kMaxThreads> isThreadAlive_ = {};
+  bool isStopped_ = false;
+  bool isWatchingExit_ = false;
 };
 
-/// Drops what waits, outside of the lock.
-void WorkQueue::State::stop() {
-  std::array<std::deque<NumberedTask>, 3> dropped;
-  const std::lock_guard lock(mutex);
-  isStopped = true;
-  for (std::size_t i = 0; i < dropped.size(); ++i) dropped[i].swap(lanes[i].waiting);
-  changed.notify_all();
+/// Has its node while it does not wait.
+class WorkQueue::State::Prepared : public PreparedTask,
+                                   public std::enable_shared_from_this<Prepared> {
+ public:
+  Prepared(std::shared_ptr<State> state, WorkLane lane, Task task)
+      : state_(std::move(state)), lane_(lane), task_(std::move(task)), node_(1) {}
+
+  void start(std::shared_ptr<void> owner, std::chrono::milliseconds /*delay*/) noexcept override {
+    std::unique_lock lock(state_->mutex_);
+    if (state_->isStopped_ || node_.empty()) return;
+    node_.front().prepared = shared_from_this();
+    node_.front().owner = std::move(owner);
+    state_->add(lane_, node_, lock);
+  }
+
+  /// Under the state's mutex.
+  void takeBack(Node& node) noexcept { node_.splice(node_.begin(), node); }
+  void run() const { task_(); }
+
+ private:
+  const std::shared_ptr<State> state_;
+  const WorkLane lane_;
+  const Task task_;
+  Node node_;
+};
+
+void WorkQueue::State::post(WorkLane lane, Task task) noexcept {
+  if (!task) return;
+  Node node;
+  if (!hasMemoryFor([&] { node.push_back({.task = std::move(task)}); })) return;
+  std::unique_lock lock(mutex_);
+  if (!isStopped_) add(lane, node, lock);
+}
+
+std::shared_ptr<PreparedTask> WorkQueue::State::prepare(WorkLane lane, Task task) noexcept {
+  std::shared_ptr<PreparedTask> prepared;
+  hasMemoryFor(
+      [&] { prepared = std::make_shared<Prepared>(shared_from_this(), lane, std::move(task)); });
+  return prepared;
+}
+
+// Under the mutex, which is released.
+void WorkQueue::State::add(WorkLane lane, Node& node, std::unique_lock<std::mutex>& lock) noexcept {
+  if (!isWatchingExit_) isWatchingExit_ = joinProcessExit(weak_from_this());
+  node.front().number = nextNumber_++;
+  auto& waiting = at(lane).waiting;
+  waiting.splice(waiting.end(), node);
+  bool isRefused = false;
+  if (wantsThread()) {
+    isRefused = !startThread();
+  } else {
+    changed_.notify_one();
+  }
+  lock.unlock();
+  isRefused ? retries_->noteRefusal() : retries_->retry();
+}
+
+void WorkQueue::State::seekThread() noexcept {
+  std::unique_lock lock(mutex_);
+  const bool isRefused = !isStopped_ && wantsThread() && !startThread();
+  lock.unlock();
+  if (isRefused) retries_->noteRefusal();
+}
+
+void WorkQueue::State::stop() noexcept {
+  std::array<std::list<Item>, 3> dropped;  // outside of the lock
+  const std::lock_guard lock(mutex_);
+  isStopped_ = true;
+  for (std::size_t i = 0; i < dropped.size(); ++i) dropped[i].swap(lanes_[i].waiting);
+  changed_.notify_all();
+}
+
+void WorkQueue::State::end() noexcept {
+  stop();  // no thread is started any more
+  const bool isOwnThread =
+      std::any_of(threads_.begin(), threads_.end(),
+                  [](const LibraryThread& thread) { return thread.isCurrent(); });
+  for (LibraryThread& thread : threads_) isOwnThread ? thread.detach() : thread.finish();
+}
+
+// Under the mutex: whether fewer threads are about to look for a task than could find one.
+bool WorkQueue::State::wantsThread() const {
+  auto free = std::count(isThreadAlive_.begin(), isThreadAlive_.end(), true);
+  std::size_t admissible = 0;
+  for (const Lane& lane : lanes_) {
+    free -= static_cast<std::ptrdiff_t>(lane.running);
+    admissible += lane.admissible();
+  }
+  return std::cmp_greater(admissible, free);
+}
+
+// Under the mutex. False when the system refuses; with all threads alive there is nothing to start.
+bool WorkQueue::State::startThread() noexcept {
+  const auto slot = static_cast<std::size_t>(std::distance(
+      isThreadAlive_.begin(), std::find(isThreadAlive_.begin(), isThreadAlive_.end(), false)));
+  if (slot == isThreadAlive_.size()) return true;
+  threads_[slot].detach();  // one that ended idle may still be busy with what the host left on it
+  hasMemoryFor([&] {
+    isThreadAlive_[slot] =
+        threads_[slot].start("qv-work", [self = shared_from_this(), slot] { self->run(slot); });
+  });
+  return isThreadAlive_[slot];
+}
+
+void WorkQueue::State::run(std::size_t slot) {
+  std::unique_lock lock(mutex_);
+  while (!isStopped_) {
+    if (Lane* const lane = nextLane()) {
+      runNext(*lane, lock);
+      continue;
+    }
+    const bool isWoken =
+        changed_.wait_for(lock, idleTime_, [&] { return isStopped_ || nextLane() != nullptr; });
+    if (!isWoken) break;
+  }
+  isThreadAlive_[slot] = false;
+}
+
+/// The lane with the oldest item that may run now; null when there is none.
+WorkQueue::State::Lane* WorkQueue::State::nextLane() {
+  Lane* next = nullptr;
+  for (Lane& lane : lanes_) {
+    if (lane.admissible() == 0) continue;
+    if (next == nullptr || lane.waiting.front().number < next->waiting.front().number) {
+      next = &lane;
+    }
+  }
+  return next;
+}
+
+// A task behind the others tells that they have ended. It needs no further thread: whoever runs
+// them takes it next.
+bool WorkQueue::State::drain(WorkLane lane, std::chrono::steady_clock::time_point deadline) {
+  const auto ended = std::make_shared<std::promise<void>>();
+  Node node;
+  node.push_back({.task = [ended] { ended->set_value(); }});
+  {
+    std::unique_lock lock(mutex_);
+    const Lane& drained = at(lane);
+    if (isStopped_ || (drained.running == 0 && drained.waiting.empty())) return true;
+    add(lane, node, lock);
+  }
+  return ended->get_future().wait_until(deadline) == std::future_status::ready;
+}
+
+void WorkQueue::State::beginExit() noexcept {
+  const std::lock_guard lock(mutex_);
+  // A host's completion may use what its destructors are taking down.
+  at(WorkLane::completions).isHeld = true;
+  at(WorkLane::facts).isHeld = true;
+}
+
+void WorkQueue::State::awaitExit(std::chrono::steady_clock::time_point deadline) noexcept {
+  hasMemoryFor([&] { static_cast<void>(drain(WorkLane::files, deadline)); });
 }
 
 void WorkQueue::State::runNext(Lane& lane, std::unique_lock<std::mutex>& lock) {
-  Task task = std::move(lane.waiting.front().task);
-  lane.waiting.pop_front();
+  Node node;
+  node.splice(node.begin(), lane.waiting, lane.waiting.begin());
+  Item item = std::move(node.front());
+  if (item.prepared) item.prepared->takeBack(node);  // it may be started again
   ++lane.running;
   lock.unlock();
-  task();
-  task = nullptr;  // what it holds may call back into the queue
+  hasMemoryFor([&] { item.prepared ? item.prepared->run() : item.task(); });
+  item = {};  // what it holds may call back into the queue
+  node.clear();
+  retries_->retry();
   lock.lock();
   --lane.running;
 }
 
-WorkQueue::WorkQueue(std::chrono::milliseconds idleTime)
-    : state_(std::make_shared<State>(idleTime)) {}
+WorkQueue::WorkQueue(std::chrono::milliseconds idleTime, std::shared_ptr<ThreadRetries> retries)
+    : state_(std::make_shared<State>(idleTime, retries)) {
+  retries->join(state_);
+}
 
 WorkQueue::~WorkQueue() {
-  state_->stop();
-  const bool isOwnThread = std::any_of(threads_.begin(), threads_.end(), isCurrentThread);
-  for (LibraryThread& thread : threads_) isOwnThread ? thread.letGo() : thread.finish();
+  if (!leakInForkedChild(state_)) state_->end();
 }
 
-void WorkQueue::post(WorkLane lane, Task task) {
-  if (!task) return;
-  const std::lock_guard lock(state_->mutex);
-  if (state_->isStopped) return;
-  auto& waiting = state_->lanes[static_cast<std::size_t>(lane)].waiting;
-  waiting.push_back({state_->nextNumber++, std::move(task)});
-  if (state_->admissible() > state_->freeThreads()) {
-    startThread();
-  } else {
-    state_->changed.notify_one();
-  }
+void WorkQueue::post(WorkLane lane, Task task) { state_->post(lane, std::move(task)); }
+
+std::shared_ptr<PreparedTask> WorkQueue::prepare(WorkLane lane, Task task) {
+  return state_->prepare(lane, std::move(task));
 }
 
-// Under the mutex.
-void WorkQueue::startThread() {
-  auto& alive = state_->isThreadAlive;
-  const auto slot = static_cast<std::size_t>(
-      std::distance(alive.begin(), std::find(alive.begin(), alive.end(), false)));
-  if (slot == alive.size()) return;
-  threads_[slot].finish();  // one that ended idle takes no lock any more
-  alive[slot] = threads_[slot].start("qv-work", [state = state_, slot] { run(*state, slot); });
-}
-
-void WorkQueue::run(State& state, std::size_t slot) {
-  std::unique_lock lock(state.mutex);
-  while (!state.isStopped) {
-    if (State::Lane* const lane = state.nextLane()) {
-      state.runNext(*lane, lock);
-      continue;
-    }
-    const bool isWoken = state.changed.wait_for(
-        lock, state.idleTime, [&] { return state.isStopped || state.nextLane() != nullptr; });
-    if (!isWoken) break;
-  }
-  state.isThreadAlive[slot] = false;
+bool WorkQueue::drain(WorkLane lane, std::chrono::steady_clock::time_point deadline) {
+  return state_->drain(lane, deadline);
 }
 
 }  // namespace quorvance

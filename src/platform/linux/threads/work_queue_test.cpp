@@ -91,6 +91,21 @@ TEST(WorkQueueTest, LanesRunOneTaskAtATimeInOrder) {
   }
 }
 
+TEST(WorkQueueTest, DrainWaitsForWhatTheLaneHoldsUpToItsDeadline) {
+  const auto now = std::chrono::steady_clock::now();
+  WorkQueue queue;
+  bool isDone = false;
+  {
+    HangingTasks hanging;
+    hanging.hang(queue, WorkLane::files);
+    queue.post(WorkLane::files, [&] { isDone = true; });
+    EXPECT_FALSE(queue.drain(WorkLane::files, now));
+    EXPECT_TRUE(queue.drain(WorkLane::facts, now));
+  }
+  EXPECT_TRUE(queue.drain(WorkLane::files, now + std::chrono::minutes(1)));
+  EXPECT_TRUE(isDone);
+}
+
 TEST(WorkQueueTest, IdleThreadsEndAndNewOnesStart) {
   WorkQueue queue(milliseconds(1));
   for (int i = 0; i < 3; ++i) {
@@ -99,6 +114,32 @@ TEST(WorkQueueTest, IdleThreadsEndAndNewOnesStart) {
     queue.post(WorkLane::files, [ended] { signalAtThreadEnd(std::move(*ended)); });
     threadEnd.wait();
   }
+}
+
+// The host's objects end after the library has done with the thread, and may call it once more.
+TEST(WorkQueueTest, WhatTheHostLeavesOnAThreadHoldsUpNoCall) {
+  SlowThreadLocal slow;
+  std::promise<void> posted;
+  auto queue = std::make_unique<WorkQueue>(milliseconds(1));
+  queue->post(WorkLane::files, [&] {
+    slow.leaveOnThread([&] {
+      queue->post(WorkLane::facts, [] {});
+      posted.set_value();
+    });
+  });
+  slow.waitForDestruction();
+  EXPECT_TRUE(returnsByItself([&] { waitForTask(*queue, WorkLane::files); }));
+  slow.release();
+  posted.get_future().wait();
+  EXPECT_TRUE(returnsByItself([&] { queue.reset(); }));
+}
+
+TEST(WorkQueueTest, DestructionWaitsForNoObjectOfTheHosts) {
+  SlowThreadLocal slow;
+  auto queue = std::make_unique<WorkQueue>(milliseconds(1));
+  queue->post(WorkLane::completions, [&] { slow.leaveOnThread(); });
+  slow.waitForDestruction();
+  EXPECT_TRUE(returnsByItself([&] { queue.reset(); }));
 }
 
 TEST(WorkQueueTest, DestructionDropsWhatWaitsAndWaitsForWhatRuns) {

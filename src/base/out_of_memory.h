@@ -1,0 +1,38 @@
+#pragma once
+
+#include <exception>
+#include <new>
+#include <stdexcept>
+#include <utility>
+
+namespace quorvance {
+
+/// Runs a step of the library's own work; false when there was no memory to go on, which costs what
+/// the step had not done. Every other exception goes on: it is a defect and ends the process.
+template <class Step>
+bool hasMemoryFor(Step&& step) {
+  try {
+    std::forward<Step>(step)();
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  } catch (const std::length_error&) {  // of a size that no memory could hold
+    return false;
+  }
+}
+
+/// Calls code of the host's: whatever that throws ends the process, as on a thread of the host's.
+/// Its want of memory must not pass for the library's; for other exceptions nobody has a handler,
+/// and they keep the stack on which they were thrown.
+template <class Call>
+void callHost(Call&& call) {
+  try {
+    std::forward<Call>(call)();
+  } catch (const std::bad_alloc&) {
+    std::terminate();
+  } catch (const std::length_error&) {
+    std::terminate();
+  }
+}
+
+}  // namespace quorvance

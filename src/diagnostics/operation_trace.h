@@ -1,0 +1,60 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "diagnostics/tracing_manager.h"
+
+namespace quorvance {
+
+/// What a reply adds to the trace entry of its operation. A value of its own: a completion keeps it
+/// and uses it while the operation goes on, or after its end.
+class TraceContinuation {
+ public:
+  TraceContinuation(TracingManager& tracing, std::optional<LoggingData> record)
+      : tracing_(&tracing), record_(std::move(record)) {}
+
+  /// Whether anything is recorded: texts that are dear to make are made only then.
+  bool isEnabled() const { return record_.has_value(); }
+  void append(std::string text) { tracing_->traceAppend(isEnabled(), record_, std::move(text)); }
+
+ private:
+  TracingManager* tracing_;
+  std::optional<LoggingData> record_;
+};
+
+/// The trace entry of one operation of the manager, from here to the end of its scope: what is
+/// opened first ends last. The level is read once, when it is opened, and the arguments are put
+/// into words only when it is on. An empty name leaves no entry.
+class OperationTrace {
+ public:
+  OperationTrace(TracingManager& tracing, std::string_view name)
+      : OperationTrace(tracing, name, [] { return std::vector<std::string>(); }) {}
+  template <class MakeArguments>
+  OperationTrace(TracingManager& tracing, std::string_view name, MakeArguments&& makeArguments)
+      : tracing_(tracing) {
+    if (!name.empty() && tracing.isOn(TraceLevel::qvManager)) {
+      record_ = tracing.traceStart(true, name, makeArguments());
+    }
+  }
+  ~OperationTrace() {
+    if (record_) end();
+  }
+  OperationTrace(const OperationTrace&) = delete;
+  OperationTrace& operator=(const OperationTrace&) = delete;
+
+  /// The entry never ends.
+  void leaveOpen() { record_.reset(); }
+  TraceContinuation continuation() const { return {tracing_, record_}; }
+
+ private:
+  void end() noexcept;
+
+  TracingManager& tracing_;
+  std::optional<LoggingData> record_;
+};
+
+}  // namespace quorvance

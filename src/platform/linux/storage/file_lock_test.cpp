@@ -1,0 +1,102 @@
+#include "platform/linux/storage/file_lock.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <memory>
+#include <optional>
+
+#include "platform/linux/storage/json_file_store.h"
+#include "platform/linux/storage/temporary_folder_test_support.h"
+
+namespace quorvance {
+namespace {
+
+using namespace std::chrono_literals;
+using LockOutcome = FileLock::Outcome;
+
+/// A fork of this process that has done `work` when this one goes on, and then lives until killed.
+class LivingFork {
+ public:
+  template <class Work>
+  explicit LivingFork(Work work) {
+    std::array<int, 2> ends{};
+    EXPECT_EQ(pipe(ends.data()), 0);
+    process_ = fork();
+    if (process_ == 0) {
+      work();
+      static_cast<void>(write(ends[1], "x", 1) + 1);
+      for (;;) pause();
+    }
+    close(ends[1]);
+    char done = 0;
+    EXPECT_EQ(read(ends[0], &done, 1), 1);
+    close(ends[0]);
+  }
+  ~LivingFork() {
+    kill(process_, SIGKILL);
+    waitpid(process_, nullptr, 0);
+  }
+  LivingFork(const LivingFork&) = delete;
+  LivingFork& operator=(const LivingFork&) = delete;
+
+  void stop() const {
+    kill(process_, SIGSTOP);
+    waitpid(process_, nullptr, WUNTRACED);
+  }
+
+ private:
+  pid_t process_ = -1;
+};
+
+TEST(FileLockTest, StoppedProcessHoldsUpNobodyForEverAndADeadOneNobody) {
+  const TemporaryFolder folder;
+  const std::string path = folder.at("lock");
+  {
+    std::optional<FileLock> lock;
+    const LivingFork owner([&] { lock.emplace(path, 0s); });
+    owner.stop();
+    EXPECT_EQ(FileLock(path, 0s).outcome(), LockOutcome::heldElsewhere);
+    EXPECT_EQ(FileLock(path, 50ms).outcome(), LockOutcome::heldElsewhere);
+  }
+  // The wait that was given up a moment ago gets the lock first, and must give it back.
+  EXPECT_EQ(FileLock(path, 30s).outcome(), LockOutcome::held);
+  EXPECT_EQ(FileLock(folder.at("no/folder"), 0s).outcome(), LockOutcome::impossible);
+}
+
+TEST(FileLockTest, ForkNeitherReleasesNorKeepsTheLockOfItsParent) {
+  const TemporaryFolder folder;
+  std::optional<FileLock> lock(std::in_place, folder.at("lock"), 0s);
+  const LivingFork heir([&] { lock.reset(); });
+  const LivingFork keeper([] {});
+  EXPECT_EQ(FileLock(folder.at("lock"), 0s).outcome(), LockOutcome::heldElsewhere);
+  lock.reset();
+  EXPECT_EQ(FileLock(folder.at("lock"), 0s).outcome(), LockOutcome::held);
+}
+
+/// Runs what it is given at once.
+class ImmediateLane : public BackgroundQueue {
+ public:
+  void post(WorkLane, Task task) override { task(); }
+};
+
+TEST(FileLockTest, StateWaitsForNoStoppedProcessAndIsWrittenLater) {
+  const TemporaryFolder folder;
+  JsonFileStore store(folder.path(), std::make_shared<ImmediateLane>());
+  {
+    std::optional<FileLock> lock;
+    const LivingFork owner([&] { lock.emplace(folder.at("state.lock"), 0s); });
+    owner.stop();
+    store.write("a", "1");
+    EXPECT_EQ(folder.get("state.json"), "");
+  }
+  store.write("b", "2");
+  EXPECT_EQ(folder.get("state.json"), R"({"a":"1","b":"2"})");
+}
+
+}  // namespace
+}  // namespace quorvance

@@ -1,0 +1,102 @@
+#include "base/console.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <string>
+
+#include "base/debug.h"
+#include "platform/linux/threads/thread_signals_test_support.h"
+
+namespace quorvance {
+namespace {
+
+/// While it lives, standard output is a pipe that is full and that nobody reads.
+class UnreadConsole {
+ public:
+  UnreadConsole() {
+    std::fflush(stdout);
+    std::array<int, 2> ends = {};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) return;
+    readEnd_ = ends[0];
+    fcntl(ends[1], F_SETFL, O_NONBLOCK);
+    while (write(ends[1], "#", 1) == 1) ++filled_;
+    fcntl(ends[1], F_SETFL, 0);
+    console_ = dup(STDOUT_FILENO);
+    dup2(ends[1], STDOUT_FILENO);
+    close(ends[1]);
+  }
+  /// What still waits is written to nobody, and so lost.
+  ~UnreadConsole() {
+    close(readEnd_);
+    dup2(console_, STDOUT_FILENO);
+    close(console_);
+  }
+  UnreadConsole(const UnreadConsole&) = delete;
+  UnreadConsole& operator=(const UnreadConsole&) = delete;
+
+  /// The next line; waits for it.
+  std::string readLine() {
+    for (; filled_ > 0; --filled_) readByte();
+    std::string line;
+    for (char byte = readByte(); byte != '\n'; byte = readByte()) line += byte;
+    return line;
+  }
+
+ private:
+  char readByte() const {
+    char byte = '\n';
+    static_cast<void>(!read(readEnd_, &byte, 1));
+    return byte;
+  }
+
+  int readEnd_ = -1;
+  int console_ = -1;
+  int filled_ = 0;
+};
+
+std::chrono::steady_clock::time_point testDeadline() {
+  return std::chrono::steady_clock::now() + kThreadTestPatience;
+}
+
+class DebugConsoleTest : public testing::Test {
+ protected:
+  DebugConsoleTest() { setIsInDebugMode(true); }
+  ~DebugConsoleTest() override {
+    setIsInDebugMode(false);
+    EXPECT_TRUE(flushDebugOutput(testDeadline()));
+  }
+};
+
+TEST_F(DebugConsoleTest, AnUnreadConsoleHoldsUpNobodyAndLinesKeepTheirOrder) {
+  constexpr std::size_t kPrinted = 2 * kMaxWaitingDebugLines;
+  UnreadConsole console;
+  EXPECT_TRUE(returnsByItself([] {
+    for (std::size_t i = 0; i < kPrinted; ++i) debugPrint("line " + std::to_string(i));
+  }));
+  EXPECT_FALSE(flushDebugOutput(std::chrono::steady_clock::now()));
+  std::size_t written = 0;
+  std::string line = console.readLine();
+  for (; line == "line " + std::to_string(written); line = console.readLine()) ++written;
+  EXPECT_GE(written, kMaxWaitingDebugLines);
+  EXPECT_EQ(line, "... " + std::to_string(kPrinted - written) + " lines dropped");
+  debugPrint("after");
+  EXPECT_EQ(console.readLine(), "after");
+}
+
+TEST_F(DebugConsoleTest, AFewLongLinesAreBoundedToo) {
+  UnreadConsole console;
+  debugPrint("first");
+  debugPrint(std::string(kMaxWaitingDebugBytes, 'x'));
+  debugPrint("last");
+  EXPECT_EQ(console.readLine(), "first");
+  EXPECT_EQ(console.readLine(), "... 1 lines dropped");
+  EXPECT_EQ(console.readLine(), "last");
+}
+
+}  // namespace
+}  // namespace quorvance

@@ -1,0 +1,59 @@
+#include "quorvance/platform/queues.h"
+
+#include <atomic>
+#include <utility>
+
+#include "base/out_of_memory.h"
+
+namespace quorvance {
+namespace {
+
+/// Of a queue that prepares nothing.
+class PostedTask : public PreparedTask, public std::enable_shared_from_this<PostedTask> {
+ public:
+  using Post = std::function<void(std::chrono::milliseconds delay, Task task)>;
+
+  PostedTask(Post post, Task task) : post_(std::move(post)), task_(std::move(task)) {}
+
+  void start(std::shared_ptr<void> owner, std::chrono::milliseconds delay) noexcept override {
+    if (isWaiting_.exchange(true)) return;
+    // Dropped, for want of memory too, it may be started again.
+    const auto endsWaiting = [this](void*) { isWaiting_ = false; };
+    hasMemoryFor([&] {
+      std::shared_ptr<void> waiting(this, endsWaiting);
+      post_(delay, [self = shared_from_this(), owner = std::move(owner),
+                    waiting = std::move(waiting)]() mutable {
+        waiting.reset();
+        self->task_();
+      });
+    });
+  }
+
+ private:
+  const Post post_;
+  const Task task_;
+  std::atomic<bool> isWaiting_{false};
+};
+
+template <class Post>
+std::shared_ptr<PreparedTask> postedTask(Post post, Task task) {
+  std::shared_ptr<PreparedTask> prepared;
+  hasMemoryFor([&] { prepared = std::make_shared<PostedTask>(std::move(post), std::move(task)); });
+  return prepared;
+}
+
+}  // namespace
+
+std::shared_ptr<PreparedTask> MainQueue::prepare(Task task) {
+  return postedTask(
+      [this](std::chrono::milliseconds delay, Task posted) { postAfter(delay, std::move(posted)); },
+      std::move(task));
+}
+
+std::shared_ptr<PreparedTask> BackgroundQueue::prepare(WorkLane lane, Task task) {
+  return postedTask(
+      [this, lane](std::chrono::milliseconds, Task posted) { post(lane, std::move(posted)); },
+      std::move(task));
+}
+
+}  // namespace quorvance

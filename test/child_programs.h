@@ -1,0 +1,19 @@
+#pragma once
+
+namespace quorvance {
+
+// What tests must know of this build to start programs; the values are written by its
+// configuration.
+
+/// The program that dies.
+extern const char* const kCrashChildProgram;
+/// The program that shares a data folder with others, and is killed.
+extern const char* const kStorageChildProgram;
+/// A shared library that faults while it is loaded.
+extern const char* const kFaultyModule;
+/// The host that ends.
+extern const char* const kExitChildProgram;
+/// Empty in a build without.
+extern const char* const kSanitizers;
+
+}  // namespace quorvance

@@ -1,0 +1,181 @@
+// What the end of a host's process leaves behind, and that it comes in time: child processes end
+// while the library is at work. With QUORVANCE_EXIT_REPEATS=200 in the environment the ends under
+// TLS come so often.
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <httplib.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+#include <thread>
+
+#include "test/child_programs.h"
+#include "test/crash/watched_process.h"
+#include "test/scratch_folder_test_support.h"
+
+namespace quorvance {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr int kServerThreads = 64;
+/// How long the library may hold up the end, and how long a busy machine may.
+constexpr std::int64_t kMaxDelayMilliseconds = 500;
+constexpr std::int64_t kMaxMilliseconds = 5000;
+
+/// Answers every call over TLS; its certificate is its own authority.
+class HttpsServer {
+ public:
+  HttpsServer(const std::string& folder, std::size_t callsOfAConnection)
+      : certificate_(folder + "/certificate.pem"), key_(folder + "/key.pem") {
+    makeCertificate();
+    server_ = std::make_unique<httplib::SSLServer>(certificate_.c_str(), key_.c_str());
+    server_->new_task_queue = [] { return new httplib::ThreadPool(kServerThreads); };
+    server_->set_keep_alive_max_count(callsOfAConnection);
+    server_->Post(".*", [](const httplib::Request&, httplib::Response& response) {
+      response.set_content(R"({"risk":1,"signedRisk":"signed"})", "application/json");
+    });
+    port_ = server_->bind_to_any_port("127.0.0.1");
+    thread_ = std::thread([this] { server_->listen_after_bind(); });
+    while (!server_->is_running()) std::this_thread::yield();  // before that stop() does nothing
+  }
+  ~HttpsServer() {
+    server_->stop();
+    thread_.join();
+  }
+  HttpsServer(const HttpsServer&) = delete;
+  HttpsServer& operator=(const HttpsServer&) = delete;
+
+  const std::string& certificate() const { return certificate_; }
+  std::string url() const { return "https://127.0.0.1:" + std::to_string(port_) + "/"; }
+
+ private:
+  void makeCertificate() const {
+    const std::string command =
+        "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -days 2 "
+        "-subj /CN=test -addext subjectAltName=IP:127.0.0.1 -keyout " +
+        key_ + " -out " + certificate_ + " 2>/dev/null";
+    EXPECT_EQ(std::system(command.c_str()), 0);
+  }
+
+  const std::string certificate_;
+  const std::string key_;
+  std::unique_ptr<httplib::SSLServer> server_;
+  int port_ = 0;
+  std::thread thread_;
+};
+
+/// Hosts that end, each over a folder of its own.
+class ExitTest : public testing::Test {
+ protected:
+  struct Ending {
+    ProcessEnd process;
+    /// From where the host began its end.
+    std::int64_t milliseconds = 0;
+    std::string output;
+  };
+
+  void serve(std::size_t callsOfAConnection) {
+    server_ = std::make_unique<HttpsServer>(scratch_.path(), callsOfAConnection);
+  }
+
+  /// Its folder is new.
+  Ending run(const std::string& shape, int number = 0) {
+    std::filesystem::remove_all(folder_);
+    std::filesystem::create_directory(folder_);
+    return runOverFolder(shape, number);
+  }
+
+  Ending runOverFolder(const std::string& shape, int number = 0) {
+    const ProcessWords words = {scratch_.path() + "/output", scratch_.path() + "/complaints"};
+    const std::string url = server_ ? server_->url() : "http://127.0.0.1:1/";
+    Ending ending;
+    ending.process = runToItsEnd({kExitChildProgram, shape, folder_, url,
+                                  scratch_.path() + "/certificate.pem", std::to_string(number)},
+                                 words, {});
+    ending.output = textOfFile(words.output);
+    ending.milliseconds =
+        (ending.process.endTime - std::strtol(ending.output.c_str(), nullptr, 10)) / 1'000'000;
+    EXPECT_EQ(ending.process.signal, 0) << shape << ' ' << number;
+    EXPECT_EQ(ending.process.exitStatus, EXIT_SUCCESS) << textOfFile(words.complaints);
+    EXPECT_LT(ending.milliseconds, kMaxMilliseconds) << shape << ' ' << number;
+    return ending;
+  }
+
+  /// As the state file tells it; empty when there is none.
+  std::string storedUser() const {
+    const auto state = nlohmann::json::parse(textOfFile(folder_ + "/state.json"), nullptr, false);
+    return state.is_object() ? state.value("user_id", "") : "";
+  }
+
+  const ScratchFolder scratch_;
+  const std::string folder_ = scratch_.path() + "/data";
+  std::unique_ptr<HttpsServer> server_;
+};
+
+TEST_F(ExitTest, TheLastWriteIsOnTheDisk) {
+  run("return_from_main");
+  EXPECT_EQ(storedUser(), "user");
+  runOverFolder("log_out");
+  EXPECT_EQ(storedUser(), "UNKNOWN");
+}
+
+TEST_F(ExitTest, ADiskThatDoesNotAnswerIsWaitedForUpToABoundAtANormalEndAlone) {
+  std::filesystem::create_directory(folder_);
+  const int lock = open((folder_ + "/state.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_EQ(flock(lock, LOCK_EX), 0);
+  EXPECT_GE(runOverFolder("return_from_main").milliseconds, kMaxDelayMilliseconds);
+  for (const std::string shape : {"exit_at_once", "exit_quickly", "exit_forked_child"}) {
+    EXPECT_LT(runOverFolder(shape).milliseconds, kMaxDelayMilliseconds) << shape;
+  }
+  EXPECT_EQ(storedUser(), "");
+  close(lock);
+}
+
+TEST_F(ExitTest, NothingRunsInTheTlsLibraryWhileItCleansUp) {
+  serve(1);  // every call is a handshake
+  const char* const wanted = std::getenv("QUORVANCE_EXIT_REPEATS");
+  const int usual = std::string_view(kSanitizers).empty() ? 12 : 3;
+  const int times = wanted == nullptr ? usual : std::atoi(wanted);
+  for (const std::string shape : {"exit_in_flight", "exit_during_initialisation",
+                                  "exit_during_slow_initialisation", "exit_from_completion"}) {
+    std::int64_t longest = 0;
+    for (int i = 0; i < times; ++i) {
+      const int number = shape == "exit_in_flight" ? 1 + i % 40 : i * 50 % 4000;
+      longest = std::max(longest, run(shape, number).milliseconds);
+      EXPECT_EQ(storedUser(), "user");
+    }
+    RecordProperty(shape + "_longest_milliseconds", static_cast<int>(longest));
+  }
+}
+
+TEST_F(ExitTest, DestructorsOfTheHostMayCallOn) {
+  serve(1);
+  run("destructors_call_on");
+  EXPECT_EQ(storedUser(), "UNKNOWN");
+}
+
+TEST_F(ExitTest, NoCompletionOfTheHostBeginsAnyMore) {
+  serve(1);
+  run("exit_before_completions");
+}
+
+TEST_F(ExitTest, StartedProgramsInheritNoDescriptor) {
+  serve(100);
+  const std::string listing = run("start_program").output;
+  EXPECT_THAT(listing, HasSubstr("/proc/"));
+  EXPECT_THAT(listing, Not(HasSubstr("socket:")));
+  EXPECT_THAT(listing, Not(HasSubstr("anon_inode:")));
+}
+
+}  // namespace
+}  // namespace quorvance
