@@ -72,7 +72,7 @@ THIRD_PARTY = {
     "httplib.h": "apps and test",
 }
 
-CHECKED_FOLDERS = ["include", "src", "apps", "test", "benchmarks", "fuzz"]
+CHECKED_FOLDERS = ["include", "src", "apps", "test", "benchmarks", "fuzz", "examples"]
 SUFFIXES = {".h", ".cpp"}
 
 STANDARD_HEADERS = set(
@@ -163,6 +163,8 @@ class Tree:
             return "source", folder, problem
         if parts[0] == "apps":
             return "app", parts[1], None
+        if parts[0] == "examples":
+            return "app", parts[0], None
         # Snippets that stand for code of the library, wherever that is.
         if parts[:2] == ("test", "refused_code"):
             return "refused", None, None
@@ -210,7 +212,7 @@ def problem_of_public(kind, folder, test, tree, name):
     """What is wrong with including the public header "quorvance/..."."""
     if not (tree.root / "include" / name).is_file():
         return f"there is no public header <{name}>"
-    if kind == "app" and folder != "demo_host" and not test:
+    if kind == "app" and folder not in ("demo_host", "examples") and not test:
         return f"apps/{folder} includes nothing of the library"
     if kind not in ("public", "source"):
         return None

@@ -13,7 +13,7 @@ from pathlib import Path
 
 MAX_SOURCE_LINES = 400
 MAX_HEADER_LINES = 200
-FOLDERS = ["include", "src", "apps", "test", "benchmarks", "fuzz"]
+FOLDERS = ["include", "src", "apps", "test", "benchmarks", "fuzz", "examples"]
 
 # Strings are matched too, so that what looks like a comment inside one is none.
 COMMENT_OR_STRING = re.compile(

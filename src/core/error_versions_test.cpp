@@ -71,7 +71,7 @@ TEST(ErrorVersionsTest, CrashPlanBeforeAllFactsHasTheVersion) {
   world.manager->setup("http://risk.test/", "u1", nullptr);
   world.time->advance(2s);
   ASSERT_EQ(world.trap->plans.size(), 1U);
-  EXPECT_THAT(world.trap->plans[0].exceptionForm.at(1).bytes,
+  EXPECT_THAT(world.trap->plans[0].exceptionTemplate.at(1).bytes,
               testing::HasSubstr("\"version\": \"12\""));
   world.time->release(WorkLane::facts);
   world.time->run();

@@ -18,7 +18,7 @@ const User* userSigningIn(const CheckPoint& checkPoint) {
   return registration == nullptr ? nullptr : registration->user().get();
 }
 
-void hand(const RiskCompletion& completion, RiskVerdict verdict) {
+void deliver(const RiskCompletion& completion, RiskVerdict verdict) {
   if (completion) {
     completion(verdict.risk, std::move(verdict.signedRisk), std::move(verdict.requestId));
   }
@@ -28,10 +28,10 @@ void hand(const RiskCompletion& completion, RiskVerdict verdict) {
 ReplyHandler verdictHandler(std::shared_ptr<BackgroundQueue> queue, RiskCompletion completion,
                             std::string requestId) {
   auto shared = std::make_shared<const RiskCompletion>(std::move(completion));
-  return {[shared](const ResponceObject& response) { hand(*shared, readVerdict(response)); },
+  return {[shared](const ResponceObject& response) { deliver(*shared, readVerdict(response)); },
           [shared, queue = std::move(queue), requestId = std::move(requestId)] {
             queue->post(WorkLane::completions,
-                        [shared, requestId] { hand(*shared, answerlessVerdict(requestId)); });
+                        [shared, requestId] { deliver(*shared, answerlessVerdict(requestId)); });
           }};
 }
 

@@ -14,8 +14,8 @@ TEST(ManagerCrashTest, OnlyTheSwitchOfTheConfigurationInstalls) {
   world.configure(R"({"enable_crash_eye": true})");
   ASSERT_EQ(world.trap->plans.size(), 1U);
   // The versions of the reports are those of this device.
-  const CrashForm& form = world.trap->plans[0].exceptionForm;
-  EXPECT_THAT(form.at(1).bytes, testing::HasSubstr("\"version\": \"12\""));
+  const CrashReportTemplate& reportTemplate = world.trap->plans[0].exceptionTemplate;
+  EXPECT_THAT(reportTemplate.at(1).bytes, testing::HasSubstr("\"version\": \"12\""));
 }
 
 TEST(ManagerCrashTest, ManagerThatIsGoneIsNotTold) {

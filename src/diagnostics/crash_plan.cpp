@@ -14,45 +14,46 @@
 namespace quorvance {
 namespace {
 
-struct CrashCut {
-  /// Where the slot begins: after this. A line end never stands inside a JSON text, so that no
-  /// value can be taken for a key.
+struct PlaceholderMark {
+  /// Where the placeholder begins: after this. A line end never stands inside a JSON text, so that
+  /// no value can be taken for a key.
   std::string_view before;
-  CrashSlot slot;
+  CrashPlaceholder placeholder;
 };
 
-constexpr CrashCut kCrashCuts[] = {
-    {"\n  \"error_stack\": \"", CrashSlot::callStack},
-    {"\n  \"cause\": \"", CrashSlot::reason},
-    {"\n  \"error_type\": \"", CrashSlot::name},
-    {"\n  \"error_timestamp\": ", CrashSlot::milliseconds},
+constexpr PlaceholderMark kPlaceholderMarks[] = {
+    {"\n  \"error_stack\": \"", CrashPlaceholder::callStack},
+    {"\n  \"cause\": \"", CrashPlaceholder::reason},
+    {"\n  \"error_type\": \"", CrashPlaceholder::name},
+    {"\n  \"error_timestamp\": ", CrashPlaceholder::milliseconds},
 };
 
-bool isFilledIn(CrashSlot slot, CrashModelType type) {
-  const bool isText = slot == CrashSlot::reason || slot == CrashSlot::name;
+bool isFilledIn(CrashPlaceholder placeholder, CrashModelType type) {
+  const bool isText =
+      placeholder == CrashPlaceholder::reason || placeholder == CrashPlaceholder::name;
   return type == CrashModelType::exception || !isText;
 }
 
-// The report of this very model, cut in the order of its keys. Slots are empty in it, except for
-// the time, whose one digit goes.
-CrashForm formOf(const CrashModel& model) {
+// The report of this very model, cut in the order of its keys. Placeholders are empty in it, except
+// for the time, whose one digit goes.
+CrashReportTemplate templateOf(const CrashModel& model) {
   constexpr std::int64_t kNoTime = 0;
   constexpr std::string_view kNoTimeText = "0";
   const std::string text =
       writeJsonIndented(crashReport(model, kNoTime).getJson()).value_or(std::string());
   std::string_view rest = text;
-  CrashForm form;
-  for (const CrashCut& cut : kCrashCuts) {
-    if (!isFilledIn(cut.slot, model.type)) continue;
-    const std::size_t found = rest.find(cut.before);
+  CrashReportTemplate reportTemplate;
+  for (const PlaceholderMark& mark : kPlaceholderMarks) {
+    if (!isFilledIn(mark.placeholder, model.type)) continue;
+    const std::size_t found = rest.find(mark.before);
     if (found == std::string_view::npos) continue;
-    const std::size_t end = found + cut.before.size();
-    form.push_back({std::string(rest.substr(0, end)), cut.slot});
+    const std::size_t end = found + mark.before.size();
+    reportTemplate.push_back({std::string(rest.substr(0, end)), mark.placeholder});
     rest.remove_prefix(end);
-    if (cut.slot == CrashSlot::milliseconds) rest.remove_prefix(kNoTimeText.size());
+    if (mark.placeholder == CrashPlaceholder::milliseconds) rest.remove_prefix(kNoTimeText.size());
   }
-  form.push_back({std::string(rest), CrashSlot::nothing});
-  return form;
+  reportTemplate.push_back({std::string(rest), CrashPlaceholder::nothing});
+  return reportTemplate;
 }
 
 CrashModel emptyModel(CrashModelType type, const CrashVersions& versions) {
@@ -77,10 +78,11 @@ CrashPlan makeCrashPlan(const CrashVersions& versions) {
     CrashModel model = emptyModel(CrashModelType::signal, versions);
     model.name = row.name;
     model.reason = signalReason(row.number);
-    CrashForm form = formOf(model);
-    plan.signals.push_back({std::move(model.name), std::move(model.reason), std::move(form)});
+    CrashReportTemplate reportTemplate = templateOf(model);
+    plan.signals.push_back(
+        {std::move(model.name), std::move(model.reason), std::move(reportTemplate)});
   }
-  plan.exceptionForm = formOf(emptyModel(CrashModelType::exception, versions));
+  plan.exceptionTemplate = templateOf(emptyModel(CrashModelType::exception, versions));
   plan.category = categoryWord(ReportCategory::crash);
   plan.maxFiles = kMaxReportsPerCategory;
   return plan;

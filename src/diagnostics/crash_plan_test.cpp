@@ -17,23 +17,23 @@ std::string insideOfJsonText(const std::string& text) {
   return quoted.substr(1, quoted.size() - 2);
 }
 
-std::string fillIn(const CrashForm& form, const CrashModel& model) {
+std::string fillIn(const CrashReportTemplate& reportTemplate, const CrashModel& model) {
   std::string text;
-  for (const CrashFormPart& part : form) {
+  for (const CrashTemplatePart& part : reportTemplate) {
     text += part.bytes;
     switch (part.next) {
-      case CrashSlot::nothing:
+      case CrashPlaceholder::nothing:
         break;
-      case CrashSlot::callStack:
+      case CrashPlaceholder::callStack:
         text += insideOfJsonText(model.callStack);
         break;
-      case CrashSlot::reason:
+      case CrashPlaceholder::reason:
         text += insideOfJsonText(model.reason);
         break;
-      case CrashSlot::name:
+      case CrashPlaceholder::name:
         text += insideOfJsonText(model.name);
         break;
-      case CrashSlot::milliseconds:
+      case CrashPlaceholder::milliseconds:
         text += std::to_string(kCrashTime);
         break;
     }
@@ -59,11 +59,11 @@ TEST(CrashPlanTest, FilledFormsAreTheStoredReportsByteForByte) {
     for (const SignalPlan& signal : plan.signals) {
       const CaughtCrash crash{false, signal.name, signal.reason, kCrashStack, true};
       const CrashModel model = crashModelOf(crash, versions);
-      EXPECT_EQ(fillIn(signal.form, model), storedText(model));
+      EXPECT_EQ(fillIn(signal.reportTemplate, model), storedText(model));
     }
     const CaughtCrash thrown{true, "bank::\"Error\"", "no\nmoney \xE2\x82", kCrashStack, true};
     const CrashModel model = crashModelOf(thrown, versions);
-    EXPECT_EQ(fillIn(plan.exceptionForm, model), storedText(model));
+    EXPECT_EQ(fillIn(plan.exceptionTemplate, model), storedText(model));
   }
 }
 

@@ -52,7 +52,7 @@ void ReportStore::log(const std::optional<PlatformError>& error) const {
 
 bool ReportStore::prepare() {
   if (!documents_ || !documents_->prepare()) return false;
-  if (!isTakenUp_.exchange(true)) takeUpUnfinished();
+  if (!isRecovered_.exchange(true)) recoverUnfinished();
   return true;
 }
 
@@ -97,18 +97,18 @@ bool ReportStore::storeReport(const Json& report, ReportCategory category) {
   return !documents_->write(std::string(word) + randomUuid() + ".json", *text).has_value();
 }
 
-void ReportStore::takeUpUnfinished() {
+void ReportStore::recoverUnfinished() {
   const Turn turn = waitForTurn();
   const std::vector<UnfinishedDocument> unfinished = documents_->unfinishedDocuments();
   std::vector<DocumentEntry> entries;
   // Who comes next lists the folder too, and logs the error.
   if (unfinished.empty() || documents_->list(entries)) return;
-  for (const UnfinishedDocument& one : unfinished) takeUp(one, entries);
+  for (const UnfinishedDocument& one : unfinished) recover(one, entries);
 }
 
 // A second writing whose first one is gone was sent already.
-void ReportStore::takeUp(const UnfinishedDocument& unfinished,
-                         std::vector<DocumentEntry>& entries) {
+void ReportStore::recover(const UnfinishedDocument& unfinished,
+                          std::vector<DocumentEntry>& entries) {
   std::string bytes;
   const DocumentRead read = documents_->read(unfinished.temporaryName, bytes);
   if (read.kind == DocumentRead::Kind::failed) return;

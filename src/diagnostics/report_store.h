@@ -54,8 +54,8 @@ class ReportStore {
   struct Turn;
   bool prepare();
   Turn waitForTurn();
-  void takeUpUnfinished();
-  void takeUp(const UnfinishedDocument& unfinished, std::vector<DocumentEntry>& entries);
+  void recoverUnfinished();
+  void recover(const UnfinishedDocument& unfinished, std::vector<DocumentEntry>& entries);
   void setAside(const std::string& name);
   void removeOldestUnreadable();
   void log(const std::optional<PlatformError>& error) const;
@@ -63,7 +63,7 @@ class ReportStore {
   const std::shared_ptr<DocumentsFolder> documents_;
   const std::shared_ptr<ExceptionLogger> exceptions_;
   BoundedMutex storing_;
-  std::atomic<bool> isTakenUp_{false};
+  std::atomic<bool> isRecovered_{false};
   std::atomic<bool> isTurnStalled_{false};
 };
 

@@ -11,23 +11,23 @@
 namespace quorvance {
 
 /// What is only known once a process dies. Texts are written as the inside of a JSON string.
-enum class CrashSlot { nothing, callStack, reason, name, milliseconds };
+enum class CrashPlaceholder { nothing, callStack, reason, name, milliseconds };
 
 /// Bytes of a report that are known beforehand, and what is written after them.
-struct CrashFormPart {
+struct CrashTemplatePart {
   std::string bytes;
-  CrashSlot next = CrashSlot::nothing;
-  bool operator==(const CrashFormPart&) const = default;
+  CrashPlaceholder next = CrashPlaceholder::nothing;
+  bool operator==(const CrashTemplatePart&) const = default;
 };
 
-/// A whole report but for its slots.
-using CrashForm = std::vector<CrashFormPart>;
+/// A whole report but for its placeholders.
+using CrashReportTemplate = std::vector<CrashTemplatePart>;
 
 struct SignalPlan {
   /// As "SIGBUS"; a name for which this system has no signal is left out.
   std::string name;
   std::string reason;
-  CrashForm form;
+  CrashReportTemplate reportTemplate;
   bool operator==(const SignalPlan&) const = default;
 };
 
@@ -45,7 +45,7 @@ struct CaughtCrash {
 /// What a dying process writes and whom it tells.
 struct CrashPlan {
   std::vector<SignalPlan> signals;
-  CrashForm exceptionForm;
+  CrashReportTemplate exceptionTemplate;
   /// Where reports are written, as an absolute path; it is made anew when it is missing. Absent:
   /// none is written, and those who are told of a crash store it.
   std::optional<std::string> folder;

@@ -27,14 +27,15 @@ class CrashRecorder {
   bool isUsable() const { return !memory_.span().empty(); }
 
   /// Of the calling thread's stack from `top` on (CrashCallStack::collect), now. Once.
-  CrashRecord record(const CrashForm& form, std::string_view name, std::string_view reason,
-                     const void* top = nullptr);
+  CrashRecord record(const CrashReportTemplate& reportTemplate, std::string_view name,
+                     std::string_view reason, const void* top = nullptr);
   std::string_view callStack() const { return stack_.text(); }
   /// After another thread was stopped in the middle of its record().
   void removeTemporaries() { file_.removeTemporaries(); }
 
  private:
-  bool write(const CrashForm& form, std::string_view name, std::string_view reason);
+  bool write(const CrashReportTemplate& reportTemplate, std::string_view name,
+             std::string_view reason);
 
   CrashCallStack stack_;
   CrashFile file_;

@@ -50,13 +50,13 @@ void blockAllSignals() {
   pthread_sigmask(SIG_SETMASK, &all, nullptr);
 }
 
-void tellOf(const CrashNews& news, CaughtCrash& crash) {
-  crash.isException = news.isException;
-  crash.isStored = news.isStored;
-  crash.name = news.name;
-  crash.reason = news.reason;
-  crash.callStack = news.callStack;
-  (*news.tell)(crash);
+void tellOf(const CrashNotice& notice, CaughtCrash& crash) {
+  crash.isException = notice.isException;
+  crash.isStored = notice.isStored;
+  crash.name = notice.name;
+  crash.reason = notice.reason;
+  crash.callStack = notice.callStack;
+  (*notice.tell)(crash);
 }
 
 }  // namespace
@@ -81,7 +81,7 @@ void CrashReporter::run() {
       waitWhile(phase_, phase, nullptr);
     }
     try {
-      tellOf(news_, crash);
+      tellOf(notice_, crash);
     } catch (...) {
       // A delegate's failure must not become another crash.
     }
@@ -90,12 +90,12 @@ void CrashReporter::run() {
   }
 }
 
-void CrashReporter::tell(const CrashNews& news) {
+void CrashReporter::tell(const CrashNotice& notice) {
   std::uint32_t phase = kParked;
   if (!phase_.compare_exchange_strong(phase, kAsking)) return;
   timespec deadline = monotonicNow();
   deadline.tv_sec += kMaxTellingSeconds;
-  news_ = news;
+  notice_ = notice;
   phase_.store(kAsked);
   wakeAll(phase_);
   while (phase_.load() == kAsked && isBefore(monotonicNow(), deadline)) {

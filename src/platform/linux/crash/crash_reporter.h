@@ -10,7 +10,7 @@
 namespace quorvance {
 
 /// A crash as the dying thread leaves it for the reporter; the texts stay where they are.
-struct CrashNews {
+struct CrashNotice {
   const std::function<void(const CaughtCrash&)>* tell = nullptr;
   bool isException = false;
   bool isStored = false;
@@ -23,24 +23,24 @@ struct CrashNews {
 /// signal, so that a fault of its own ends the process at once.
 ///
 /// Life: started once, never ended and never joined: the object lives as long as the process.
-/// Parked; asked by one dying thread, which first writes its news; parked again when the delegates
-/// have been told.
+/// Parked; asked by one dying thread, which first writes its notice; parked again when the
+/// delegates have been told.
 class CrashReporter {
  public:
   /// Ordinary context, one caller at a time; false when the system gives no thread. Again: does
   /// nothing.
   bool start();
 
-  /// Async-signal-safe. Has the news told and waits for it, two seconds at most; returns at once
-  /// when earlier news is still being told.
-  void tell(const CrashNews& news);
+  /// Async-signal-safe. Has the notice told and waits for it, two seconds at most; returns at once
+  /// while an earlier notice is still being told.
+  void tell(const CrashNotice& notice);
 
  private:
   void run();
 
   bool isStarted_ = false;
   std::atomic<std::uint32_t> phase_{0};  // parked
-  CrashNews news_;
+  CrashNotice notice_;
 };
 
 }  // namespace quorvance

@@ -46,7 +46,7 @@ void catchSignals(SignalHandler handler) {
   for (const CaughtSignal& caught : kCaughtSignals) catchSignal(caught, handler);
 }
 
-const void* struckInstruction(const void* context) {
+const void* faultingInstruction(const void* context) {
   const auto* const state = static_cast<const ucontext_t*>(context);
 #if defined(__x86_64__)
   return reinterpret_cast<const void*>(state->uc_mcontext.gregs[REG_RIP]);

@@ -42,7 +42,7 @@ void catchSignals(SignalHandler handler);
 
 /// The instruction at which a signal struck, from its handler's last argument; null where this
 /// processor is not known. Async-signal-safe.
-const void* struckInstruction(const void* context);
+const void* faultingInstruction(const void* context);
 
 /// Gives every signal of the table its default action and ends the process with SIGKILL.
 /// Async-signal-safe.

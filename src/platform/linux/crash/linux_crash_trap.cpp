@@ -23,15 +23,15 @@ namespace {
 
 /// A plan with all that carrying it out needs. An uncaught exception and the abort that follows it
 /// are two crashes, hence two recorders.
-struct CrashGear {
-  explicit CrashGear(CrashPlan newPlan)
+struct ArmedPlan {
+  explicit ArmedPlan(CrashPlan newPlan)
       : plan(std::move(newPlan)), signalRecorder(plan), exceptionRecorder(plan) {}
 
   bool isUsable() const { return signalRecorder.isUsable() && exceptionRecorder.isUsable(); }
 
   /// `tell` cannot be compared; equal bytes come of the same facts.
   bool serves(const CrashPlan& other) const {
-    return plan.signals == other.signals && plan.exceptionForm == other.exceptionForm &&
+    return plan.signals == other.signals && plan.exceptionTemplate == other.exceptionTemplate &&
            plan.folder == other.folder && plan.category == other.category &&
            plan.maxFiles == other.maxFiles && plan.isAnyoneListening == other.isAnyoneListening;
   }
@@ -52,14 +52,14 @@ struct CrashGear {
 };
 
 /// What is the process's own. Dying threads first say so in `crashing` or `terminating` and then
-/// take the gear; whoever replaces the gear looks afterwards whether somebody is dying and then
+/// take the armed plan; whoever replaces it looks afterwards whether somebody is dying and then
 /// lets the old one be.
 struct TrapState {
   std::mutex installing;
   std::atomic<pid_t> process{0};
   std::atomic<pid_t> crashing{0};
   std::atomic<pid_t> terminating{0};
-  std::atomic<CrashGear*> gear{nullptr};
+  std::atomic<ArmedPlan*> armed{nullptr};
   std::atomic<std::terminate_handler> previousTerminate{nullptr};
   CrashWatchdog watchdog;
   CrashReporter reporter;
@@ -81,26 +81,27 @@ void allowLongFiles() {
   setrlimit(RLIMIT_FSIZE, &limit);
 }
 
-CrashNews newsOf(const CrashGear& gear, const CrashRecorder& recorder, CrashRecord record) {
-  CrashNews news;
-  news.tell = &gear.plan.tell;
-  news.isStored = record != CrashRecord::failed;
-  news.callStack = recorder.callStack();
-  return news;
+CrashNotice noticeOf(const ArmedPlan& armed, const CrashRecorder& recorder, CrashRecord record) {
+  CrashNotice notice;
+  notice.tell = &armed.plan.tell;
+  notice.isStored = record != CrashRecord::failed;
+  notice.callStack = recorder.callStack();
+  return notice;
 }
 
-void reportSignal(TrapState& trap, int number, const void* struckAt) {
-  CrashGear* const gear = trap.gear.load();
-  const SignalPlan* const plan = gear->planOf(number);
-  if (plan == nullptr || !gear->plan.isAnyoneListening()) return;
-  CrashRecorder& recorder = gear->signalRecorder;
-  const CrashRecord record = recorder.record(plan->form, plan->name, plan->reason, struckAt);
-  CrashNews news = newsOf(*gear, recorder, record);
-  news.name = plan->name;
-  news.reason = plan->reason;
-  trap.reporter.tell(news);
+void reportSignal(TrapState& trap, int number, const void* faultingAt) {
+  ArmedPlan* const armed = trap.armed.load();
+  const SignalPlan* const plan = armed->planOf(number);
+  if (plan == nullptr || !armed->plan.isAnyoneListening()) return;
+  CrashRecorder& recorder = armed->signalRecorder;
+  const CrashRecord record =
+      recorder.record(plan->reportTemplate, plan->name, plan->reason, faultingAt);
+  CrashNotice notice = noticeOf(*armed, recorder, record);
+  notice.name = plan->name;
+  notice.reason = plan->reason;
+  trap.reporter.tell(notice);
   const pid_t terminating = trap.terminating.load();
-  if (terminating != 0 && terminating != gettid()) gear->exceptionRecorder.removeTemporaries();
+  if (terminating != 0 && terminating != gettid()) armed->exceptionRecorder.removeTemporaries();
 }
 
 void onFatalSignal(int number, siginfo_t* /*info*/, void* context) {
@@ -116,25 +117,25 @@ void onFatalSignal(int number, siginfo_t* /*info*/, void* context) {
   if (!trap->crashing.compare_exchange_strong(nobody, gettid())) waitForEnd();
   trap->watchdog.arm();
   allowLongFiles();
-  reportSignal(*trap, number, struckInstruction(context));
+  reportSignal(*trap, number, faultingInstruction(context));
   std::set_terminate(&std::abort);
   killProcess();
 }
 
 // Ordinary context, on the thread that threw.
 void reportException(TrapState& trap, const void* calledFrom) {
-  CrashGear* const gear = trap.gear.load();
+  ArmedPlan* const armed = trap.armed.load();
   UncaughtException exception;
-  if (!gear->plan.isAnyoneListening() || !describeUncaughtException(exception)) return;
+  if (!armed->plan.isAnyoneListening() || !describeUncaughtException(exception)) return;
   allowLongFiles();
-  CrashRecorder& recorder = gear->exceptionRecorder;
+  CrashRecorder& recorder = armed->exceptionRecorder;
   const CrashRecord record =
-      recorder.record(gear->plan.exceptionForm, exception.name, exception.reason, calledFrom);
-  CrashNews news = newsOf(*gear, recorder, record);
-  news.isException = true;
-  news.name = exception.name;
-  news.reason = exception.reason;
-  trap.reporter.tell(news);
+      recorder.record(armed->plan.exceptionTemplate, exception.name, exception.reason, calledFrom);
+  CrashNotice notice = noticeOf(*armed, recorder, record);
+  notice.isException = true;
+  notice.name = exception.name;
+  notice.reason = exception.reason;
+  trap.reporter.tell(notice);
 }
 
 [[noreturn]] void onTerminate() {
@@ -163,11 +164,11 @@ void catchTermination(TrapState& trap) {
 }
 
 // False when there is no memory for it; what was there before then stays.
-bool takeUp(TrapState& trap, CrashPlan plan) {
-  if (CrashGear* const present = trap.gear.load(); present && present->serves(plan)) return true;
-  auto gear = std::make_unique<CrashGear>(std::move(plan));
-  if (!gear->isUsable()) return false;
-  std::unique_ptr<CrashGear> old(trap.gear.exchange(gear.release()));
+bool replacePlan(TrapState& trap, CrashPlan plan) {
+  if (ArmedPlan* const present = trap.armed.load(); present && present->serves(plan)) return true;
+  auto armed = std::make_unique<ArmedPlan>(std::move(plan));
+  if (!armed->isUsable()) return false;
+  std::unique_ptr<ArmedPlan> old(trap.armed.exchange(armed.release()));
   const bool isSomebodyDying = trap.crashing.load() != 0 || trap.terminating.load() != 0;
   if (isSomebodyDying) static_cast<void>(old.release());
   return true;
@@ -181,7 +182,7 @@ void LinuxCrashTrap::install(CrashPlan plan) {
     TrapState& trap = trapOfProcess();
     const std::lock_guard lock(trap.installing);
     if (plan.folder) makePrivateFolder(*plan.folder);
-    if (!takeUp(trap, std::move(plan)) || !trap.reporter.start()) return;
+    if (!replacePlan(trap, std::move(plan)) || !trap.reporter.start()) return;
     trap.process.store(getpid());
     trapInForce.store(&trap);
     catchTermination(trap);
