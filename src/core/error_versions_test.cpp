@@ -50,6 +50,13 @@ TEST(ErrorVersionsTest, FirstReportOfAFailedCallHasTheSystemsVersion) {
   EXPECT_EQ(report.value("version", "none"), "12");
 }
 
+// As the device's facts have it.
+TEST(ErrorVersionsTest, AVersionThatNobodyCanReadIsNone) {
+  UnreadWorld world;
+  world.counted->facts.systemVersion = "12\x1b[2J";
+  EXPECT_EQ(world.context->texts->readSystemVersion(), std::nullopt);
+}
+
 TEST(ErrorVersionsTest, ExceptionOfTheHostGetsTheVersionWhenItIsSent) {
   UnreadWorld world;
   world.manager->configureServerUrl("http://risk.test/");

@@ -19,12 +19,12 @@ std::optional<std::string> SystemTexts::systemVersion() const {
 std::optional<std::string> SystemTexts::readSystemVersion() {
   std::optional<std::string> version = systemVersion();
   if (version || !system_) return version;
-  version = system_->read().systemVersion;
-  if (version) setSystemVersion(version);
-  return version;
+  setSystemVersion(system_->read().systemVersion);
+  return systemVersion();
 }
 
 void SystemTexts::setSystemVersion(std::optional<std::string> version) {
+  if (version && !isReadableText(*version)) version.reset();
   const std::lock_guard lock(mutex_);
   systemVersion_ = std::move(version);
 }

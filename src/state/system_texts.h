@@ -22,6 +22,7 @@ class SystemTexts {
   std::optional<std::string> systemVersion() const;
   /// The same, read when nothing is known: not for a thread of the host's.
   std::optional<std::string> readSystemVersion();
+  /// One that nobody can read is none.
   void setSystemVersion(std::optional<std::string> version);
 
   /// What the simulator's variable names the model, over every source; absent when it is not set,
