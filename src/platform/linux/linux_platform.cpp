@@ -86,7 +86,8 @@ void addMachineFacts(Platform& platform, const RootFiles& files) {
 }
 
 /// What is read from buses, or followed by the watch thread.
-void addBusFacts(Platform& platform, LinuxPlatformOptions& options, const RootFiles& files) {
+void addBusFacts(Platform& platform, LinuxPlatformOptions& options, const RootFiles& files,
+                 std::shared_ptr<ThreadRetries> retries) {
   EnvironmentSource& environment = *platform.environment;
   const BusPlace systemBus = placeOf(options.systemBusAddress, systemBusOf(environment, files));
   const BusPlace sessionBus = placeOf(options.sessionBusAddress, sessionBusOf(environment));
@@ -94,7 +95,7 @@ void addBusFacts(Platform& platform, LinuxPlatformOptions& options, const RootFi
                                    host = platform.hostApplication.identifier] {
     return sandboxOf(*variables, files, host);
   };
-  const auto watchThread = std::make_shared<WatchThread>();
+  const auto watchThread = std::make_shared<WatchThread>(std::move(retries));
   const bool mayStart = options.mayStartServices;
   const PermissionSources permissions = {
       .host = std::move(options.authorization),
@@ -137,7 +138,7 @@ Platform makeLinuxPlatform(LinuxPlatformOptions options) {
   platform.identity = std::make_shared<LinuxIdentity>(files, identifier, platform.defaults);
   addMachineFacts(platform, files);
   platform.userData = std::move(options.userData);
-  addBusFacts(platform, options, files);
+  addBusFacts(platform, options, files, retries);
   return platform;
 }
 

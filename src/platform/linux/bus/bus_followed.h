@@ -19,6 +19,7 @@ class BusFollowed {
     if (Clock::now() < notBefore_.load()) return false;
     return !isFollowed_.exchange(true);
   }
+  /// What followed is gone.
   void ended() {
     notBefore_ = Clock::now() + kPause;
     isFollowed_ = false;

@@ -1,8 +1,9 @@
 #include "platform/linux/bus/bus_watch.h"
 
 #include <algorithm>
-#include <exception>
 #include <utility>
+
+#include "base/out_of_memory.h"
 
 namespace quorvance {
 
@@ -48,12 +49,10 @@ int BusWatch::handle(SdBusMessage* message, void* user, SdBusError* /*error*/) n
   if (handler->isOnce) {
     watch.handlers_.remove_if([&](const Handler& other) { return &other == handler; });
   }
-  try {
+  hasMemoryFor([&] {
     BusReader reader(bus, message);
     answer(bus.message_is_method_error(message, nullptr) > 0 ? nullptr : &reader);
-  } catch (const std::exception&) {
-    return 0;
-  }
+  });
   return 0;
 }
 

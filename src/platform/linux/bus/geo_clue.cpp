@@ -84,6 +84,9 @@ struct GeoClue::State {
 class GeoClue::ServiceWatch : public BusWatch {
  public:
   explicit ServiceWatch(std::shared_ptr<State> state) : state_(std::move(state)) {}
+  ~ServiceWatch() override { state_->followed.ended(); }
+  ServiceWatch(const ServiceWatch&) = delete;
+  ServiceWatch& operator=(const ServiceWatch&) = delete;
 
   /// Begins or ends the client, as is wanted.
   void update() {
@@ -100,10 +103,7 @@ class GeoClue::ServiceWatch : public BusWatch {
     listen(signalRule(kManagerPath, "PropertiesChanged"), [this](BusReader*) { askManager(); });
     askManager();
   }
-  void ended() override {
-    setOn(false);
-    state_->followed.ended();
-  }
+  void ended() override { setOn(false); }
 
  private:
   BusCall onService(std::string path, const char* interface, const char* member) const {

@@ -79,6 +79,9 @@ class PermissionStore::StoreWatch : public BusWatch {
     state_->change(
         [this](StoredPermissions& permissions) { permissions.isSandboxed = sandbox_.isSandboxed; });
   }
+  ~StoreWatch() override { state_->followed.ended(); }
+  StoreWatch(const StoreWatch&) = delete;
+  StoreWatch& operator=(const StoreWatch&) = delete;
 
  protected:
   void begun() override {
@@ -91,7 +94,6 @@ class PermissionStore::StoreWatch : public BusWatch {
   }
   void ended() override {
     state_->change([](StoredPermissions& permissions) { permissions.isRead = true; });
-    state_->followed.ended();
   }
 
  private:

@@ -76,5 +76,15 @@ TEST(ThreadRetriesTest, WhateverRunsTriesAgain) {
   EXPECT_TRUE(facts.isDone());
 }
 
+TEST(ThreadRetriesTest, WhatIsWatchedIsToldOnceThereIsAThread) {
+  const Platform platform = makeLinuxPlatform();
+  std::shared_ptr<void> subscription;
+  RefusedWork firstReading([&](const Task& task) {
+    subscription = platform.reachability->subscribe([task](NetworkKind) { task(); });
+  });
+  platform.backgroundQueue->post(WorkLane::files, [] {});
+  EXPECT_TRUE(firstReading.isDone());
+}
+
 }  // namespace
 }  // namespace quorvance

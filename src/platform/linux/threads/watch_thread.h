@@ -2,11 +2,9 @@
 
 #include <chrono>
 #include <memory>
-#include <mutex>
 #include <optional>
-#include <vector>
 
-#include "platform/linux/threads/library_thread.h"
+#include "platform/linux/threads/thread_retries.h"
 #include "quorvance/platform/queues.h"
 
 namespace quorvance {
@@ -24,35 +22,34 @@ class Watch {
 
   virtual ~Watch() = default;
   virtual Need need() = 0;
-  /// What was needed has come. False when there is nothing more to wait for; the watch is then
-  /// dropped.
+  /// Takes what has come. False when there is nothing more to wait for; the watch is then dropped.
+  /// One that finds no memory goes on, so it takes the event before it needs any.
   virtual bool run() = 0;
 };
 
 /// The thread that waits for the kernel and for buses, "qv-watch": one for all watches. It exists
 /// while there is any, and wakes up for nothing else.
 ///
-/// Calls come from any thread and wait for nothing. Destroying it ends the thread in its own time
-/// and drops the watches there; no call ever joins it. In a forked child, which has no such thread,
-/// calls do nothing. Guarded by the state's mutex.
+/// Calls come from any thread and wait for nothing. When the system has no thread to give, the
+/// tasks wait (thread_retries.h). Destroying it ends the thread in its own time and drops the
+/// watches there; no call ever joins it. When the process ends normally it comes to rest. In a
+/// forked child, which has no such thread, calls do nothing. Guarded by the state's mutex.
 class WatchThread {
  public:
-  WatchThread();
+  explicit WatchThread(std::shared_ptr<ThreadRetries> retries = std::make_shared<ThreadRetries>());
   ~WatchThread();
   WatchThread(const WatchThread&) = delete;
   WatchThread& operator=(const WatchThread&) = delete;
 
-  /// Runs the task on the thread, which is started for it. Dropped when the system has no thread to
-  /// give.
+  /// Runs the task on the thread, which is started for it. A task that finds no memory is lost.
   void post(Task task);
   void add(std::shared_ptr<Watch> watch);
 
  private:
-  struct State;
+  class State;
 
   // Shared with the thread, which may outlive this object.
-  std::shared_ptr<State> state_;
-  pid_t process_;
+  const std::shared_ptr<State> state_;
 };
 
 }  // namespace quorvance
