@@ -7,6 +7,20 @@ quorvance_add_tests(quorvance_tests
   LINK quorvance_testing quorvance_static Threads::Threads CURL::libcurl
   SOURCES ${unitTests})
 
+# No test depends on where it is started.
+if(TARGET quorvance_tests)
+  set(busMockSource ${PROJECT_BINARY_DIR}/bus_mock_program.cpp)
+  file(CONFIGURE OUTPUT ${busMockSource} @ONLY CONTENT [[
+namespace quorvance {
+
+extern const char* const kBusMock;
+const char* const kBusMock = "@PROJECT_SOURCE_DIR@/test/bus/bus_mock.py";
+
+}  // namespace quorvance
+]])
+  target_sources(quorvance_tests PRIVATE ${busMockSource})
+endif()
+
 file(GLOB_RECURSE integrationTests CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/test/*_test.cpp)
 if(integrationTests AND TARGET risk_server_lib)
   quorvance_add_tests(quorvance_integration_tests

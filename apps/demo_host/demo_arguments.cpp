@@ -22,6 +22,15 @@ const std::map<std::string, OptionSetter>& valueSetters() {
   return kSetters;
 }
 
+const std::map<std::string, bool DemoOptions::*>& flags() {
+  static const std::map<std::string, bool DemoOptions::*> kFlags = {
+      {"--debug", &DemoOptions::debug},
+      {"--inspect", &DemoOptions::inspect},
+      {"--json", &DemoOptions::json},
+  };
+  return kFlags;
+}
+
 void takeJourney(DemoOptions& options, const std::string& argument) {
   if (argument.starts_with("-")) throw InputError(argument + ": no such option, see --help");
   if (argument.empty()) throw InputError("the journey's name is empty");
@@ -38,6 +47,11 @@ void checkRiskServer(const std::filesystem::path& program) {
 }
 
 void checkTogether(const DemoOptions& options) {
+  if (options.json && !options.inspect) throw InputError("--json: only with --inspect");
+  if (options.inspect) {
+    if (!options.journey.empty()) throw InputError("--inspect: it plays no journey");
+    return;
+  }
   if (options.journey.empty()) throw InputError("which journey? See --help");
   if (!options.serverUrl) return checkRiskServer(options.riskServer);
   if (options.logFile) throw InputError("--log: a server that runs already keeps its own log");
@@ -49,15 +63,21 @@ void checkTogether(const DemoOptions& options) {
 
 std::string demoUsage() {
   return "usage: demo_host JOURNEY.json [options]\n"
+         "       demo_host --inspect [--json] [--debug]\n"
          "\n"
-         "Plays a user's journey through the library, against a risk server.\n"
+         "Plays a user's journey through the library, against a risk server; or tells what the\n"
+         "library would tell of this device, and sends nothing.\n"
          "\n"
          "  --server URL           a server that runs already (--risk-server is then ignored)\n"
          "  --risk-server PROGRAM  start this risk server on a free port, and end it afterwards\n"
          "  --log FILE             the started risk server appends every call to FILE\n"
          "  --data-folder FOLDER   where the library keeps its state; a temporary folder by "
          "default\n"
-         "  --debug                the library prints its diagnostic lines\n"
+         "  --debug                the library prints its diagnostic lines; it tells more fields\n"
+         "  --inspect              print every field with its source, its cost, and what it is "
+         "sent "
+         "with\n"
+         "  --json                 the same for programs\n"
          "  --help                 print this\n"
          "\n"
          "exit status:\n"
@@ -72,8 +92,9 @@ std::optional<DemoOptions> parseDemoArguments(const std::vector<std::string>& ar
     const std::string& name = arguments[i];
     if (name == "--help") return std::nullopt;
     const auto setter = valueSetters().find(name);
-    if (name == "--debug") {
-      options.debug = true;
+    const auto flag = flags().find(name);
+    if (flag != flags().end()) {
+      options.*flag->second = true;
     } else if (setter == valueSetters().end()) {
       takeJourney(options, name);
     } else if (i + 1 == arguments.size() || arguments[i + 1].empty()) {

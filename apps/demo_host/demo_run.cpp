@@ -8,6 +8,7 @@
 
 #include "apps/demo_host/demo_arguments.h"
 #include "apps/demo_host/demo_errors.h"
+#include "apps/demo_host/inspection_printer.h"
 #include "apps/demo_host/journey.h"
 #include "apps/demo_host/journey_player.h"
 #include "apps/demo_host/server_process.h"
@@ -123,6 +124,7 @@ int runDemo(const std::vector<std::string>& arguments, std::ostream& out, std::o
   int status = kRunFailed;
   try {
     const auto options = parseDemoArguments(arguments);
+    if (options && options->inspect) return printInspection(*options, out);
     if (options) return runParsed(*options, out, error);
     out << demoUsage() << std::flush;
     return kPlayedAsExpected;

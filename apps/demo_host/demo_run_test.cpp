@@ -7,9 +7,11 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "apps/demo_host/demo_errors.h"
+#include "apps/demo_host/inspection_printer.h"
 #include "apps/demo_host/journey_player.h"
 #include "apps/demo_host/server_process.h"
 #include "apps/demo_host/server_tally.h"
@@ -71,6 +73,8 @@ TEST(DemoRunTest, WrongArgumentsEndWithTwoAndSayWhy) {
       {{"a.json", "--risk-server", "/"}, "is no program"},
       {{"a.json", "--server", "ftp://h/"}, "must begin with http"},
       {{"a.json", "--server", "http://h/", "--log", "l"}, "--log"},
+      {{"--json", "a.json"}, "--json: only with --inspect"},
+      {{"--inspect", "a.json"}, "--inspect: it plays no journey"},
       {{kNoJourney, "--server", "http://h/"}, "/nowhere/journey.json: No such file"},
   };
   for (const auto& [arguments, part] : cases) {
@@ -80,6 +84,27 @@ TEST(DemoRunTest, WrongArgumentsEndWithTwoAndSayWhy) {
     EXPECT_EQ(output.out, "");
   }
   EXPECT_EQ(run({"--help"}).status, kPlayedAsExpected);
+}
+
+TEST(InspectionPrinterTest, RecordsHoldWhatIsSentAndTheFieldsEverything) {
+  using std::chrono::microseconds;
+  const std::vector<quorvance::InspectedField> fields = {
+      {"sim_data", "networkType", R"("4G")", true, "modem", microseconds(7), "each session"},
+      {"sim_data", "isVoiceCapable", std::nullopt, false, "modem", microseconds(7), "each session"},
+      {"settings_data", "installKeyboards", R"(["de"])", false, "file", std::nullopt, "never sent"},
+      {"settings_data", "name", "\"" + std::string(60, 'x') + "\u00e9\"", true, "file",
+       microseconds(7), "each session"}};
+  const auto json = nlohmann::json::parse(inspectionJson(fields));
+  EXPECT_EQ(json["sim_data"].dump(), R"({"networkType":"4G"})");
+  EXPECT_FALSE(json["settings_data"].contains("installKeyboards"));
+  ASSERT_EQ(json["fields"].size(), 4U);
+  EXPECT_FALSE(json["fields"][1].contains("value"));
+  EXPECT_EQ(json["fields"][2]["value"].dump(), R"(["de"])");
+  const std::string table = inspectionTable(fields);
+  EXPECT_THAT(table, HasSubstr("\n  isVoiceCapable"));
+  EXPECT_THAT(table, HasSubstr("absent"));
+  EXPECT_THAT(table, HasSubstr("not read"));
+  EXPECT_THAT(table, HasSubstr(std::string(38, 'x') + "... "));
 }
 
 TEST(ServerUrlTest, OnlyABaseUrlIsTaken) {

@@ -9,6 +9,7 @@
 #include "quorvance/check_point_type.h"
 #include "quorvance/crash_model.h"
 #include "quorvance/currency_code.h"
+#include "quorvance/inspection.h"
 #include "quorvance/json.h"
 #include "quorvance/mobile_permission.h"
 #include "quorvance/payment.h"

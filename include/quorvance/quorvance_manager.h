@@ -136,6 +136,14 @@ class QuorvanceManager {
   /// From the permissions as last read; false for a number outside the vocabulary.
   bool ifAuthorizedWithTypeMobilePermission(MobilePermission type) const;
 
+  /// Data about the user that the application has collected (contacts, photo counts, calendars
+  /// ...): a JSON object that the next payload carries once, as "user_data". A session collects its
+  /// own (UserDataSource) and drops this; a change of details neither carries nor drops it.
+  /// Replaces what waits; a JSON null clears it. Anything else, and an object that cannot be
+  /// written (a number that is not finite, more than 128 levels), is ignored: it must not cost the
+  /// next checkpoint its verdict.
+  void setPendingUserData(Json userData);
+
   /// Keeps the crash as a report, to be sent later. Waits for the disk, as no other operation does:
   /// the report is there when it returns, and the process may end.
   void crashEyeDidCatchCrash(const CrashModel& crash);

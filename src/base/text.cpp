@@ -77,6 +77,20 @@ bool isUtf8(std::string_view bytes) {
   return true;
 }
 
+bool isReadableText(std::string_view bytes) {
+  // C0, DEL, and C1, whose second byte follows 0xC2.
+  const auto isControl = [&](std::size_t i) {
+    const auto byte = static_cast<unsigned char>(bytes[i]);
+    return byte < 0x20 || byte == 0x7F ||
+           (byte == 0xC2 && i + 1 < bytes.size() &&
+            static_cast<unsigned char>(bytes[i + 1]) < 0xA0);
+  };
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    if (isControl(i)) return false;
+  }
+  return isUtf8(bytes);
+}
+
 std::string replaceIllFormedUtf8(std::string_view bytes) {
   std::string text;
   text.reserve(bytes.size());

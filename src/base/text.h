@@ -14,6 +14,10 @@ std::string textOf(double number);
 /// Whether the bytes are UTF-8 (RFC 3629: no overlong forms, no surrogates).
 bool isUtf8(std::string_view bytes);
 
+/// Whether the bytes are UTF-8 without control characters (Unicode category Cc): what a device says
+/// of itself and nobody can read is not passed on.
+bool isReadableText(std::string_view bytes);
+
 /// The text with every maximal ill-formed part replaced by U+FFFD.
 std::string replaceIllFormedUtf8(std::string_view bytes);
 

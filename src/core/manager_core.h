@@ -59,6 +59,7 @@ class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this
   void checkSensorForEmulator();
   void onRequestAccess(MobilePermission type);
   bool ifAuthorized(MobilePermission type);
+  void setPendingUserData(Json userData);
   void crashEyeDidCatchCrash(const CrashModel& crash) override;
 
   // Plain fields.

@@ -63,6 +63,10 @@ bool ManagerCore::ifAuthorized(MobilePermission type) {
   return context_->deviceData->isAuthorized(type);
 }
 
+void ManagerCore::setPendingUserData(Json userData) {
+  context_->deviceData->setPendingUserData(std::move(userData));
+}
+
 void ManagerCore::crashEyeDidCatchCrash(const CrashModel& crash) {
   if (crash.isStored) return;
   // The process may be gone a moment later: the report is on the disk when this returns.

@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <limits>
+
+#include "base/json_test_support.h"
 #include "core/manager_world_test_support.h"
 #include "quorvance/account_check_points.h"
 
@@ -72,10 +75,60 @@ TEST(EvidenceTest, DebugLinesTellTheAnswersAndTheTraces) {
 
 TEST(EvidenceTest, PermissionIsAnsweredAsItStandsNow) {
   ManagerWorld world;
-  world.authorization->answers[AuthorizationSubject::camera] = AuthorizationStatus::authorized;
+  auto& answers = world.authorization->answers;
+  answers[AuthorizationSubject::camera] = AuthorizationStatus::authorized;
+  answers[AuthorizationSubject::location] = AuthorizationStatus::authorizedWhenInUse;
   EXPECT_TRUE(world.manager->ifAuthorized(MobilePermission::CAMERA));
-  world.authorization->answers.clear();
+  EXPECT_TRUE(world.manager->ifAuthorized(MobilePermission::AUTHORIZED_WHEN_IN_USE));
+  EXPECT_FALSE(world.manager->ifAuthorized(MobilePermission::AUTHORIZED_ALWAYS));
+  EXPECT_FALSE(world.manager->ifAuthorized(static_cast<MobilePermission>(7)));
+  answers.clear();
   EXPECT_FALSE(world.manager->ifAuthorized(MobilePermission::CAMERA));
+}
+
+TEST(EvidenceTest, PendingUserDataGoesOutWithTheNextPayloadOnce) {
+  ManagerWorld world;
+  world.setup();
+  const auto sent = [&](const CheckPoint& checkPoint) {
+    world.manager->arriveToCheckPoint(checkPoint);
+    world.time->run();
+    const Json body = world.http->sentTo(ManagerWorld::kEventPath).back().body;
+    return body.contains("user_data") ? textOf(body["user_data"]) : "none";
+  };
+  const Json contacts = parsedJson(R"({"contacts":2})");
+  EXPECT_EQ(sent(Launch()), "none");
+  world.manager->setPendingUserData(parsedJson(R"({"contacts":1})"));
+  world.manager->setPendingUserData(contacts);
+  EXPECT_EQ(sent(CheckPoint(CheckPointType::UPDATE_DETAILS)), "none");
+  EXPECT_EQ(sent(Launch()), R"({"contacts":2})");
+  EXPECT_EQ(sent(Launch()), "none");
+  world.manager->setPendingUserData(contacts);
+  world.manager->setPendingUserData(nullptr);
+  EXPECT_EQ(sent(Launch()), "none");
+  world.manager->setPendingUserData(contacts);
+  world.manager->sendDataWithNewSession();
+  world.time->run();
+  EXPECT_EQ(sent(Launch()), "none") << "a session collects its own and drops it";
+}
+
+TEST(EvidenceTest, UserDataThatCannotBeSentIsIgnored) {
+  ManagerWorld world;
+  world.setup();
+  Json deep = Json::object();
+  for (int i = 0; i < 200; ++i) {
+    Json outer = Json::object();
+    outer["a"] = std::move(deep);
+    deep = std::move(outer);
+  }
+  Json endless = Json::object();
+  endless["a"] = std::numeric_limits<double>::infinity();
+  for (const Json& odd : {deep, endless, Json(7), Json("text"), Json::array()}) {
+    world.manager->setPendingUserData(odd);
+    world.manager->arriveToCheckPoint(Launch());
+    world.time->run();
+    EXPECT_FALSE(world.http->sentTo(ManagerWorld::kEventPath).back().body.contains("user_data"));
+  }
+  EXPECT_EQ(world.http->countTo(ManagerWorld::kEventPath), 5U);
 }
 
 // Nothing runs after the call: the report is stored when it returns.

@@ -47,6 +47,7 @@ bool ManagerCore::setup(const std::string& serverUrl, const std::optional<std::s
                textOf(static_cast<double>(after - before)));
   }
   configuration_.ask(shared_from_this());
+  context_->deviceData->refresh();
   return true;
 }
 

@@ -196,6 +196,10 @@ bool QuorvanceManager::ifAuthorizedWithTypeMobilePermission(MobilePermission typ
   return mayEnter() && core_->ifAuthorized(type);
 }
 
+void QuorvanceManager::setPendingUserData(Json userData) {
+  if (mayEnter()) core_->setPendingUserData(std::move(userData));
+}
+
 void QuorvanceManager::crashEyeDidCatchCrash(const CrashModel& crash) {
   if (mayEnter()) core_->crashEyeDidCatchCrash(crash);
 }

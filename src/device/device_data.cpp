@@ -12,7 +12,12 @@ Json textArray(const std::vector<std::string>& texts) {
   return array;
 }
 
-using Fonts = std::optional<std::map<std::string, std::vector<std::string>>>;
+using Families = std::shared_ptr<const std::vector<std::string>>;
+using Fonts = std::shared_ptr<const std::map<std::string, std::vector<std::string>>>;
+
+void writeFamilies(Json& object, std::string_view key, const Families& families) {
+  if (families) putMember(object, key, textArray(*families));
+}
 
 void writeFonts(Json& object, std::string_view key, const Fonts& fonts) {
   if (!fonts) return;
@@ -22,9 +27,11 @@ void writeFonts(Json& object, std::string_view key, const Fonts& fonts) {
 }
 
 // Snapshots are never read back.
-void ignoreFonts(const Json& /*value*/, Fonts& /*member*/) {}
+template <class Type>
+void ignore(const Json& /*value*/, Type& /*member*/) {}
 
-constexpr FieldCodec<Fonts> kFontsCodec = codecOf<Fonts, &writeFonts, &ignoreFonts>();
+constexpr FieldCodec<Families> kFamiliesCodec = codecOf<Families, &writeFamilies, &ignore>();
+constexpr FieldCodec<Fonts> kFontsCodec = codecOf<Fonts, &writeFonts, &ignore>();
 
 constexpr auto kDeviceFields = RecordTable{
     field<&DeviceData::collectTime>("collectTime"),
@@ -42,7 +49,7 @@ constexpr auto kDeviceFields = RecordTable{
     field<&DeviceData::xdpi>("xdpi"),
     field<&DeviceData::ydpi>("ydpi"),
     field<&DeviceData::model>("model"),
-    field<&DeviceData::familyNames>("familyNames"),
+    field<&DeviceData::familyNames>("familyNames", kFamiliesCodec),
     field<&DeviceData::fontForName>("fontForName", kFontsCodec),
     field<&DeviceData::fontCount>("fontCount"),
     field<&DeviceData::idfa>("idfa"),

@@ -4,6 +4,8 @@
 // carry them. Start reading at device_data_manager.h.
 
 #include <cstdint>
+#include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,8 +36,9 @@ struct DeviceData {
   std::optional<std::int64_t> xdpi{};
   std::optional<std::int64_t> ydpi{};
   std::optional<std::string> model{};
-  std::optional<std::vector<std::string>> familyNames{};
-  std::optional<std::map<std::string, std::vector<std::string>>> fontForName{};
+  /// Shared with the cache, null when unknown: fonts are many.
+  std::shared_ptr<const std::vector<std::string>> familyNames{};
+  std::shared_ptr<const std::map<std::string, std::vector<std::string>>> fontForName{};
   std::optional<std::int64_t> fontCount{};
   std::optional<std::string> idfa{};
   std::optional<std::string> deviceCountry{};

@@ -71,7 +71,7 @@ TEST(DeviceDataCollectorTest, WhatTheHostAskedForIsKeptOnceEachInTheOrderOfAskin
 TEST(DeviceDataCollectorTest, DebugModeAddsItsKeysAndPrintsTheDevice) {
   CollectorWorld world;
   DeviceFacts facts;
-  facts.screen.orientation = 1;
+  facts.posture.orientation = 1;
   EXPECT_FALSE(world.collector->deviceDataJson(facts).contains("orientation"));
   const DebugLines debug;
   const Json json = world.collector->deviceDataJson(facts);

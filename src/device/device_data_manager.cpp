@@ -20,7 +20,19 @@ DeviceDataManager::DeviceDataManager(const Platform& platform,
                                      std::shared_ptr<SystemTexts> texts)
     : state_(std::move(state)),
       facts_(std::make_shared<DeviceFactsCache>(platform, std::move(texts))),
+      backgroundQueue_(platform.backgroundQueue),
+      authorization_(platform.authorization),
       collector_(platform, state_) {}
+
+// A source over a bus begins to read with the first question: the first checkpoint may follow.
+void DeviceDataManager::refresh() {
+  if (authorization_) {
+    backgroundQueue_->post(WorkLane::facts, [source = authorization_] {
+      static_cast<void>(PermissionSnapshot::take(*source));
+    });
+  }
+  facts_->refresh();
+}
 
 void DeviceDataManager::whenConfigurationBodyIsReady(Task task) {
   facts_->whenSystemKnown(std::move(task));
@@ -72,7 +84,11 @@ Json DeviceDataManager::buildAdditionalData() {
 }
 
 void DeviceDataManager::setPendingUserData(Json userData) {
-  collector_.setPendingUserData(std::move(userData));
+  if (userData.is_null()) {
+    collector_.takePendingUserData();
+  } else if (userData.is_object() && writeJson(userData)) {
+    collector_.setPendingUserData(std::move(userData));
+  }
 }
 
 bool DeviceDataManager::isAuthorized(MobilePermission permission) const {

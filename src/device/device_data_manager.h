@@ -19,6 +19,9 @@ class DeviceDataManager {
   DeviceDataManager(const Platform& platform, std::shared_ptr<InnerQuorvanceData> state,
                     std::shared_ptr<SystemTexts> texts);
 
+  /// Has everything read that payloads tell, waiting for nothing. From the first time on, a change
+  /// of the network has its facts read again.
+  void refresh();
   // Runs the task on the background queue, once: when what the body tells has been read, or two
   // seconds later at most.
   void whenConfigurationBodyIsReady(Task task);
@@ -36,7 +39,8 @@ class DeviceDataManager {
   /// The permissions and the position of now, and what was asked for.
   Json buildAdditionalData();
 
-  /// Goes with the next payload, and with no other.
+  /// Goes with the next payload, and with no other. Null drops what waits; what is no object or
+  /// cannot be written changes nothing.
   void setPendingUserData(Json userData);
   /// Whether the kind is granted now; asks for that kind alone.
   bool isAuthorized(MobilePermission permission) const;
@@ -48,6 +52,8 @@ class DeviceDataManager {
 
   const std::shared_ptr<InnerQuorvanceData> state_;
   const std::shared_ptr<DeviceFactsCache> facts_;
+  const std::shared_ptr<BackgroundQueue> backgroundQueue_;
+  const std::shared_ptr<AuthorizationSource> authorization_;
   DeviceDataCollector collector_;
 };
 

@@ -61,6 +61,29 @@ TEST(DeviceDataManagerTest, APayloadTellsTheFactsOfOneMoment) {
   EXPECT_EQ(world.getJson(CheckPointType::GENERAL, true).at("sim_data").at("networkType"), "2G");
 }
 
+// A bus answers the second question: the first payload must not be it.
+TEST(DeviceDataManagerTest, ARefreshHasEverythingReadAheadAndThePermissionsAskedFor) {
+  PayloadWorld world;
+  world.screen->facts.nativeWidth = 1080.0;
+  world.manager->refresh();
+  EXPECT_EQ(world.authorization->questions, 0) << "inside the call";
+  world.time->run();
+  EXPECT_GT(world.authorization->questions, 0);
+  EXPECT_EQ(world.getJson(CheckPointType::GENERAL, true).at("device_data").at("xdpi"), 1080);
+}
+
+// Whatever source the host put in.
+TEST(DeviceDataManagerTest, TheSimulatorsVariableNamesTheModelBeforeAnySource) {
+  PayloadWorld world;
+  world.environment->variables["SIMULATOR_MODEL_IDENTIFIER"] = "Sim1,2";
+  world.manager->refresh();
+  world.time->run();
+  const Json payload = world.getJson(CheckPointType::GENERAL, true);
+  EXPECT_EQ(world.manager->configurationBody().at("model"), "Sim1,2");
+  EXPECT_EQ(payload.at("device_data").at("model"), "Sim1,2");
+  EXPECT_EQ(payload.at("settings_data").at("isEmulator"), true);
+}
+
 TEST(DeviceDataManagerTest, UpdateDetailsCarriesNothingAndDropsNothing) {
   PayloadWorld world;
   world.manager->setPendingUserData(parsedJson(R"({"a":1})"));

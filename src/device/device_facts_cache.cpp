@@ -3,15 +3,9 @@
 #include <atomic>
 #include <utility>
 
+#include "base/debug.h"
+
 namespace quorvance {
-namespace {
-
-template <class Facts>
-Facts readOrUnknown(const std::shared_ptr<FactSource<Facts>>& source) {
-  return source ? source->read() : Facts{};
-}
-
-}  // namespace
 
 // Whoever comes first, the facts or the clock, lets the task go.
 struct DeviceFactsCache::Waiter {
@@ -29,7 +23,9 @@ DeviceFactsCache::DeviceFactsCache(const Platform& platform, std::shared_ptr<Sys
     : sources_(platform.facts),
       backgroundQueue_(platform.backgroundQueue),
       mainQueue_(platform.mainQueue),
-      texts_(std::move(texts)) {}
+      reachability_(platform.reachability),
+      texts_(std::move(texts)),
+      facts_(std::make_shared<const DeviceFacts>(DeviceFacts{.system = completed({}, *texts_)})) {}
 
 std::shared_ptr<const DeviceFacts> DeviceFactsCache::snapshot() const {
   const std::lock_guard lock(mutex_);
@@ -40,11 +36,17 @@ struct DeviceFactsCache::Round {
   std::vector<std::shared_ptr<Waiter>> waiters;
 };
 
-void DeviceFactsCache::join(NextRound& next, Task task, void (DeviceFactsCache::*read)()) {
+std::shared_ptr<DeviceFactsCache::Waiter> DeviceFactsCache::waiterFor(Task task) {
+  if (!task) return nullptr;
   auto waiter = std::make_shared<Waiter>();
   waiter->queue = backgroundQueue_;
   waiter->task = std::move(task);
   mainQueue_->postAfter(kFactsPatience, [waiter] { waiter->release(); });
+  return waiter;
+}
+
+void DeviceFactsCache::join(NextRound& next, Task task, void (DeviceFactsCache::*step)()) {
+  std::shared_ptr<Waiter> waiter = waiterFor(std::move(task));
   auto round = std::make_shared<Round>();
   {
     const std::lock_guard lock(mutex_);
@@ -52,31 +54,37 @@ void DeviceFactsCache::join(NextRound& next, Task task, void (DeviceFactsCache::
     auto& waiters = waiting ? waiting->waiters : round->waiters;
     // Those whose patience has ended wait no more.
     std::erase_if(waiters, [](const auto& other) { return other->isReleased.load(); });
-    waiters.push_back(std::move(waiter));
+    if (waiter) waiters.push_back(std::move(waiter));
     if (waiting) return;
     next = round;
   }
-  backgroundQueue_->post(WorkLane::facts, [self = shared_from_this(), &next, round, read] {
+  backgroundQueue_->post(WorkLane::facts, [self = shared_from_this(), &next, round, step] {
     {
       const std::lock_guard lock(self->mutex_);
       next.reset();
     }
-    (*self.*read)();
+    (*self.*step)();
     for (const auto& released : round->waiters) released->release();
   });
 }
 
 void DeviceFactsCache::whenSystemKnown(Task task) {
-  join(nextSystemRound_, std::move(task), &DeviceFactsCache::readSystem);
+  join(nextSystemRound_, std::move(task), &DeviceFactsCache::readSystemOnce);
 }
 
 void DeviceFactsCache::whenRefreshed(Task task) {
   join(nextWholeRound_, std::move(task), &DeviceFactsCache::readWhole);
 }
 
-void DeviceFactsCache::readWhole() {
-  readSystem();
-  readAll();
+void DeviceFactsCache::refresh() { whenRefreshed(nullptr); }
+
+// Not in a host call: the first subscription may start a thread.
+void DeviceFactsCache::watchNetwork() {
+  if (!reachability_ || networkSubscription_) return;
+  networkSubscription_ = reachability_->subscribe([weak = weak_from_this()](NetworkKind /*kind*/) {
+    const auto self = weak.lock();
+    if (self) self->join(self->nextNetworkRound_, nullptr, &DeviceFactsCache::readNetworkAlone);
+  });
 }
 
 template <class Change>
@@ -87,28 +95,43 @@ void DeviceFactsCache::change(Change&& changeFacts) {
   facts_ = std::move(fresh);
 }
 
-// Hardware and system do not change under a running process.
-void DeviceFactsCache::readSystem() {
+template <class Group>
+void DeviceFactsCache::readInto(Group DeviceFacts::*member,
+                                Group (*readGroup)(const DeviceFactSources&)) {
+  Group fresh = readGroup(sources_);
+  change([&](DeviceFacts& facts) { facts.*member = std::move(fresh); });
+}
+
+void DeviceFactsCache::readSystemOnce() {
   {
     const std::lock_guard lock(mutex_);
     if (std::exchange(isSystemKnown_, true)) return;
   }
-  SystemFacts system = readOrUnknown(sources_.system);
+  SystemFacts system = readSystem(sources_, *texts_);
   texts_->setSystemVersion(system.systemVersion);
   change([&](DeviceFacts& facts) { facts.system = std::move(system); });
 }
 
-void DeviceFactsCache::readAll() {
-  DeviceFacts fresh;
-  fresh.screen = readOrUnknown(sources_.screen);
-  fresh.fonts = readOrUnknown(sources_.fonts);
-  fresh.power = readOrUnknown(sources_.power);
-  fresh.accessibility = readOrUnknown(sources_.accessibility);
-  fresh.network = readOrUnknown(sources_.network);
-  change([&](DeviceFacts& facts) {
-    fresh.system = facts.system;
-    facts = std::move(fresh);
-  });
+void DeviceFactsCache::readFontsOnce() {
+  if (snapshot()->fonts) return;
+  auto fonts = std::make_shared<const FontFacts>(readFonts(sources_));
+  change([&](DeviceFacts& facts) { facts.fonts = std::move(fonts); });
+}
+
+void DeviceFactsCache::readNetworkAlone() { readInto(&DeviceFacts::network, &readNetwork); }
+
+// What may take longest comes last: what was read before it is told without it.
+void DeviceFactsCache::readWhole() {
+  readSystemOnce();
+  watchNetwork();
+  readInto(&DeviceFacts::screen, &readScreen);
+  readInto(&DeviceFacts::accessibility, &readAccessibility);
+  readNetworkAlone();
+  readInto(&DeviceFacts::storage, &readStorage);
+  readFontsOnce();
+  if (!isInDebugMode()) return;
+  readInto(&DeviceFacts::power, &readPower);
+  readInto(&DeviceFacts::posture, &readPosture);
 }
 
 }  // namespace quorvance

@@ -5,20 +5,9 @@
 #include <mutex>
 #include <vector>
 
-#include "quorvance/platform/platform.h"
-#include "state/system_texts.h"
+#include "device/device_facts.h"
 
 namespace quorvance {
-
-/// Everything that was read of the device, at the moment of the last refresh.
-struct DeviceFacts {
-  SystemFacts system;
-  ScreenFacts screen;
-  FontFacts fonts;
-  PowerFacts power;
-  AccessibilityFacts accessibility;
-  NetworkFacts network;
-};
 
 /// How long a payload waits for facts that are being read.
 inline constexpr std::chrono::seconds kFactsPatience{2};
@@ -27,13 +16,14 @@ inline constexpr std::chrono::seconds kFactsPatience{2};
 /// a file or a bus. Any thread, guarded by one mutex.
 ///
 /// A refresh runs in two steps: what the start-up exchanges need (a few small files), then
-/// everything else. Asks made while one waits to start share it, so a bus that hangs holds one
-/// task.
+/// everything else, group by group, each told as soon as it has been read. Asks made while one
+/// waits to start share it, so a bus that hangs holds one task. System and fonts are read once:
+/// they do not change under a running process. Posture and battery are read in debug mode only.
 class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
  public:
   DeviceFactsCache(const Platform& platform, std::shared_ptr<SystemTexts> texts);
 
-  /// What is known now; never waits.
+  /// What is known now; never waits. Before anything was read: what the environment names.
   std::shared_ptr<const DeviceFacts> snapshot() const;
 
   /// Runs the task on the background queue, once: after the system facts have been read, or when
@@ -41,6 +31,9 @@ class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
   void whenSystemKnown(Task task);
   /// The same after a whole refresh that began with this call or later.
   void whenRefreshed(Task task);
+  /// Asks for a whole refresh that nobody waits for. From the first one on, a change of the network
+  /// has its facts read again.
+  void refresh();
 
  private:
   struct Waiter;
@@ -49,10 +42,16 @@ class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
   struct Round;
   using NextRound = std::weak_ptr<Round>;
 
-  void join(NextRound& next, Task task, void (DeviceFactsCache::*read)());
-  void readSystem();
+  void join(NextRound& next, Task task, void (DeviceFactsCache::*step)());
+  /// Null when there is no task.
+  std::shared_ptr<Waiter> waiterFor(Task task);
+  void readSystemOnce();
+  void readFontsOnce();
+  void readNetworkAlone();
+  void watchNetwork();
   void readWhole();
-  void readAll();
+  template <class Group>
+  void readInto(Group DeviceFacts::*member, Group (*readGroup)(const DeviceFactSources&));
   template <class Change>
   void change(Change&& changeFacts);
 
@@ -60,13 +59,17 @@ class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
   const DeviceFactSources sources_;
   const std::shared_ptr<BackgroundQueue> backgroundQueue_;
   const std::shared_ptr<MainQueue> mainQueue_;
+  const std::shared_ptr<ReachabilityMonitor> reachability_;
   const std::shared_ptr<SystemTexts> texts_;
 
   mutable std::mutex mutex_;
-  std::shared_ptr<const DeviceFacts> facts_ = std::make_shared<const DeviceFacts>();
+  std::shared_ptr<const DeviceFacts> facts_;
   bool isSystemKnown_ = false;
   NextRound nextSystemRound_;
   NextRound nextWholeRound_;
+  NextRound nextNetworkRound_;
+  /// The fact lane's own.
+  std::shared_ptr<void> networkSubscription_;
 };
 
 }  // namespace quorvance

@@ -78,6 +78,101 @@ TEST(DeviceFactsCacheTest, TasksRunAmongTheCompletions) {
   EXPECT_EQ(runs, 2);
 }
 
+class CountedPosture : public FactSource<PostureFacts> {
+ public:
+  int reads = 0;
+  PostureFacts read() override {
+    ++reads;
+    return {};
+  }
+};
+
+TEST(DeviceFactsCacheTest, BatteryAndPostureAreNotEvenReadInProduction) {
+  FactsWorld world;
+  const auto posture = std::make_shared<CountedPosture>();
+  Platform seam = world.platform();
+  seam.facts.posture = posture;
+  const auto cache = std::make_shared<DeviceFactsCache>(seam, world.texts);
+  world.power->battery = {0.5F, 2};
+  cache->refresh();
+  world.time->run();
+  EXPECT_EQ(posture->reads, 0);
+  EXPECT_EQ(cache->snapshot()->power.battery.level, std::nullopt);
+  const DebugLines debug;
+  for (const std::optional<bool> found : {std::optional<bool>(false), {true}, {}}) {
+    world.power->isOn = found;
+    cache->refresh();
+    world.time->run();
+    const PowerFacts power = cache->snapshot()->power;
+    EXPECT_EQ(power.battery.level, 0.5F);
+    EXPECT_EQ(power.isMonitoringEnabled, found);
+    EXPECT_EQ(world.power->isOn, found) << "left as it was found";
+  }
+  EXPECT_EQ(posture->reads, 3);
+}
+
+// The cache is asked by a source that comes later, as by a payload whose patience ends meanwhile.
+TEST(DeviceFactsCacheTest, AGroupThatHangsKeepsNothingBackThatWasReadBefore) {
+  class LateFonts : public FactSource<FontFacts> {
+   public:
+    FontFacts read() override {
+      seen = *cache.lock()->snapshot();
+      return {};
+    }
+    std::weak_ptr<DeviceFactsCache> cache;
+    DeviceFacts seen;
+  };
+  FactsWorld world;
+  const auto fonts = std::make_shared<LateFonts>();
+  Platform seam = world.platform();
+  seam.facts.fonts = fonts;
+  const auto cache = std::make_shared<DeviceFactsCache>(seam, world.texts);
+  fonts->cache = cache;
+  world.screen->facts.nativeWidth = 1080.0;
+  cache->refresh();
+  world.time->run();
+  EXPECT_EQ(fonts->seen.network.radioTechnology, "LTE");
+  EXPECT_EQ(fonts->seen.screen.nativeWidth, 1080.0);
+  EXPECT_EQ(fonts->seen.system.systemVersion, "12");
+}
+
+TEST(DeviceFactsCacheTest, AChangeOfTheNetworkHasItsFactsReadAgain) {
+  FactsWorld world;
+  world.cache->refresh();
+  world.time->run();
+  world.cache->refresh();
+  world.time->run();
+  EXPECT_EQ(world.reachability->listeners(), 1U);
+  world.network->facts.radioTechnology = "Edge";
+  world.screen->facts.nativeWidth = 1080.0;
+  world.reachability->change(NetworkKind::wwan);
+  world.reachability->change(NetworkKind::wlan);
+  EXPECT_EQ(world.time->waiting(), 1U) << "changes made while one waits share its reading";
+  world.time->run();
+  EXPECT_EQ(world.cache->snapshot()->network.radioTechnology, "Edge");
+  EXPECT_EQ(world.cache->snapshot()->screen.nativeWidth, std::nullopt) << "the network alone";
+  world.cache.reset();
+  world.reachability->change(NetworkKind::none);
+}
+
+TEST(DeviceFactsCacheTest, TextThatNobodyCanReadIsAbsentWhoeverToldIt) {
+  FactsWorld world;
+  for (const std::string rubbish : {"", "\x1b[2J", "\xff", "a\nb"}) {
+    SystemFacts& system = world.system->facts;
+    system.model = system.deviceName = system.kindModel = system.systemVersion = rubbish;
+    world.network->facts.carrierName = rubbish;
+    const auto cache = std::make_shared<DeviceFactsCache>(world.platform(), world.texts);
+    cache->refresh();
+    world.time->run();
+    const auto facts = cache->snapshot();
+    EXPECT_EQ(facts->system.model, "x86_64");
+    EXPECT_EQ(facts->system.kindModel, "computer");
+    EXPECT_EQ(facts->system.deviceName, std::nullopt);
+    EXPECT_EQ(world.texts->systemVersion(), std::nullopt);
+    EXPECT_EQ(facts->network.carrierName, std::nullopt);
+  }
+}
+
 TEST(DeviceFactsCacheTest, MissingSourcesAnswerUnknown) {
   TestWorld world;
   Platform seam;
@@ -89,7 +184,8 @@ TEST(DeviceFactsCacheTest, MissingSourcesAnswerUnknown) {
   cache->whenRefreshed([&] { ++runs; });
   world.time->run();
   EXPECT_EQ(runs, 1);
-  EXPECT_EQ(cache->snapshot()->system.model, std::nullopt);
+  EXPECT_EQ(cache->snapshot()->system.deviceName, std::nullopt);
+  EXPECT_EQ(cache->snapshot()->system.model, "x86_64");
 }
 
 }  // namespace

@@ -41,12 +41,12 @@ std::optional<std::int64_t> megabytes(const std::optional<std::int64_t>& bytes) 
   return *bytes / kBytesInMegabyte;
 }
 
-void fillFonts(DeviceData& data, const FontFacts& fonts) {
-  if (fonts.familyNames.empty() && fonts.fontsByFamily.empty()) return;
+void fillFonts(DeviceData& data, const std::shared_ptr<const FontFacts>& fonts) {
+  if (!fonts || (fonts->familyNames.empty() && fonts->fontsByFamily.empty())) return;
   std::int64_t count = 0;
-  for (const auto& entry : fonts.fontsByFamily) count += std::ssize(entry.second);
-  data.familyNames = fonts.familyNames;
-  data.fontForName = fonts.fontsByFamily;
+  for (const auto& entry : fonts->fontsByFamily) count += std::ssize(entry.second);
+  data.familyNames = {fonts, &fonts->familyNames};
+  data.fontForName = {fonts, &fonts->fontsByFamily};
   data.fontCount = count;
 }
 
@@ -59,8 +59,6 @@ void fillSystem(DeviceData& data, const SystemFacts& system) {
     data.userInterfaceIdiom = std::to_string(*system.userInterfaceIdiom);
   }
   data.defaultTimeZone = system.timeZone;
-  // A file system that cannot be asked has size 0, by contract.
-  data.storageSize = megabytes(system.storageBytes).value_or(0);
   data.ramSize = megabytes(system.memoryBytes);
   data.model = system.model;
   data.deviceCountry = system.region;
@@ -71,7 +69,7 @@ void fillDebugFields(DeviceData& data, const DeviceFacts& facts) {
   data.kindModel = facts.system.kindModel;
   data.isMultitaskingSupported = facts.system.isMultitaskingSupported;
   data.systemName = facts.system.systemName;
-  if (const auto orientation = facts.screen.orientation) {
+  if (const auto orientation = facts.posture.orientation) {
     data.isPortrait = *orientation == 1 || *orientation == 2;
     data.isLandscape = *orientation == 3 || *orientation == 4;
     data.isFlat = *orientation == 5 || *orientation == 6;
@@ -79,12 +77,12 @@ void fillDebugFields(DeviceData& data, const DeviceFacts& facts) {
     data.isValidInterfaceOrientation = *orientation >= 1 && *orientation <= 4;
   }
   data.isBatteryMonitoringEnabled = facts.power.isMonitoringEnabled;
-  data.batteryLevel = facts.power.level;
-  if (facts.power.state) data.batteryState = batteryStateName(*facts.power.state);
-  data.isProximityMonitoringEnabled = facts.screen.isProximityMonitoringEnabled;
-  data.proximityState = facts.screen.proximityState;
+  data.batteryLevel = facts.power.battery.level;
+  if (const auto state = facts.power.battery.state) data.batteryState = batteryStateName(*state);
+  data.isProximityMonitoringEnabled = facts.posture.isProximityMonitoringEnabled;
+  data.proximityState = facts.posture.proximityState;
   data.isGeneratingDeviceOrientationNotifications =
-      facts.screen.isGeneratingOrientationNotifications;
+      facts.posture.isGeneratingOrientationNotifications;
 }
 
 }  // namespace
@@ -121,6 +119,8 @@ DeviceData buildDeviceData(const SnapshotInputs& inputs) {
   data.uuid = inputs.vendorIdentifier;
   data.idfa = inputs.advertisingIdentifier;
   fillSystem(data, inputs.facts.system);
+  // A file system that cannot be asked has size 0, by contract.
+  data.storageSize = megabytes(inputs.facts.storage.totalBytes).value_or(0);
   data.screenWidth = truncated(inputs.facts.screen.logicalWidth);
   data.screenHeight = truncated(inputs.facts.screen.logicalHeight);
   data.xdpi = truncated(inputs.facts.screen.nativeWidth);

@@ -14,10 +14,13 @@ namespace {
 DeviceFacts everyFact() {
   DeviceFacts facts;
   facts.system = {"12",    "Sys", "Model-1", "handset",       "Handset", "My phone", 0,
-                  "de_DE", "DE",  "de",      "Europe/Berlin", 3 << 20,   2 << 20,    true};
-  facts.screen = {411.9, 731.4, 1080.0, 1920.0, 3, true, false, true};
-  facts.fonts = {{"B", "A"}, {{"B", {"B-2", "B-1"}}, {"A", {}}}};
-  facts.power = {false, 0.1F, 2};
+                  "de_DE", "DE",  "de",      "Europe/Berlin", 2 << 20,   true};
+  facts.storage = {3 << 20};
+  facts.screen = {411.9, 731.4, 1080.0, 1920.0};
+  facts.fonts =
+      std::make_shared<const FontFacts>(FontFacts{{"B", "A"}, {{"B", {"B-2", "B-1"}}, {"A", {}}}});
+  facts.posture = {3, true, false, true};
+  facts.power = {false, {0.1F, 2}};
   facts.accessibility = {17.0F, 18.5F, 0.1F, true, false, true, false, true, {"en_US"}};
   facts.network = {"LTE", false, true, "262", "01", "Carrier", "DE"};
   return facts;
@@ -77,7 +80,7 @@ TEST(DeviceSnapshotTest, SizesAreWholeMegabytes) {
       {-1'048'577, -1}};
   for (const auto& [bytes, megabytes] : rows) {
     DeviceFacts facts;
-    facts.system.storageBytes = bytes;
+    facts.storage.totalBytes = bytes;
     facts.system.memoryBytes = std::max<std::int64_t>(bytes, 0);
     const DeviceData data = buildDeviceData(inputsOf(facts));
     EXPECT_EQ(data.storageSize, megabytes) << bytes;
@@ -106,7 +109,7 @@ TEST(DeviceSnapshotTest, AnOrientationIsPortraitLandscapeFlatOrNone) {
       {4, "0101", "landscapeRight"}, {7, "0000", "unknown"},  {-1, "0000", "unknown"}};
   for (const auto& [orientation, shape, name] : rows) {
     DeviceFacts facts;
-    facts.screen.orientation = orientation;
+    facts.posture.orientation = orientation;
     const DeviceData data = buildDeviceData(inputsOf(facts, true));
     std::string found;
     for (const auto& flag :

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/text.h"
 #include "quorvance/version.h"
 
 namespace quorvance {
@@ -28,10 +29,16 @@ void SystemTexts::setSystemVersion(std::optional<std::string> version) {
   systemVersion_ = std::move(version);
 }
 
-std::optional<std::string> SystemTexts::deviceModel() const {
+std::optional<std::string> SystemTexts::simulatedModel() const {
   if (!environment_) return std::nullopt;
-  if (auto simulated = environment_->variable(kSimulatorModelVariable)) return simulated;
-  return environment_->machine();
+  auto model = environment_->variable(kSimulatorModelVariable);
+  if (model && (model->empty() || !isReadableText(*model))) model.reset();
+  return model;
+}
+
+std::optional<std::string> SystemTexts::deviceModel() const {
+  if (auto simulated = simulatedModel()) return simulated;
+  return environment_ ? std::optional(environment_->machine()) : std::nullopt;
 }
 
 std::string SystemTexts::sdkVersion() { return QuorvanceSDKVersionString; }

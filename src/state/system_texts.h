@@ -24,7 +24,10 @@ class SystemTexts {
   std::optional<std::string> readSystemVersion();
   void setSystemVersion(std::optional<std::string> version);
 
-  /// "SIMULATOR_MODEL_IDENTIFIER" when that is set, else the machine field of uname(2).
+  /// What the simulator's variable names the model, over every source; absent when it is not set,
+  /// or set to nothing that can be read.
+  std::optional<std::string> simulatedModel() const;
+  /// The same, else the machine field of uname(2).
   std::optional<std::string> deviceModel() const;
 
   /// The library's own version.
@@ -37,7 +40,7 @@ class SystemTexts {
   std::optional<std::string> systemVersion_;
 };
 
-/// Names the device model when it is set.
+/// Names the device model; set to whatever, it is the sign of an emulator.
 inline constexpr std::string_view kSimulatorModelVariable = "SIMULATOR_MODEL_IDENTIFIER";
 
 }  // namespace quorvance

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #pragma GCC visibility push(default)
 
@@ -28,6 +29,23 @@ class AuthorizationSource {
   virtual ~AuthorizationSource() = default;
   virtual bool locationServicesEnabled() = 0;
   virtual AuthorizationStatus status(AuthorizationSubject subject) = 0;
+  /// Whether the first reading has ended.
+  virtual bool hasRead() { return true; }
+  /// Where the answer comes from, for people who review what is collected.
+  virtual std::string origin(AuthorizationSubject subject) const {
+    static_cast<void>(subject);
+    return "the application's own source";
+  }
+};
+
+/// What only the application can know of its user's answers: those of its own dialogues, or of
+/// services that the platform has no authority for (contacts, calendar, reminders, photos). Called
+/// as an AuthorizationSource is.
+class HostAuthorization {
+ public:
+  virtual ~HostAuthorization() = default;
+  /// Absent where the platform is to answer.
+  virtual std::optional<AuthorizationStatus> status(AuthorizationSubject subject) = 0;
 };
 
 /// A position fix; what the receiver does not supply stays unset.

@@ -8,6 +8,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #pragma GCC visibility push(default)
@@ -38,11 +39,15 @@ struct SystemFacts {
   std::optional<std::string> language;
   /// IANA time zone identifier.
   std::optional<std::string> timeZone;
-  /// Size of the file system of the home directory, in bytes.
-  std::optional<std::int64_t> storageBytes;
   /// Physical memory, in bytes.
   std::optional<std::int64_t> memoryBytes;
   std::optional<bool> isMultitaskingSupported;
+};
+
+/// Apart from the system's facts, since a home on a network's disk may hang.
+struct StorageFacts {
+  /// Size of the file system of the home directory, in bytes.
+  std::optional<std::int64_t> totalBytes;
 };
 
 /// The main screen: logical units and native pixels.
@@ -51,6 +56,10 @@ struct ScreenFacts {
   std::optional<double> logicalHeight;
   std::optional<double> nativeWidth;
   std::optional<double> nativeHeight;
+};
+
+/// How the device is held. Read in debug mode only.
+struct PostureFacts {
   /// 0 unknown, 1 portrait, 2 portrait upside down, 3 landscape left, 4 landscape right, 5 face up,
   /// 6 face down.
   std::optional<int> orientation;
@@ -65,13 +74,19 @@ struct FontFacts {
   std::map<std::string, std::vector<std::string>> fontsByFamily;
 };
 
-/// The battery.
-struct PowerFacts {
-  std::optional<bool> isMonitoringEnabled;
+/// What a battery tells while it is monitored.
+struct BatteryReading {
   /// 0.0 to 1.0.
   std::optional<float> level;
   /// 1 unplugged, 2 charging, 3 full, anything else unknown.
   std::optional<int> state;
+};
+
+/// The battery. Read in debug mode only.
+struct PowerFacts {
+  /// The switch as it was found.
+  std::optional<bool> isMonitoringEnabled;
+  BatteryReading battery;
 };
 
 /// Settings of the user interface.
@@ -102,12 +117,31 @@ struct NetworkFacts {
   std::optional<std::string> carrierCountry;
 };
 
-/// One group of facts. `read` is called on the fact lane, one call at a time; it throws nothing.
+/// One group of facts. Called on the fact lane, one call at a time; throws nothing.
 template <class Facts>
 class FactSource {
  public:
   virtual ~FactSource() = default;
   virtual Facts read() = 0;
+  /// Where the member of that name comes from, for people who review what is collected.
+  virtual std::string origin(std::string_view field) const {
+    static_cast<void>(field);
+    return "the application's own source";
+  }
+};
+
+/// The battery, which tells its state only while it is monitored. Called as a FactSource is.
+class PowerSource {
+ public:
+  virtual ~PowerSource() = default;
+  /// Absent where the platform has no such switch; then it is never set.
+  virtual std::optional<bool> isMonitoringEnabled() = 0;
+  virtual void setMonitoringEnabled(bool on) = 0;
+  virtual BatteryReading read() = 0;
+  virtual std::string origin(std::string_view field) const {
+    static_cast<void>(field);
+    return "the application's own source";
+  }
 };
 
 }  // namespace quorvance

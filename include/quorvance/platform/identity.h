@@ -17,6 +17,8 @@ class IdentitySource {
   virtual std::optional<std::string> vendorIdentifier() = 0;
   /// Absent unless the user allows advertising tracking; a UUID as upper-case text.
   virtual std::optional<std::string> advertisingIdentifier() = 0;
+  /// Where the vendor identifier comes from, for people who review what is collected.
+  virtual std::string origin() const { return "the application's own source"; }
 };
 
 }  // namespace quorvance

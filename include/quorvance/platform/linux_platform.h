@@ -24,6 +24,19 @@ struct LinuxPlatformOptions {
   /// $XDG_DATA_HOME (or ~/.local/share) / host identifier / "quorvance". Folders are made with mode
   /// 0700, files with 0600.
   std::optional<std::string> dataFolder;
+  /// The addresses of the buses; absent means those that the environment names, else the usual
+  /// sockets. Only sockets of this machine are used.
+  std::optional<std::string> systemBusAddress;
+  std::optional<std::string> sessionBusAddress;
+  /// Whether asking for the place and for permissions may start the services that answer. Without
+  /// it, one that does not run tells nothing.
+  bool mayStartServices = false;
+  /// What only the application knows; each may be null. Permissions and place are asked of these
+  /// before the system, settings of the user interface field by field.
+  std::shared_ptr<HostAuthorization> authorization;
+  std::shared_ptr<LocationSource> location;
+  std::shared_ptr<FactSource<AccessibilityFacts>> accessibility;
+  std::shared_ptr<UserDataSource> userData;
   /// A main queue of the host's own, for example a HostLoopQueue; absent means a thread.
   std::shared_ptr<MainQueue> mainQueue;
 };

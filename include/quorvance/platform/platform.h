@@ -19,6 +19,7 @@
 #include "quorvance/platform/key_value_store.h"
 #include "quorvance/platform/motion.h"
 #include "quorvance/platform/queues.h"
+#include "quorvance/platform/reachability.h"
 #include "quorvance/platform/user_data.h"
 
 #pragma GCC visibility push(default)
@@ -29,9 +30,11 @@ namespace quorvance {
 struct DeviceFactSources {
   /// Read once, by whichever background thread of the library needs it first.
   std::shared_ptr<FactSource<SystemFacts>> system;
+  std::shared_ptr<FactSource<StorageFacts>> storage;
   std::shared_ptr<FactSource<ScreenFacts>> screen;
   std::shared_ptr<FactSource<FontFacts>> fonts;
-  std::shared_ptr<FactSource<PowerFacts>> power;
+  std::shared_ptr<FactSource<PostureFacts>> posture;
+  std::shared_ptr<PowerSource> power;
   std::shared_ptr<FactSource<AccessibilityFacts>> accessibility;
   std::shared_ptr<FactSource<NetworkFacts>> network;
 };
@@ -55,6 +58,7 @@ struct Platform {
   std::shared_ptr<AuthorizationSource> authorization;
   std::shared_ptr<LocationSource> location;
   std::shared_ptr<UserDataSource> userData;
+  std::shared_ptr<ReachabilityMonitor> reachability;
   std::shared_ptr<MotionSource> motion;
   std::shared_ptr<CrashTrap> crashTrap;
   std::shared_ptr<FaceDetection> faceDetection;

@@ -1,9 +1,12 @@
 #include "quorvance/platform/linux_platform.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <future>
 #include <iterator>
 #include <memory>
@@ -108,6 +111,78 @@ TEST(LinuxPlatformTest, TheDataFolderFollowsTheUsersDirectories) {
   }
   EXPECT_EQ(asPathComponent(std::string(1000, 'x')).size(), 200U);
   EXPECT_EQ(asPathComponent(std::string_view("a\0b", 3)), "a_b");
+}
+
+/// Does something odd to the path, whose folder is there.
+using Oddity = void (*)(const std::string& path);
+
+void putRubbish(const std::string& path) {
+  std::string bytes;
+  for (int i = 0; i < 40'000; ++i) bytes += static_cast<char>(i * 37 % 256);
+  std::ofstream(path, std::ios::binary) << bytes;
+}
+void putHundredMegabytes(const std::string& path) {
+  std::ofstream(path).flush();
+  std::filesystem::resize_file(path, 100 << 20);
+}
+void putLoop(const std::string& path) { std::filesystem::create_symlink(path, path); }
+void putFolder(const std::string& path) { std::filesystem::create_directories(path + "/" + "x"); }
+void putPipe(const std::string& path) { EXPECT_EQ(mkfifo(path.c_str(), 0666), 0); }
+void putForbidden(const std::string& path) {
+  std::ofstream(path) << "Book 14\n";
+  std::filesystem::permissions(path, std::filesystem::perms::none);
+}
+void putHugeNumbers(const std::string& path) {
+  std::ofstream(path) << "99999999999999999999999x99999999999999999999\n";
+}
+
+// None of it is told, none of it hangs.
+TEST(LinuxPlatformTest, AHostileRootTellsNothingOdd) {
+  const char* const paths[] = {"etc/os-release",
+                               "usr/lib/os-release",
+                               "etc/machine-info",
+                               "etc/machine-id",
+                               "etc/locale.conf",
+                               "etc/default/locale",
+                               "etc/timezone",
+                               "etc/localtime",
+                               "etc/default/keyboard",
+                               ".flatpak-info",
+                               "proc/device-tree/model",
+                               "proc/device-tree/chassis-type",
+                               "sys/class/dmi/id/product_name",
+                               "sys/class/dmi/id/chassis_type",
+                               "proc/net/route",
+                               "proc/net/ipv6_route",
+                               "sys/class/drm/card0-DP-1/status",
+                               "sys/class/drm/card0-DP-1/modes",
+                               "sys/class/drm/card0-DP-1/edid",
+                               "sys/class/power_supply/BAT0/type",
+                               "sys/class/power_supply/BAT0/capacity",
+                               "sys/class/power_supply/BAT0/status"};
+  for (const Oddity oddity : {&putRubbish, &putHundredMegabytes, &putLoop, &putFolder, &putPipe,
+                              &putForbidden, &putHugeNumbers}) {
+    const TemporaryFolder root;
+    for (const char* const path : paths) {
+      std::filesystem::create_directories(std::filesystem::path(root.at(path)).parent_path());
+      oddity(root.at(path));
+    }
+    LinuxPlatformOptions options;
+    options.root = root.path();
+    options.environment = {{"HOME", root.path()}};
+    const Platform platform = makeLinuxPlatform(options);
+    const SystemFacts system = platform.facts.system->read();
+    EXPECT_FALSE(system.systemName || system.systemVersion || system.locale || system.timeZone);
+    const bool mayRead = oddity == &putForbidden && geteuid() == 0;
+    const bool isText = mayRead || oddity == &putHugeNumbers;
+    EXPECT_EQ(system.model == platform.environment->machine(), !isText) << *system.model;
+    EXPECT_FALSE(platform.facts.screen->read().nativeWidth);
+    const BatteryReading battery = platform.facts.power->read();
+    EXPECT_FALSE(battery.level || battery.state);
+    EXPECT_FALSE(platform.facts.network->read().isDefaultRouteWireless.value_or(false));
+    EXPECT_EQ(platform.identity->vendorIdentifier().value_or("").size(), 36U);
+    EXPECT_TRUE(platform.facts.accessibility->read().installedKeyboards.empty());
+  }
 }
 
 TEST(LinuxPlatformTest, TheEnvironmentIsACopy) {

@@ -1,15 +1,19 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "quorvance/platform/authorization.h"
 #include "quorvance/platform/device_facts.h"
 #include "quorvance/platform/environment.h"
 #include "quorvance/platform/face_detection.h"
 #include "quorvance/platform/identity.h"
+#include "quorvance/platform/reachability.h"
 
 namespace quorvance {
 
@@ -43,13 +47,49 @@ class FakeFacts : public FactSource<Facts> {
   Facts read() override { return facts; }
 };
 
+/// A battery that is read only while it is monitored.
+class FakePower : public PowerSource {
+ public:
+  /// Absent: there is no switch.
+  std::optional<bool> isOn = false;
+  BatteryReading battery;
+
+  std::optional<bool> isMonitoringEnabled() override { return isOn; }
+  void setMonitoringEnabled(bool on) override { isOn = on; }
+  BatteryReading read() override { return isOn.value_or(true) ? battery : BatteryReading{}; }
+};
+
+class FakeReachability : public ReachabilityMonitor {
+ public:
+  NetworkKind now = NetworkKind::unknown;
+
+  NetworkKind kind() override { return now; }
+  std::shared_ptr<void> subscribe(NetworkListener listener) override {
+    auto subscription = std::make_shared<NetworkListener>(std::move(listener));
+    listeners_.push_back(subscription);
+    return subscription;
+  }
+  void change(NetworkKind kind) {
+    now = kind;
+    for (const auto& listener : listeners_) {
+      if (const auto alive = listener.lock()) (*alive)(kind);
+    }
+  }
+  std::size_t listeners() const { return listeners_.size(); }
+
+ private:
+  std::vector<std::weak_ptr<NetworkListener>> listeners_;
+};
+
 class FakeAuthorization : public AuthorizationSource {
  public:
   bool isLocationOn = true;
   std::map<AuthorizationSubject, AuthorizationStatus> answers;
+  int questions = 0;
 
   bool locationServicesEnabled() override { return isLocationOn; }
   AuthorizationStatus status(AuthorizationSubject subject) override {
+    ++questions;
     const auto found = answers.find(subject);
     return found == answers.end() ? AuthorizationStatus::notDetermined : found->second;
   }

@@ -45,7 +45,9 @@ Platform TestWorld::platform() const {
   platform.facts.system = system;
   platform.facts.network = network;
   platform.facts.screen = screen;
+  platform.facts.posture = posture;
   platform.facts.power = power;
+  platform.reachability = reachability;
   platform.authorization = authorization;
   platform.location = location;
   platform.faceDetection = face;

@@ -30,7 +30,9 @@ struct TestWorld {
   std::shared_ptr<FakeFacts<SystemFacts>> system = std::make_shared<FakeFacts<SystemFacts>>();
   std::shared_ptr<FakeFacts<NetworkFacts>> network = std::make_shared<FakeFacts<NetworkFacts>>();
   std::shared_ptr<FakeFacts<ScreenFacts>> screen = std::make_shared<FakeFacts<ScreenFacts>>();
-  std::shared_ptr<FakeFacts<PowerFacts>> power = std::make_shared<FakeFacts<PowerFacts>>();
+  std::shared_ptr<FakeFacts<PostureFacts>> posture = std::make_shared<FakeFacts<PostureFacts>>();
+  std::shared_ptr<FakePower> power = std::make_shared<FakePower>();
+  std::shared_ptr<FakeReachability> reachability = std::make_shared<FakeReachability>();
   std::shared_ptr<FakeAuthorization> authorization = std::make_shared<FakeAuthorization>();
   std::shared_ptr<FakeLocation> location = std::make_shared<FakeLocation>();
   std::shared_ptr<FakeFaceDetection> face = std::make_shared<FakeFaceDetection>();

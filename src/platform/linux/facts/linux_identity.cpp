@@ -88,6 +88,10 @@ std::optional<std::string> LinuxIdentity::vendorIdentifier() {
 
 std::optional<std::string> LinuxIdentity::advertisingIdentifier() { return std::nullopt; }
 
+std::string LinuxIdentity::origin() const {
+  return "HMAC of the vendor, keyed with /etc/machine-id; else a stored random one";
+}
+
 std::string LinuxIdentity::findVendorIdentifier() const {
   const StoredEntry stored = store_->read(kStoredKey);
   if (isUpperCaseUuid(stored.text)) return stored.text;

@@ -35,6 +35,7 @@ class LinuxIdentity : public IdentitySource {
 
   std::optional<std::string> vendorIdentifier() override;
   std::optional<std::string> advertisingIdentifier() override;
+  std::string origin() const override;
 
  private:
   std::string findVendorIdentifier() const;

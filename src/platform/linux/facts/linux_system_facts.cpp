@@ -5,8 +5,10 @@
 #include <sys/sysinfo.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 #include <utility>
 
@@ -17,6 +19,24 @@
 
 namespace quorvance {
 namespace {
+
+constexpr std::string_view kNoOrigin = "nothing on Linux";
+
+// By the members of SystemFacts; of several the first that tells.
+constexpr std::pair<std::string_view, std::string_view> kOrigins[] = {
+    {"systemVersion", "os-release: VERSION_ID"},
+    {"systemName", "os-release: NAME"},
+    {"model", "device tree: model, DMI: product_name, uname: machine"},
+    {"kindModel", "machine-info: CHASSIS, DMI: chassis_type, device tree: chassis-type"},
+    {"localizedModel", "machine-info: CHASSIS, DMI: chassis_type, device tree: chassis-type"},
+    {"deviceName", "machine-info: PRETTY_HOSTNAME, gethostname"},
+    {"locale", "LC_ALL, LC_MESSAGES, LANG, locale.conf, /etc/default/locale"},
+    {"region", "LC_ALL, LC_MESSAGES, LANG, locale.conf, /etc/default/locale"},
+    {"language", "LANGUAGE, then as the locale"},
+    {"timeZone", "TZ, /etc/localtime, /etc/timezone"},
+    {"memoryBytes", "sysinfo"},
+    {"isMultitaskingSupported", "true of every Linux"},
+};
 
 /// Units of some bytes each; absent when nothing could be read or the product is too large.
 std::optional<std::int64_t> bytesOf(std::uint64_t units, std::uint64_t unitBytes) {
@@ -45,6 +65,15 @@ std::optional<std::string> hostName() {
 
 }  // namespace
 
+StorageFacts LinuxStorageFacts::read() {
+  const std::string home = environment_->variable("HOME").value_or("");
+  return {home.empty() ? std::nullopt : fileSystemBytes(home)};
+}
+
+std::string LinuxStorageFacts::origin(std::string_view /*field*/) const {
+  return "statvfs of $HOME: all of it";
+}
+
 LinuxSystemFacts::LinuxSystemFacts(RootFiles files, std::shared_ptr<EnvironmentSource> environment)
     : files_(std::move(files)), environment_(std::move(environment)) {}
 
@@ -54,7 +83,6 @@ SystemFacts LinuxSystemFacts::read() {
   readMachine(facts);
   readLocale(facts);
   facts.timeZone = timeZone();
-  facts.storageBytes = fileSystemBytes(variable("HOME").value_or("/"));
   facts.memoryBytes = physicalMemoryBytes();
   facts.isMultitaskingSupported = true;
   return facts;
@@ -75,13 +103,13 @@ void LinuxSystemFacts::readMachine(SystemFacts& facts) const {
   if (!facts.kindModel) {
     facts.kindModel = chassisKind(files_.fact("/sys/class/dmi/id/chassis_type").value_or(""));
   }
+  if (!facts.kindModel) facts.kindModel = files_.fact("/proc/device-tree/chassis-type");
   facts.localizedModel = facts.kindModel;  // the system has no translations of these words
   facts.deviceName = assigned(info, "PRETTY_HOSTNAME");
   if (!facts.deviceName) facts.deviceName = hostName();
 }
 
 std::optional<std::string> LinuxSystemFacts::model() const {
-  if (auto simulated = variable("SIMULATOR_MODEL_IDENTIFIER")) return simulated;
   if (auto board = files_.fact("/proc/device-tree/model")) return board;
   if (auto product = files_.fact("/sys/class/dmi/id/product_name")) return product;
   return cleanFact(environment_->machine());
@@ -109,6 +137,12 @@ std::optional<std::string> LinuxSystemFacts::timeZone() const {
   if (auto zone = timeZoneOfPath(link.value_or(""))) return zone;
   const std::optional<std::string> named = files_.fact("/etc/timezone");
   return named ? timeZoneOfVariable(*named) : std::nullopt;
+}
+
+std::string LinuxSystemFacts::origin(std::string_view field) const {
+  const auto* const found = std::find_if(std::begin(kOrigins), std::end(kOrigins),
+                                         [&](const auto& row) { return row.first == field; });
+  return std::string(found == std::end(kOrigins) ? kNoOrigin : found->second);
 }
 
 std::optional<std::string> LinuxSystemFacts::variable(std::string_view name) const {

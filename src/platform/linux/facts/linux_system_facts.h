@@ -10,6 +10,19 @@
 
 namespace quorvance {
 
+/// The size of the file system of the user's home. Fact lane only: a home on a network may hang.
+class LinuxStorageFacts : public FactSource<StorageFacts> {
+ public:
+  explicit LinuxStorageFacts(std::shared_ptr<EnvironmentSource> environment)
+      : environment_(std::move(environment)) {}
+
+  StorageFacts read() override;
+  std::string origin(std::string_view field) const override;
+
+ private:
+  const std::shared_ptr<EnvironmentSource> environment_;
+};
+
 /// Hardware, operating system and locale from the files of the system and from the environment.
 /// Fact lane only; may wait for the disk.
 class LinuxSystemFacts : public FactSource<SystemFacts> {
@@ -17,6 +30,7 @@ class LinuxSystemFacts : public FactSource<SystemFacts> {
   LinuxSystemFacts(RootFiles files, std::shared_ptr<EnvironmentSource> environment);
 
   SystemFacts read() override;
+  std::string origin(std::string_view field) const override;
 
  private:
   void readOperatingSystem(SystemFacts& facts) const;

@@ -38,9 +38,20 @@ TEST_F(LinuxSystemFactsTest, AnEmptyRootLeavesWhatTheKernelKnows) {
   EXPECT_EQ(facts.model, LinuxEnvironment({}).machine());
   EXPECT_TRUE(facts.deviceName);
   EXPECT_GT(facts.memoryBytes.value_or(0), 64 << 20);
-  EXPECT_GT(facts.storageBytes.value_or(0), 1 << 20);
   EXPECT_EQ(facts.isMultitaskingSupported, true);
   EXPECT_EQ(facts.userInterfaceIdiom, std::nullopt);
+}
+
+TEST(LinuxStorageFactsTest, AreAllOfTheHomesFileSystem) {
+  const auto bytesOf = [](LinuxEnvironment::Variables variables) {
+    return LinuxStorageFacts(std::make_shared<LinuxEnvironment>(std::move(variables)))
+        .read()
+        .totalBytes;
+  };
+  EXPECT_GT(bytesOf({{"HOME", "/"}}).value_or(0), 1 << 20);
+  EXPECT_EQ(bytesOf({{"HOME", "/no/such/folder"}}), std::nullopt);
+  EXPECT_EQ(bytesOf({{"HOME", "/proc"}}), std::nullopt) << "a file system without a size";
+  EXPECT_EQ(bytesOf({}), std::nullopt);
 }
 
 TEST_F(LinuxSystemFactsTest, TheAdministratorsReleaseFileHidesTheVendors) {
@@ -57,8 +68,25 @@ TEST_F(LinuxSystemFactsTest, TheModelComesFromTheMostTellingSource) {
   EXPECT_EQ(read().model, "Book 14");
   folder_.put("proc/device-tree/model", std::string("Phone X\0", 8));
   EXPECT_EQ(read().model, "Phone X");
-  EXPECT_EQ(read({{"SIMULATOR_MODEL_IDENTIFIER", "Sim1,2"}}).model, "Sim1,2");
-  EXPECT_EQ(read({{"SIMULATOR_MODEL_IDENTIFIER", ""}}).model, "Phone X");
+}
+
+TEST_F(LinuxSystemFactsTest, TextThatNobodyCanReadIsNone) {
+  const std::string_view unreadable[] = {
+      "\x7f"
+      "ELF\x02\x01\x01",
+      "Book\x1b[2J14", "B\xff\xfeok", "Tab\tbook",
+      "Book\xc2\x9b"
+      "14"};
+  for (const std::string_view text : unreadable) {
+    folder_.put("proc/device-tree/model", text);
+    folder_.put("sys/class/dmi/id/product_name", "Book 14\n");
+    folder_.put("etc/os-release", "NAME='" + std::string(text) + "'\nVERSION_ID=12\n");
+    EXPECT_EQ(read().model, "Book 14");
+    EXPECT_EQ(read().systemName, std::nullopt);
+    EXPECT_EQ(read().systemVersion, "12");
+    folder_.put("sys/class/dmi/id/product_name", "Line 1\nLine 2\n");
+    EXPECT_EQ(read().model, LinuxEnvironment({}).machine());
+  }
 }
 
 TEST_F(LinuxSystemFactsTest, TheKindOfDeviceComesFromItsChassis) {
@@ -75,7 +103,10 @@ TEST_F(LinuxSystemFactsTest, TheKindOfDeviceComesFromItsChassis) {
 }
 
 TEST_F(LinuxSystemFactsTest, MachineInfoIsTheUsersOwnWord) {
+  folder_.put("proc/device-tree/chassis-type", std::string("handset\0", 8));
+  EXPECT_EQ(read().kindModel, "handset");
   folder_.put("sys/class/dmi/id/chassis_type", "3\n");
+  EXPECT_EQ(read().kindModel, "desktop");
   folder_.put("etc/machine-info", "PRETTY_HOSTNAME=\"Till no. 5\"\nCHASSIS=tablet\n");
   EXPECT_EQ(read().deviceName, "Till no. 5");
   EXPECT_EQ(read().kindModel, "tablet");

@@ -8,12 +8,15 @@
 #include <filesystem>
 #include <system_error>
 
+#include "base/text.h"
 #include "platform/linux/storage/private_files.h"
 
 namespace quorvance {
 namespace {
 
 constexpr std::size_t kMaxNames = 4096;
+/// No name is longer.
+constexpr std::size_t kMaxTextBytes = 1024;
 
 }  // namespace
 
@@ -21,12 +24,13 @@ std::optional<std::string> cleanFact(std::string_view text) {
   constexpr std::string_view kBlank(" \t\r\n\0", 5);
   const std::size_t first = text.find_first_not_of(kBlank);
   if (first == std::string_view::npos) return std::nullopt;
-  const std::size_t last = text.find_last_not_of(kBlank);
-  return std::string(text.substr(first, last - first + 1));
+  text = text.substr(first, text.find_last_not_of(kBlank) - first + 1);
+  const bool isFact = text.size() <= kMaxTextBytes && isReadableText(text);
+  return isFact ? std::optional<std::string>(text) : std::nullopt;
 }
 
-std::optional<std::string> RootFiles::text(std::string_view path) const {
-  SmallFile file = readSmallFile(underRoot(path), kMaxFactBytes);
+std::optional<std::string> RootFiles::text(std::string_view path, std::size_t maxBytes) const {
+  SmallFile file = readSmallFile(underRoot(path), maxBytes);
   if (file.outcome != SmallFile::Outcome::whole) return std::nullopt;
   return std::move(file.bytes);
 }

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "platform/linux/bus/sd_bus.h"
+#include "platform/linux/facts/root_files.h"
+#include "quorvance/platform/environment.h"
+
+namespace quorvance {
+
+/// Where a bus is and by which library it is spoken to.
+struct BusPlace {
+  /// As D-Bus writes addresses; empty when there is no bus.
+  std::string address;
+  std::span<const char* const> libraryNames = kSdBusNames;
+};
+
+/// The bus of the machine: DBUS_SYSTEM_BUS_ADDRESS, else the usual socket under the root.
+BusPlace systemBusOf(EnvironmentSource& environment, const RootFiles& files);
+/// The bus of the user's session: DBUS_SESSION_BUS_ADDRESS, else the socket in XDG_RUNTIME_DIR.
+BusPlace sessionBusOf(EnvironmentSource& environment);
+
+/// Of a list of addresses those of sockets of this machine: others would reach out to a network or
+/// start a process.
+std::string unixAddressesIn(std::string_view addresses);
+
+}  // namespace quorvance
