@@ -1,8 +1,8 @@
 #pragma once
 
 // The one mechanism behind every vocabulary. A vocabulary is a specialisation of VocabularyTable
-// with `kWords` (by raw order) and, where it differs, `kFirstRaw`, `kFallback` and `kMenuWords`;
-// its source file then instantiates the converter classes.
+// with `kWords` (by raw order), `kLast` (the last value) and, where it differs, `kFirstRaw`,
+// `kFallback` and `kMenuWords`; its source file then instantiates the converter classes.
 
 #include <algorithm>
 #include <array>
@@ -39,11 +39,22 @@ constexpr std::int64_t firstRawOf() {
   }
 }
 
+/// Whether there is a word for each value, and a word for the menu where there are such.
+template <class Value>
+constexpr bool hasAllWords() {
+  using Table = VocabularyTable<Value>;
+  constexpr std::int64_t kCount = static_cast<std::int64_t>(Table::kLast) - firstRawOf<Value>() + 1;
+  if constexpr (requires { Table::kMenuWords; }) {
+    if (std::ssize(Table::kMenuWords) != kCount) return false;
+  }
+  return std::ssize(Table::kWords) == kCount;
+}
+
 /// The word of a value; a value outside the vocabulary is a programming error.
 template <class Value>
 std::string_view wordOf(Value value) {
   constexpr auto& words = VocabularyTable<Value>::kWords;
-  static_assert(areDistinctWords(words));
+  static_assert(areDistinctWords(words) && hasAllWords<Value>());
   constexpr std::int64_t kFirst = firstRawOf<Value>();
   const auto raw = static_cast<std::int64_t>(value);
   if (raw < kFirst || raw >= kFirst + std::ssize(words)) {

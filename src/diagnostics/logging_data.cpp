@@ -10,6 +10,7 @@ namespace quorvance {
 template <>
 struct VocabularyTable<StatusLogginType> {
   static constexpr auto kWords = std::to_array<std::string_view>({"Start", "End", "Middle"});
+  static constexpr StatusLogginType kLast = StatusLogginType::middle;
 };
 
 Json LoggingData::getJson() const {

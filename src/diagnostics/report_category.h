@@ -11,6 +11,8 @@ enum class ReportCategory { bio = 0, crash = 1, communicationError = 2, activity
 
 inline constexpr std::array<std::string_view, 4> kReportCategoryWords = {
     "bio", "crash", "communicationError", "activity"};
+static_assert(kReportCategoryWords[static_cast<std::size_t>(ReportCategory::activity)] ==
+              "activity");
 
 constexpr std::string_view categoryWord(ReportCategory category) {
   return kReportCategoryWords[static_cast<std::size_t>(category)];

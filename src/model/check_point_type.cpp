@@ -10,6 +10,7 @@ struct VocabularyTable<CheckPointType> {
       {"LAUNCH", "REGISTER", "LOGIN", "TRANSACTION", "UPDATE_DETAILS", "ADD_PAYMENT_METHOD",
        "GENERAL", "UPDATE_USER_INFO", "PASSWORD_CHANGE", "NONE"});
   static constexpr CheckPointType kFallback = CheckPointType::GENERAL;
+  static constexpr CheckPointType kLast = CheckPointType::NONE;
 };
 
 template <>
@@ -17,6 +18,7 @@ struct VocabularyTable<CheckPointStatus> {
   static constexpr auto kWords =
       std::to_array<std::string_view>({"APPROVED", "DENIED", "CANCELLED"});
   static constexpr CheckPointStatus kFallback = CheckPointStatus::CANCELLED;
+  static constexpr CheckPointStatus kLast = CheckPointStatus::CANCELLED;
 };
 
 template class VocabularyToString<CheckPointType>;

@@ -11,6 +11,7 @@ struct VocabularyTable<CurrencyCode> {
       std::to_array<std::string_view>({QUORVANCE_CURRENCY_CODES(QUORVANCE_WORD)});
 #undef QUORVANCE_WORD
   static constexpr CurrencyCode kFallback = CurrencyCode::USD;
+  static constexpr CurrencyCode kLast = CurrencyCode::XAG;
 };
 
 static_assert(VocabularyTable<CurrencyCode>::kWords.size() == 179);

@@ -10,6 +10,7 @@ struct VocabularyTable<MobilePermission> {
       {"READ_CONTACTS", "AUTHORIZED_ALWAYS", "AUTHORIZED_WHEN_IN_USE", "CAMERA", "REMINDER",
        "CALENDAR", "PHOTO"});
   static constexpr MobilePermission kFallback = MobilePermission::CALENDAR;
+  static constexpr MobilePermission kLast = MobilePermission::PHOTO;
 };
 
 template class VocabularyToString<MobilePermission>;

@@ -10,6 +10,7 @@ struct VocabularyTable<PaymentMethodType> {
   static constexpr auto kWords =
       std::to_array<std::string_view>({"CREDIT_CARD", "BANK_ACCOUNT", "ECHECK", "UNKNOWN"});
   static constexpr PaymentMethodType kFallback = PaymentMethodType::UNKNOWN;
+  static constexpr PaymentMethodType kLast = PaymentMethodType::UNKNOWN;
 };
 
 template class VocabularyToString<PaymentMethodType>;

@@ -12,6 +12,7 @@ struct VocabularyTable<RiskLevel> {
       {"expire", "undefined", "LOW", "MEDIUM", "HIGH", "VERY_HIGH"});
   static constexpr auto kMenuWords =
       std::to_array<std::string_view>({"expire", "undefined", "low", "medium", "high", "veryHigh"});
+  static constexpr RiskLevel kLast = RiskLevel::veryHigh;
 };
 
 template class VocabularyEnumerator<RiskLevel>;

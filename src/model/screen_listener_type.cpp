@@ -12,6 +12,7 @@ struct VocabularyTable<ScreenListenerType> {
        "PAYMENT_SCREEN", "EMULATOR_CHECK", "GENERAL", "ADD_PAYMENT_SCREEN", "WITHDRAW_SCREEN",
        "DEPOSIT_SCREEN"});
   static constexpr ScreenListenerType kFallback = ScreenListenerType::GENERAL;
+  static constexpr ScreenListenerType kLast = ScreenListenerType::DEPOSIT_SCREEN;
 };
 
 template class VocabularyToString<ScreenListenerType>;

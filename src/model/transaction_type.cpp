@@ -12,6 +12,7 @@ struct VocabularyTable<TransactionType> {
        "INTERNATIONAL_MONEY_TRANSFER", "DEBIT_CARD", "CREDIT_CARD", "GIFT_CARD", "SAVING_DEPOSIT",
        "SAVING_WITHDRAW", "BILL_PAYMENT"});
   static constexpr TransactionType kFallback = TransactionType::P2P;
+  static constexpr TransactionType kLast = TransactionType::BILL_PAYMENT;
 };
 
 template class VocabularyToString<TransactionType>;

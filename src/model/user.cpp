@@ -10,6 +10,7 @@ struct VocabularyTable<VerificationType> {
   static constexpr auto kWords =
       std::to_array<std::string_view>({"VERIFIED", "NOT_VERIFIED", "UNKNOWN"});
   static constexpr VerificationType kFallback = VerificationType::UNKNOWN;
+  static constexpr VerificationType kLast = VerificationType::UNKNOWN;
 };
 
 template class VocabularyToString<VerificationType>;

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string_view>
 
+#include "base/ordered_table.h"
 #include "diagnostics/report_keeper.h"
 
 namespace quorvance {
@@ -27,6 +28,7 @@ enum class Service {
 };
 
 struct ServiceRow {
+  Service service;
   /// Glued to the server's URL as it stands. The server routes on the doubled slashes.
   std::string_view path;
   /// Whether a failed call files a communication-error report.
@@ -34,21 +36,22 @@ struct ServiceRow {
 };
 
 inline constexpr std::array<ServiceRow, 14> kServiceRows = {{
-    {"qrsk-med/3.0//GetDeviceID/", false},
-    {"qrsk-med/3.0/getSdkConfiguration/", false},
-    {"qrsk-med/3.0/SendSessionData/", false},
-    {"qrsk-med/3.0/SendCheckpointEvent/", true},
-    {"qrsk-med/3.0/GetCheckpointRisk/", true},
-    {"qrsk-med/3.0//UpdateTransactionResult/", true},
-    {"qrsk-med/3.0/sendScreenListenerEvent/", false},
-    {"qrsk-med/3.0/BiometricData/", true},
-    {"qrsk-med/3.0/SendBiometricImage/", false},
-    {"qrsk-med/3.0/TracingData/", false},
-    {"qrsk-med/3.0/ErrorLogging/", false},
-    {"qrsk-med/3.0/CrashLogging/", true},
-    {"qrsk-med/3.0/ActivityMap/", false},
-    {"qrsk-med/3.0/ThirdPartyCacheEnrichment/", false},
+    {Service::getDeviceId, "qrsk-med/3.0//GetDeviceID/", false},
+    {Service::getSdkConfiguration, "qrsk-med/3.0/getSdkConfiguration/", false},
+    {Service::sendSessionData, "qrsk-med/3.0/SendSessionData/", false},
+    {Service::sendCheckpointEvent, "qrsk-med/3.0/SendCheckpointEvent/", true},
+    {Service::getCheckpointRisk, "qrsk-med/3.0/GetCheckpointRisk/", true},
+    {Service::updateTransactionResult, "qrsk-med/3.0//UpdateTransactionResult/", true},
+    {Service::sendScreenListenerEvent, "qrsk-med/3.0/sendScreenListenerEvent/", false},
+    {Service::biometricData, "qrsk-med/3.0/BiometricData/", true},
+    {Service::sendBiometricImage, "qrsk-med/3.0/SendBiometricImage/", false},
+    {Service::tracingData, "qrsk-med/3.0/TracingData/", false},
+    {Service::errorLogging, "qrsk-med/3.0/ErrorLogging/", false},
+    {Service::crashLogging, "qrsk-med/3.0/CrashLogging/", true},
+    {Service::activityMap, "qrsk-med/3.0/ActivityMap/", false},
+    {Service::thirdPartyCacheEnrichment, "qrsk-med/3.0/ThirdPartyCacheEnrichment/", false},
 }};
+static_assert(isOrderedBy<&ServiceRow::service>(kServiceRows, Service::thirdPartyCacheEnrichment));
 
 constexpr const ServiceRow& rowOf(Service service) {
   return kServiceRows[static_cast<std::size_t>(service)];
@@ -56,9 +59,17 @@ constexpr const ServiceRow& rowOf(Service service) {
 
 /// Where the stored reports of a category go.
 constexpr Service serviceOf(ReportCategory category) {
-  constexpr std::array<Service, 4> kServices = {Service::biometricData, Service::crashLogging,
-                                                Service::errorLogging, Service::activityMap};
-  return kServices[static_cast<std::size_t>(category)];
+  switch (category) {
+    case ReportCategory::bio:
+      return Service::biometricData;
+    case ReportCategory::crash:
+      return Service::crashLogging;
+    case ReportCategory::communicationError:
+      return Service::errorLogging;
+    case ReportCategory::activity:
+      break;
+  }
+  return Service::activityMap;
 }
 
 }  // namespace quorvance

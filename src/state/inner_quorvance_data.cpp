@@ -5,25 +5,28 @@
 #include <utility>
 
 #include "base/milliseconds.h"
+#include "base/ordered_table.h"
 #include "base/uuid.h"
 
 namespace quorvance {
 namespace {
 
 struct KeyRow {
+  StoredKey key;
   // The storage format: the mixed styles stay.
   std::string_view name;
   bool isPersistent;
 };
 
 constexpr std::array<KeyRow, 6> kKeyRows = {{
-    {"permissionList", true},
-    {"deviceId", true},
-    {"user_id", true},
-    {"QV_SESSION_TIME", false},
-    {"QV_SESSION_ID", false},
-    {"serverUrl", true},
+    {StoredKey::permissionList, "permissionList", true},
+    {StoredKey::deviceId, "deviceId", true},
+    {StoredKey::userId, "user_id", true},
+    {StoredKey::sessionTime, "QV_SESSION_TIME", false},
+    {StoredKey::sessionId, "QV_SESSION_ID", false},
+    {StoredKey::serverUrl, "serverUrl", true},
 }};
+static_assert(isOrderedBy<&KeyRow::key>(kKeyRows, StoredKey::serverUrl));
 
 const KeyRow& rowOf(StoredKey key) { return kKeyRows[static_cast<std::size_t>(key)]; }
 

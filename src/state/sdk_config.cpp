@@ -12,6 +12,7 @@ template <>
 struct VocabularyTable<AppRunMode> {
   static constexpr auto kWords =
       std::to_array<std::string_view>({"PRODUCTION", "DEVELOPMENT", "DEMO"});
+  static constexpr AppRunMode kLast = AppRunMode::DEMO;
 };
 
 namespace {

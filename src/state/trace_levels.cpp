@@ -10,6 +10,7 @@ constexpr std::uint32_t kHasRecord = 1U << 8;
 
 constexpr std::uint32_t knownBit(TraceLevel level) { return 1U << (2 * static_cast<int>(level)); }
 constexpr std::uint32_t onBit(TraceLevel level) { return knownBit(level) << 1; }
+static_assert(onBit(TraceLevel::faceVerification) < kHasRecord, "the last level finds its bits");
 
 std::uint32_t bitsOf(TraceLevel level, const std::optional<bool>& value) {
   if (!value) return 0;

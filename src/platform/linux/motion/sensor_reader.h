@@ -13,6 +13,7 @@ namespace quorvance {
 /// last, so that what a listener makes of its sample has the others' values of the same round.
 enum class SensorKind { gravity, gyroscope, magnetometer, accelerometer };
 inline constexpr std::size_t kSensorKinds = 4;
+static_assert(SensorKind::accelerometer == SensorKind{kSensorKinds - 1});
 
 /// Of a sensor that does not tell its rate, or has not told it yet.
 inline constexpr std::chrono::microseconds kUsualSensorInterval{10'000};

@@ -21,6 +21,9 @@ constexpr std::size_t kMaxRunningCompletions = 2;
 constexpr std::size_t kMaxRunningInOrder = 1;
 static_assert(kMaxRunningCompletions + 2 * kMaxRunningInOrder == WorkQueue::kMaxThreads,
               "a task that its lane admits must find a thread");
+static_assert(WorkLane::completions == WorkLane{0} && WorkLane::files == WorkLane{1} &&
+                  WorkLane::facts == WorkLane{2},
+              "lanes are kept in this order");
 
 }  // namespace
 
