@@ -122,15 +122,6 @@ TEST(WriteJsonTest, KeepsTheOrderOfMembersAndTheKindOfNumbers) {
   EXPECT_EQ(writeJsonIndented(parsedJson(R"({"a":[1]})")), "{\n  \"a\": [\n    1\n  ]\n}");
 }
 
-TEST(JsonMembersTest, SetOverwritesInPlaceAndPutAppends) {
-  Json object = makeObject(2);
-  putMember(object, "a", Json(1));
-  putMember(object, "b", Json(2));
-  setMember(object, "a", Json("x"));
-  setMember(object, "c", Json(nullptr));
-  EXPECT_EQ(compactText(object), R"({"a":"x","b":2,"c":null})");
-}
-
 TEST(JsonMembersTest, FindersTakeTheirOwnKindOnly) {
   const auto found = [](const Json& object) {
     std::string kinds;

@@ -70,11 +70,8 @@ TEST(ReportStoreTest, FailuresAreSilentAndOnlyWriteErrorsAreNotLogged) {
   EXPECT_FALSE(world.reports->storeReport(smallReport(), ReportCategory::crash));
   EXPECT_EQ(world.tracing->size(), 1U);
   world.documents->listError.reset();
-  Json unwritable = Json::object();
-  unwritable["x"] = std::nan("");
-  EXPECT_FALSE(world.reports->storeReport(unwritable, ReportCategory::crash));
-  EXPECT_EQ(world.tracing->size(), 2U);
   world.documents->removeError = full;
+  EXPECT_FALSE(world.reports->storeReport(Json(std::nan("")), ReportCategory::crash));
   world.reports->removeReport("crash1.json");
   EXPECT_EQ(world.tracing->size(), 3U);
   EXPECT_THAT(world.documents->files, IsEmpty());
