@@ -71,7 +71,7 @@ std::shared_ptr<quorvance::QuorvanceManager> makeManager(const Journey& journey,
 }
 
 // Waits for the last calls and adds what became of all to the faults.
-void closeBooks(const std::string& url, const std::optional<Tally>& before, JourneyResult& result,
+void checkTally(const std::string& url, const std::optional<Tally>& before, JourneyResult& result,
                 JourneyPrinter& printer) {
   if (!before) {
     std::this_thread::sleep_for(kLastCallsTimeWithoutTally);
@@ -103,7 +103,7 @@ JourneyResult playJourney(const DemoOptions& options, const Journey& journey,
   printer.print("session            " + manager->getSessionId().value_or("none"));
   printer.printHeading();
   JourneyResult result = player.play(journey.steps);
-  closeBooks(url, before, result, printer);
+  checkTally(url, before, result, printer);
   return result;
 }
 

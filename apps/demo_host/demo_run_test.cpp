@@ -27,9 +27,9 @@ using ::testing::HasSubstr;
 constexpr const char* kNoJourney = "/nowhere/journey.json";
 
 // A port on which nobody listens: bound, so that nobody else takes it, and never listening.
-class DeafPort {
+class UnservedPort {
  public:
-  DeafPort() : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
+  UnservedPort() : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -39,9 +39,9 @@ class DeafPort {
     getsockname(socket_, static_cast<sockaddr*>(raw), &size);
     port_ = ntohs(address.sin_port);
   }
-  ~DeafPort() { close(socket_); }
-  DeafPort(const DeafPort&) = delete;
-  DeafPort& operator=(const DeafPort&) = delete;
+  ~UnservedPort() { close(socket_); }
+  UnservedPort(const UnservedPort&) = delete;
+  UnservedPort& operator=(const UnservedPort&) = delete;
   std::string url() const { return "http://127.0.0.1:" + std::to_string(port_); }
 
  private:
@@ -152,7 +152,7 @@ TEST(TallyTest, AReplyThatIsNoTallyIsNone) {
 }
 
 TEST(TallyTest, ADeadServerIsTold) {
-  const DeafPort port;
+  const UnservedPort port;
   try {
     fetchTally(port.url() + "/");
     FAIL() << "somebody answered";

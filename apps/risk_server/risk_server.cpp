@@ -34,8 +34,8 @@ void RiskServer::start() { listener_.start(wantedPort_); }
 void RiskServer::stop() { listener_.stop(); }
 
 HttpReply RiskServer::answer(const HttpRequest& request) {
-  return ControlDesk::isControl(request.target) ? control_.answer(request)
-                                                : services_.answer(request);
+  return ControlHandler::isControl(request.target) ? control_.answer(request)
+                                                   : services_.answer(request);
 }
 
 std::string RiskServer::url() const {
@@ -79,8 +79,9 @@ bool RiskServer::waitForRefusals(std::uint64_t count, std::chrono::milliseconds 
   return log_.waitForRefusals(count, timeout);
 }
 
-bool RiskServer::waitForStrikes(std::uint64_t count, std::chrono::milliseconds timeout) const {
-  return log_.waitForStrikes(count, timeout);
+bool RiskServer::waitForAppliedFaults(std::uint64_t count,
+                                      std::chrono::milliseconds timeout) const {
+  return log_.waitForAppliedFaults(count, timeout);
 }
 
 }  // namespace risk_server

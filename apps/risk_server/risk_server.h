@@ -1,4 +1,4 @@
-// A local stand-in for the risk server, for the demo, for tests and for an integrator's desk.
+// A local stand-in for the risk server, for the demo, for tests and for integrators.
 //
 // It knows nothing of the library that calls it: what it accepts is contract.json, what it answers
 // are default_config.json and default_rules.json or files in their place. Start reading here;
@@ -15,11 +15,11 @@
 #include <vector>
 
 #include "apps/risk_server/contract/contract.h"
-#include "apps/risk_server/control_desk.h"
-#include "apps/risk_server/exchange_log.h"
+#include "apps/risk_server/control_handler.h"
+#include "apps/risk_server/exchanges/exchange_log.h"
 #include "apps/risk_server/faults/fault_list.h"
 #include "apps/risk_server/http/http_listener.h"
-#include "apps/risk_server/service_desk.h"
+#include "apps/risk_server/service_handler.h"
 #include "apps/risk_server/verdicts/verdict_rules.h"
 
 namespace risk_server {
@@ -64,7 +64,8 @@ class RiskServer {
   // nothing when it is wrong. Replies that are already held back stay so.
   void setFaults(std::string_view json);
   void clearFaults();
-  // What GET /control/faults shows: each fault, its "calls" and how many it "struck".
+  // What GET /control/faults shows: each fault, its "calls" and to how many it was applied
+  // ("struck").
   Json faults() const;
 
   // Down: connections are refused, those that are there end, the port is kept. goDown() lasts until
@@ -81,9 +82,9 @@ class RiskServer {
   bool waitForCalls(const std::string& path, std::uint64_t count,
                     std::chrono::milliseconds timeout) const;
   bool waitForRefusals(std::uint64_t count, std::chrono::milliseconds timeout) const;
-  // Blocks until faults struck so often, whichever they were. A call or a strike is counted when
-  // the reply was decided, which is before it was held back, sent or lost.
-  bool waitForStrikes(std::uint64_t count, std::chrono::milliseconds timeout) const;
+  // Blocks until faults were applied so often, whichever they were. A call or a fault is counted
+  // when the reply was decided, which is before it was held back, sent or lost.
+  bool waitForAppliedFaults(std::uint64_t count, std::chrono::milliseconds timeout) const;
 
  private:
   HttpReply answer(const HttpRequest& request);
@@ -91,8 +92,8 @@ class RiskServer {
   const Contract contract_;
   ExchangeLog log_;
   FaultList faults_;
-  ServiceDesk services_;
-  ControlDesk control_;
+  ServiceHandler services_;
+  ControlHandler control_;
   const int wantedPort_;
   HttpListener listener_;  // last: its threads use what stands above
 };

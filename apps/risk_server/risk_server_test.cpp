@@ -21,7 +21,7 @@ using sample::rawPost;
 constexpr const char* kRiskPath = "/qrsk-med/3.0/GetCheckpointRisk/";
 constexpr const char* kDevicePath = "/qrsk-med/3.0//GetDeviceID/";
 constexpr const char* kConfigPath = "/qrsk-med/3.0/getSdkConfiguration/";
-constexpr std::chrono::seconds kPatience{30};
+constexpr std::chrono::seconds kTestTimeout{30};
 
 struct Answer {
   int status = -1;
@@ -150,7 +150,7 @@ TEST_F(RiskServerTest, answersWhatIsNoWholeRequestAndGoesOn) {
     EXPECT_EQ(answer.substr(8, 5), sent.status) << sent.bytes.substr(0, 40);
     EXPECT_NE(answer.find("{\"error\":"), std::string::npos) << answer;
   }
-  EXPECT_TRUE(server_.waitForRefusals(std::size(kCases), kPatience));
+  EXPECT_TRUE(server_.waitForRefusals(std::size(kCases), kTestTimeout));
   EXPECT_EQ(get("/control/health").status, 200);
 }
 
@@ -196,7 +196,7 @@ TEST_F(RiskServerTest, servesManyClientsAtOnce) {
       for (int call = 0; call < 20; ++call) own->Post(kRiskPath, body, sample::kContentType);
     });
   }
-  EXPECT_TRUE(server_.waitForCalls(kRiskPath, 320, kPatience));
+  EXPECT_TRUE(server_.waitForCalls(kRiskPath, 320, kTestTimeout));
   for (std::thread& thread : clients) thread.join();
 }
 

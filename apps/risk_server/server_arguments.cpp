@@ -91,9 +91,8 @@ std::string usageText() {
          "  GET /control/tally, GET /control/health   tell about it\n"
          "  POST /control/config, /control/rules      replace the configuration, the rules\n"
          "  POST /control/faults                      replaces the faults; GET shows how often "
-         "each "
-         "has\n"
-         "                                            struck, DELETE clears them\n"
+         "each\n"
+         "                                            was applied, DELETE clears them\n"
          "  POST /control/restart {\"downMs\": N}       refuses connections for that time\n"
          "docs/risk_server.md explains rules and faults. SIGTERM and SIGINT stop it.\n";
 }

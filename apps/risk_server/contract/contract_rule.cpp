@@ -117,22 +117,23 @@ std::optional<Mismatch> ObjectRule::check(const Json& value) const {
   return checkSame(value);
 }
 
-bool ObjectRule::hasOnlyTheFew(const Json& value) const {
-  const auto& few = shape_.orOnly;
+bool ObjectRule::hasOnlyListedKeys(const Json& value) const {
+  const auto& listed = shape_.orOnly;
   for (const auto& [key, member] : value.items()) {
-    if (std::find(few.begin(), few.end(), key) == few.end()) return false;
+    if (std::find(listed.begin(), listed.end(), key) == listed.end()) return false;
   }
-  return !few.empty();
+  return !listed.empty();
 }
 
 std::optional<Mismatch> ObjectRule::checkFields(const Json& value) const {
-  const bool isShort = hasOnlyTheFew(value);
-  const auto& few = shape_.orOnly;
+  const bool isShort = hasOnlyListedKeys(value);
+  const auto& listed = shape_.orOnly;
   for (const FieldRule& field : shape_.fields) {
     const Json* member = findMember(value, field.key);
     if (member == nullptr) {
-      const bool spared = isShort && std::find(few.begin(), few.end(), field.key) == few.end();
-      if (field.required && !spared) return Mismatch{field.key, "missing"};
+      const bool isExempt =
+          isShort && std::find(listed.begin(), listed.end(), field.key) == listed.end();
+      if (field.required && !isExempt) return Mismatch{field.key, "missing"};
       continue;
     }
     if (auto mismatch = field.rule->check(*member)) return std::move(*mismatch).under(field.key);

@@ -96,7 +96,7 @@ class ObjectRule : public ContractRule {
  private:
   std::optional<Mismatch> checkUnknownKeys(const Json& value) const;
   std::optional<Mismatch> checkFields(const Json& value) const;
-  bool hasOnlyTheFew(const Json& value) const;
+  bool hasOnlyListedKeys(const Json& value) const;
   std::optional<Mismatch> checkSame(const Json& value) const;
 
   ObjectShape shape_;

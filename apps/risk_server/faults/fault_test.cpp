@@ -19,7 +19,7 @@ using Clock = std::chrono::steady_clock;
 constexpr const char* kVerdictPath = "/qrsk-med/3.0/GetCheckpointRisk/";
 constexpr const char* kEnrichPath = "/qrsk-med/3.0/ThirdPartyCacheEnrichment/";
 constexpr const char* kOkBody = R"({"response":"OK"})";
-constexpr milliseconds kFaultPatience{30'000};
+constexpr milliseconds kFaultTestTimeout{30'000};
 // Long enough that no test would pass by waiting for it.
 constexpr const char* kVeryLate = R"([{"path": "*", "latency": 600000}])";
 
@@ -148,7 +148,7 @@ TEST_F(FaultTest, latencyDelaysItsOwnReplyAndNoOther) {
   server_.setFaults(kVeryLate);
   RawClient late(server_.url());
   late.send(enrichCall());
-  ASSERT_TRUE(server_.waitForStrikes(1, kFaultPatience));
+  ASSERT_TRUE(server_.waitForAppliedFaults(1, kFaultTestTimeout));
   server_.setFaults(R"([{"path": "*", "latency": 50}])");
   const auto begin = Clock::now();
   const Received received = call();
@@ -165,7 +165,7 @@ TEST_F(FaultTest, sixteenLateRepliesWaitSideBySide) {
     clients.push_back(std::make_unique<RawClient>(server_.url()));
     clients.back()->send(enrichCall());
   }
-  ASSERT_TRUE(server_.waitForStrikes(16, kFaultPatience));
+  ASSERT_TRUE(server_.waitForAppliedFaults(16, kFaultTestTimeout));
   EXPECT_EQ(call().body, kOkBody);
 }
 
@@ -219,7 +219,7 @@ TEST_F(FaultTest, stopsAtOnceWhileRepliesAreHeldBack) {
   for (std::uint64_t i = 1; i <= 4; ++i) {
     clients.push_back(std::make_unique<RawClient>(server_.url()));
     clients.back()->send(enrichCall(""));
-    ASSERT_TRUE(server_.waitForStrikes(i, kFaultPatience));
+    ASSERT_TRUE(server_.waitForAppliedFaults(i, kFaultTestTimeout));
   }
   // Its reply is more than the sockets take: the server waits for this client, who has begun.
   EXPECT_NE(clients.back()->receiveSome(), "");
@@ -236,7 +236,7 @@ TEST_F(FaultTest, aClientThatGivesUpFreesItsPlace) {
   for (std::uint64_t i = 1; i <= kWorkers + 1; ++i) {
     RawClient impatient(server_.url());
     impatient.send(enrichCall(""));
-    ASSERT_TRUE(server_.waitForStrikes(i, kFaultPatience));
+    ASSERT_TRUE(server_.waitForAppliedFaults(i, kFaultTestTimeout));
   }
   server_.clearFaults();
   EXPECT_EQ(call().body, kOkBody);
@@ -263,7 +263,7 @@ TEST_F(FaultTest, goingDownDropsRepliesThatAreHeldBack) {
   server_.setFaults(kVeryLate);
   RawClient late(server_.url());
   late.send(enrichCall(""));
-  ASSERT_TRUE(server_.waitForStrikes(1, kFaultPatience));
+  ASSERT_TRUE(server_.waitForAppliedFaults(1, kFaultTestTimeout));
   server_.goDown();
   EXPECT_EQ(late.receiveAll(), "");
   EXPECT_EQ(late.ending(), Ending::kClosed);
@@ -274,7 +274,7 @@ TEST_F(FaultTest, restartsByItselfWhenTheTimeIsOver) {
   const auto begin = Clock::now();
   server_.restart(milliseconds(50));
   EXPECT_EQ(RawClient(server_.url()).ending(), Ending::kRefused);
-  ASSERT_TRUE(server_.waitUntilUp(kFaultPatience));
+  ASSERT_TRUE(server_.waitUntilUp(kFaultTestTimeout));
   EXPECT_GE(Clock::now() - begin, milliseconds(50));
   EXPECT_EQ(call().body, kOkBody);
 }
@@ -300,7 +300,7 @@ TEST_F(FaultTest, controlSwitchesFaultsAndRestarts) {
   EXPECT_EQ(control("POST", "restart", R"({"down":1})").body,
             R"({"error":"down: not expected here"})");
   EXPECT_EQ(control("POST", "restart", "").body, kOkBody);
-  ASSERT_TRUE(server_.waitUntilUp(kFaultPatience));
+  ASSERT_TRUE(server_.waitUntilUp(kFaultTestTimeout));
   EXPECT_EQ(call().body, kOkBody);
 }
 

@@ -27,8 +27,9 @@ constexpr std::chrono::milliseconds kShortagePause{100};
 // see that the time is over listens again. mutex_ guards what stands below it.
 class HttpListener::Workers {
  public:
-  Workers(Handler handler, Door door)
-      : dispatcher_(RequestDispatcher::make(std::move(handler))), door_(std::move(door)) {}
+  Workers(Handler handler, ConnectionFilter acceptsConnection)
+      : dispatcher_(RequestDispatcher::make(std::move(handler))),
+        acceptsConnection_(std::move(acceptsConnection)) {}
 
   void start(int port) {
     {
@@ -134,7 +135,7 @@ class HttpListener::Workers {
 
   void serve(int descriptor) {
     ClientConnection connection(descriptor);
-    if (!door_()) return;
+    if (!acceptsConnection_()) return;
     {
       const std::lock_guard lock(mutex_);
       live_.insert(&connection);
@@ -149,7 +150,7 @@ class HttpListener::Workers {
   }
 
   const std::unique_ptr<RequestDispatcher> dispatcher_;
-  const Door door_;
+  const ConnectionFilter acceptsConnection_;
   std::vector<std::thread> threads_;
   mutable std::mutex mutex_;
   mutable std::condition_variable changed_;
@@ -160,8 +161,8 @@ class HttpListener::Workers {
   std::optional<Clock::time_point> upAt_;  // while down; none: comeUp() ends it
 };
 
-HttpListener::HttpListener(Handler handler, Door door)
-    : workers_(std::make_unique<Workers>(std::move(handler), std::move(door))) {}
+HttpListener::HttpListener(Handler handler, ConnectionFilter acceptsConnection)
+    : workers_(std::make_unique<Workers>(std::move(handler), std::move(acceptsConnection))) {}
 
 HttpListener::~HttpListener() { stop(); }
 

@@ -14,7 +14,8 @@
 
 namespace risk_server {
 
-// Each connection has a worker as long as it lives; a client keeps up to 32, others want in too.
+// Each connection has a worker as long as it lives; a client keeps up to 32, and it is not the only
+// one.
 inline constexpr int kWorkers = 48;
 
 inline constexpr std::chrono::milliseconds kMaxDownTime{60'000};
@@ -43,15 +44,15 @@ struct HttpReply {
 
 // Life: started, any number of times down and up again on the same port, stopped. start() and
 // stop() by one owner, restart(), goDown() and comeUp() by any thread, the handler's too. The
-// handler and the door are called by many threads at once and must not throw.
+// handler and the filter are called by many threads at once and must not throw.
 class HttpListener {
  public:
   using Handler = std::function<HttpReply(const HttpRequest&)>;
 
   // Whether a connection is served; one that is not is closed as soon as it is accepted.
-  using Door = std::function<bool()>;
+  using ConnectionFilter = std::function<bool()>;
 
-  HttpListener(Handler handler, Door door);
+  HttpListener(Handler handler, ConnectionFilter acceptsConnection);
   ~HttpListener();  // stops
   HttpListener(const HttpListener&) = delete;
   HttpListener& operator=(const HttpListener&) = delete;

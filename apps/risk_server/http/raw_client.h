@@ -27,9 +27,9 @@ class RawClient {
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     address.sin_port = htons(static_cast<std::uint16_t>(std::stoi(url.substr(url.rfind(':') + 1))));
     // Only so that a server that never answers fails the test instead of stopping it.
-    timeval patience{};
-    patience.tv_sec = 30;
-    setsockopt(descriptor_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    timeval timeout{};
+    timeout.tv_sec = 30;
+    setsockopt(descriptor_, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
     if (::connect(descriptor_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
       ending_ = Ending::kOpen;
     }

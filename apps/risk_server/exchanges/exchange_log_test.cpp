@@ -1,4 +1,4 @@
-#include "apps/risk_server/exchange_log.h"
+#include "apps/risk_server/exchanges/exchange_log.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

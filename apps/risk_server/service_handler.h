@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "apps/risk_server/contract/contract.h"
-#include "apps/risk_server/exchange_log.h"
+#include "apps/risk_server/exchanges/exchange_log.h"
 #include "apps/risk_server/faults/fault_list.h"
 #include "apps/risk_server/http/http_listener.h"
 #include "apps/risk_server/verdicts/verdict_rules.h"
@@ -21,12 +21,12 @@ inline constexpr std::size_t kMaxCountedVerdicts = 1000;
 
 // Any thread; mutex_ guards the configuration and the rules, which are replaced whole, and how
 // often each was asked. What it refers to must outlive it.
-class ServiceDesk {
+class ServiceHandler {
  public:
-  ServiceDesk(const Contract& contract, Json configuration, VerdictRules rules,
-              std::string signingKey, FaultList& faults, ExchangeLog& log);
+  ServiceHandler(const Contract& contract, Json configuration, VerdictRules rules,
+                 std::string signingKey, FaultList& faults, ExchangeLog& log);
 
-  // Decides, lets a fault strike, and logs: all before the reply goes out. What a fault does to
+  // Decides, applies a fault, and logs: all before the reply goes out. What a fault does to
   // the reply changes nothing of the decision, so a call counts though its reply is lost.
   HttpReply answer(const HttpRequest& request);
 

@@ -32,13 +32,13 @@ struct Exchange {
   int status = 0;       // 0 when a fault on demand lets no reply go out
   std::string reply;
   std::string fault;          // why the call was refused; empty when it was accepted
-  std::string faultInjected;  // the name of the fault on demand that struck; empty when none did
+  std::string faultInjected;  // the name of the fault on demand that was applied; empty for none
 };
 
 struct Tally {
   std::map<std::string, std::uint64_t> calls;  // accepted calls by full path
   std::uint64_t refused = 0;
-  std::uint64_t struck = 0;  // by faults on demand, connections included
+  std::uint64_t faultsApplied = 0;  // on demand, to connections too
 };
 
 // One line of the log: "request" is the body as JSON, or "requestText" when it is no JSON.
@@ -60,7 +60,7 @@ class ExchangeLog {
   bool waitForCalls(const std::string& path, std::uint64_t count,
                     std::chrono::milliseconds timeout) const;
   bool waitForRefusals(std::uint64_t count, std::chrono::milliseconds timeout) const;
-  bool waitForStrikes(std::uint64_t count, std::chrono::milliseconds timeout) const;
+  bool waitForAppliedFaults(std::uint64_t count, std::chrono::milliseconds timeout) const;
 
  private:
   struct FileCloser {

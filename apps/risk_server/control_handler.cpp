@@ -1,4 +1,4 @@
-#include "apps/risk_server/control_desk.h"
+#include "apps/risk_server/control_handler.h"
 
 #include <exception>
 #include <utility>
@@ -32,43 +32,43 @@ std::chrono::milliseconds downTimeFrom(const std::string& body) {
 
 }  // namespace
 
-struct ControlDesk::Verb {
+struct ControlHandler::Operation {
   std::string_view path;
   std::string_view method;
-  HttpReply (ControlDesk::*answer)(const std::string& body);
+  HttpReply (ControlHandler::*answer)(const std::string& body);
 };
 
-const std::vector<ControlDesk::Verb>& ControlDesk::verbs() {
-  static const std::vector<Verb> kVerbs = {
-      {"/control/tally", "GET", &ControlDesk::showTally},
-      {"/control/health", "GET", &ControlDesk::showHealth},
-      {"/control/config", "POST", &ControlDesk::replaceConfiguration},
-      {"/control/rules", "POST", &ControlDesk::replaceRules},
-      {"/control/faults", "GET", &ControlDesk::showFaults},
-      {"/control/faults", "POST", &ControlDesk::replaceFaults},
-      {"/control/faults", "DELETE", &ControlDesk::clearFaults},
-      {"/control/restart", "POST", &ControlDesk::restart},
+const std::vector<ControlHandler::Operation>& ControlHandler::operations() {
+  static const std::vector<Operation> kOperations = {
+      {"/control/tally", "GET", &ControlHandler::showTally},
+      {"/control/health", "GET", &ControlHandler::showHealth},
+      {"/control/config", "POST", &ControlHandler::replaceConfiguration},
+      {"/control/rules", "POST", &ControlHandler::replaceRules},
+      {"/control/faults", "GET", &ControlHandler::showFaults},
+      {"/control/faults", "POST", &ControlHandler::replaceFaults},
+      {"/control/faults", "DELETE", &ControlHandler::clearFaults},
+      {"/control/restart", "POST", &ControlHandler::restart},
   };
-  return kVerbs;
+  return kOperations;
 }
 
-ControlDesk::ControlDesk(const Contract& contract, ServiceDesk& services, FaultList& faults,
-                         const ExchangeLog& log, Restart restart)
+ControlHandler::ControlHandler(const Contract& contract, ServiceHandler& services,
+                               FaultList& faults, const ExchangeLog& log, Restart restart)
     : contract_(contract),
       services_(services),
       faults_(faults),
       log_(log),
       restart_(std::move(restart)) {}
 
-HttpReply ControlDesk::answer(const HttpRequest& request) {
+HttpReply ControlHandler::answer(const HttpRequest& request) {
   if (!request.fault.empty()) return refusedReply(request.faultStatus, request.fault);
   std::string allowed;
-  for (const Verb& verb : verbs()) {
-    if (verb.path != request.target) continue;
-    allowed += (allowed.empty() ? "" : ", ") + std::string(verb.method);
-    if (verb.method != request.method) continue;
+  for (const Operation& operation : operations()) {
+    if (operation.path != request.target) continue;
+    allowed += (allowed.empty() ? "" : ", ") + std::string(operation.method);
+    if (operation.method != request.method) continue;
     try {
-      return (this->*verb.answer)(request.body);
+      return (this->*operation.answer)(request.body);
     } catch (const InputError& error) {
       return refusedReply(400, error.what());
     } catch (const std::exception& error) {
@@ -80,7 +80,7 @@ HttpReply ControlDesk::answer(const HttpRequest& request) {
                       allowed);
 }
 
-HttpReply ControlDesk::showTally(const std::string& /*body*/) {
+HttpReply ControlHandler::showTally(const std::string& /*body*/) {
   const Tally tally = log_.tally();
   Json calls = Json::object();
   for (const auto& [path, count] : tally.calls) calls[path] = count;
@@ -90,37 +90,37 @@ HttpReply ControlDesk::showTally(const std::string& /*body*/) {
   return jsonReply(json);
 }
 
-HttpReply ControlDesk::showHealth(const std::string& /*body*/) {
+HttpReply ControlHandler::showHealth(const std::string& /*body*/) {
   Json health = Json::object();
   health["status"] = "ready";
   return jsonReply(health);
 }
 
-HttpReply ControlDesk::replaceConfiguration(const std::string& body) {
+HttpReply ControlHandler::replaceConfiguration(const std::string& body) {
   services_.setConfiguration(readServerJson(body, kNameOfBody));
   return acceptedReply("OK");
 }
 
-HttpReply ControlDesk::replaceRules(const std::string& body) {
+HttpReply ControlHandler::replaceRules(const std::string& body) {
   services_.setRules(VerdictRules::fromJson(readServerJson(body, kNameOfBody)));
   return acceptedReply("OK");
 }
 
-HttpReply ControlDesk::showFaults(const std::string& /*body*/) {
+HttpReply ControlHandler::showFaults(const std::string& /*body*/) {
   return jsonReply(faults_.asJson());
 }
 
-HttpReply ControlDesk::replaceFaults(const std::string& body) {
+HttpReply ControlHandler::replaceFaults(const std::string& body) {
   faults_.replace(readFaults(readServerJson(body, kNameOfBody), contract_));
   return acceptedReply("OK");
 }
 
-HttpReply ControlDesk::clearFaults(const std::string& /*body*/) {
+HttpReply ControlHandler::clearFaults(const std::string& /*body*/) {
   faults_.replace({});
   return acceptedReply("OK");
 }
 
-HttpReply ControlDesk::restart(const std::string& body) {
+HttpReply ControlHandler::restart(const std::string& body) {
   restart_(downTimeFrom(body));
   return acceptedReply("OK");
 }

@@ -7,29 +7,29 @@
 #include <string_view>
 
 #include "apps/risk_server/contract/contract.h"
-#include "apps/risk_server/exchange_log.h"
+#include "apps/risk_server/exchanges/exchange_log.h"
 #include "apps/risk_server/faults/fault_list.h"
 #include "apps/risk_server/http/http_listener.h"
-#include "apps/risk_server/service_desk.h"
+#include "apps/risk_server/service_handler.h"
 
 namespace risk_server {
 
 // Any thread; what it refers to must outlive it.
-class ControlDesk {
+class ControlHandler {
  public:
   // Must not block.
   using Restart = std::function<void(std::chrono::milliseconds downTime)>;
 
-  ControlDesk(const Contract& contract, ServiceDesk& services, FaultList& faults,
-              const ExchangeLog& log, Restart restart);
+  ControlHandler(const Contract& contract, ServiceHandler& services, FaultList& faults,
+                 const ExchangeLog& log, Restart restart);
 
   static bool isControl(std::string_view target) { return target.starts_with("/control/"); }
 
   HttpReply answer(const HttpRequest& request);
 
  private:
-  struct Verb;
-  static const std::vector<Verb>& verbs();
+  struct Operation;
+  static const std::vector<Operation>& operations();
 
   HttpReply showTally(const std::string& body);
   HttpReply showHealth(const std::string& body);
@@ -41,7 +41,7 @@ class ControlDesk {
   HttpReply restart(const std::string& body);
 
   const Contract& contract_;
-  ServiceDesk& services_;
+  ServiceHandler& services_;
   FaultList& faults_;
   const ExchangeLog& log_;
   const Restart restart_;

@@ -1,4 +1,4 @@
-#include "apps/risk_server/service_desk.h"
+#include "apps/risk_server/service_handler.h"
 
 #include <chrono>
 #include <exception>
@@ -56,19 +56,19 @@ void noteFault(Exchange& exchange, const Fault& fault) {
 
 }  // namespace
 
-struct ServiceDesk::Outcome {
+struct ServiceHandler::Outcome {
   HttpReply reply;
   std::string fault;  // why the call is refused
 };
 
-ServiceDesk::ServiceDesk(const Contract& contract, Json configuration, VerdictRules rules,
-                         std::string signingKey, FaultList& faults, ExchangeLog& log)
+ServiceHandler::ServiceHandler(const Contract& contract, Json configuration, VerdictRules rules,
+                               std::string signingKey, FaultList& faults, ExchangeLog& log)
     : contract_(contract), signingKey_(std::move(signingKey)), faults_(faults), log_(log) {
   setConfiguration(std::move(configuration));
   setRules(std::move(rules));
 }
 
-HttpReply ServiceDesk::answer(const HttpRequest& request) {
+HttpReply ServiceHandler::answer(const HttpRequest& request) {
   Outcome outcome;
   try {
     outcome = answerService(request);
@@ -76,8 +76,8 @@ HttpReply ServiceDesk::answer(const HttpRequest& request) {
     outcome.fault = std::string("the server failed: ") + error.what();
     outcome.reply = refusedReply(500, outcome.fault);
   }
-  // What is no whole request strikes no fault: none of its path can be known for sure.
-  const auto fault = request.fault.empty() ? faults_.strikeCall(request.target) : nullptr;
+  // No fault is applied to what is no whole request: its path is not known for sure.
+  const auto fault = request.fault.empty() ? faults_.applyToCall(request.target) : nullptr;
   if (fault) outcome.reply = replyUnderFault(*fault, std::move(outcome.reply));
   Exchange exchange = exchangeOf(request, outcome.reply, outcome.fault);
   if (fault) noteFault(exchange, *fault);
@@ -85,8 +85,8 @@ HttpReply ServiceDesk::answer(const HttpRequest& request) {
   return std::move(outcome.reply);
 }
 
-bool ServiceDesk::admitConnection() {
-  const auto fault = faults_.strikeConnection();
+bool ServiceHandler::admitConnection() {
+  const auto fault = faults_.applyToConnection();
   if (!fault) return true;
   Exchange exchange;
   exchange.time = millisecondsNow();
@@ -95,7 +95,7 @@ bool ServiceDesk::admitConnection() {
   return false;
 }
 
-ServiceDesk::Outcome ServiceDesk::answerService(const HttpRequest& request) {
+ServiceHandler::Outcome ServiceHandler::answerService(const HttpRequest& request) {
   const auto refusal = [](int status, const std::string& fault, const std::string& allow = {}) {
     return Outcome{refusedReply(status, fault, allow), fault};
   };
@@ -116,7 +116,8 @@ ServiceDesk::Outcome ServiceDesk::answerService(const HttpRequest& request) {
   return {accept(request.target, *call, *body.value), ""};
 }
 
-HttpReply ServiceDesk::accept(const std::string& path, const ServiceCall& call, const Json& body) {
+HttpReply ServiceHandler::accept(const std::string& path, const ServiceCall& call,
+                                 const Json& body) {
   switch (call.reply) {
     case ReplyKind::kAccepted:
       return acceptedReply("OK");
@@ -130,7 +131,7 @@ HttpReply ServiceDesk::accept(const std::string& path, const ServiceCall& call, 
   return refusedReply(500, "no reply of that kind");
 }
 
-HttpReply ServiceDesk::verdictOn(const std::string& path, const Json& body) {
+HttpReply ServiceHandler::verdictOn(const std::string& path, const Json& body) {
   VerdictQuestion question;
   question.checkpoint = findText(body, "keys.checkpoint").value_or("");
   question.user = percentDecode(findText(body, "keys.user_id").value_or(""));
@@ -148,7 +149,7 @@ HttpReply ServiceDesk::verdictOn(const std::string& path, const Json& body) {
   return jsonReply(reply);
 }
 
-std::uint64_t ServiceDesk::countVerdict(const std::string& path, const std::string& checkpoint) {
+std::uint64_t ServiceHandler::countVerdict(const std::string& path, const std::string& checkpoint) {
   const std::lock_guard lock(mutex_);
   const auto key = std::make_pair(path, checkpoint);
   // A contract of the user's own may allow any word: those beyond the bound count as first calls.
@@ -156,7 +157,7 @@ std::uint64_t ServiceDesk::countVerdict(const std::string& path, const std::stri
   return ++verdicts_[key];
 }
 
-void ServiceDesk::setConfiguration(Json configuration) {
+void ServiceHandler::setConfiguration(Json configuration) {
   if (!configuration.is_object()) {
     throw InputError("the configuration: expected an object, got " +
                      quoteForMessage(configuration));
@@ -166,19 +167,19 @@ void ServiceDesk::setConfiguration(Json configuration) {
   configuration_ = std::move(replacement);
 }
 
-void ServiceDesk::setRules(VerdictRules rules) {
+void ServiceHandler::setRules(VerdictRules rules) {
   auto replacement = std::make_shared<const VerdictRules>(std::move(rules));
   const std::lock_guard lock(mutex_);
   rules_ = std::move(replacement);
   verdicts_.clear();
 }
 
-std::shared_ptr<const Json> ServiceDesk::configuration() const {
+std::shared_ptr<const Json> ServiceHandler::configuration() const {
   const std::lock_guard lock(mutex_);
   return configuration_;
 }
 
-std::shared_ptr<const VerdictRules> ServiceDesk::rules() const {
+std::shared_ptr<const VerdictRules> ServiceHandler::rules() const {
   const std::lock_guard lock(mutex_);
   return rules_;
 }

@@ -1,4 +1,4 @@
-#include "apps/risk_server/exchange_log.h"
+#include "apps/risk_server/exchanges/exchange_log.h"
 
 #include <cerrno>
 #include <system_error>
@@ -53,7 +53,7 @@ void ExchangeLog::record(Exchange exchange) {
     } else if (!exchange.path.empty()) {
       ++tally_.calls[exchange.path];
     }
-    if (!exchange.faultInjected.empty()) ++tally_.struck;
+    if (!exchange.faultInjected.empty()) ++tally_.faultsApplied;
     keep(std::move(exchange));
   }
   recorded_.notify_all();
@@ -97,9 +97,10 @@ bool ExchangeLog::waitForCalls(const std::string& path, std::uint64_t count,
   });
 }
 
-bool ExchangeLog::waitForStrikes(std::uint64_t count, std::chrono::milliseconds timeout) const {
+bool ExchangeLog::waitForAppliedFaults(std::uint64_t count,
+                                       std::chrono::milliseconds timeout) const {
   std::unique_lock lock(mutex_);
-  return recorded_.wait_for(lock, timeout, [&] { return tally_.struck >= count; });
+  return recorded_.wait_for(lock, timeout, [&] { return tally_.faultsApplied >= count; });
 }
 
 bool ExchangeLog::waitForRefusals(std::uint64_t count, std::chrono::milliseconds timeout) const {
