@@ -41,7 +41,7 @@ struct ControlHandler::Operation {
 const std::vector<ControlHandler::Operation>& ControlHandler::operations() {
   static const std::vector<Operation> kOperations = {
       {"/control/tally", "GET", &ControlHandler::showTally},
-      {"/control/health", "GET", &ControlHandler::showHealth},
+      {kHealthPath, "GET", &ControlHandler::showHealth},
       {"/control/config", "POST", &ControlHandler::replaceConfiguration},
       {"/control/rules", "POST", &ControlHandler::replaceRules},
       {"/control/faults", "GET", &ControlHandler::showFaults},

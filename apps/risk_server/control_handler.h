@@ -14,7 +14,10 @@
 
 namespace risk_server {
 
-// Any thread; what it refers to must outlive it.
+// Answered without a token too: it tells nothing but that the server is there.
+inline constexpr std::string_view kHealthPath = "/control/health";
+
+// Any thread; what it refers to must outlive it. Who may ask is the guard's business.
 class ControlHandler {
  public:
   // Must not block.
@@ -22,8 +25,6 @@ class ControlHandler {
 
   ControlHandler(const Contract& contract, ServiceHandler& services, FaultList& faults,
                  const ExchangeLog& log, Restart restart);
-
-  static bool isControl(std::string_view target) { return target.starts_with("/control/"); }
 
   HttpReply answer(const HttpRequest& request);
 

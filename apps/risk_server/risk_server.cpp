@@ -4,9 +4,27 @@
 
 #include "apps/risk_server/embedded_files.h"
 #include "apps/risk_server/faults/fault_reader.h"
+#include "apps/risk_server/http/json_reply.h"
 #include "apps/risk_server/verdicts/signed_verdict.h"
 
 namespace risk_server {
+namespace {
+
+// What a browser asks for by itself when somebody opens the server's URL: no call, so neither
+// logged nor counted.
+std::optional<HttpReply> replyToBrowser(const HttpRequest& request) {
+  if (request.method != "GET" && request.method != "HEAD") return std::nullopt;
+  HttpReply reply;
+  if (request.target == "/favicon.ico") {
+    reply.status = 204;
+    return reply;
+  }
+  if (request.target == "/")
+    return refusedReply(404, "no page here; docs/risk_server.md tells more");
+  return std::nullopt;
+}
+
+}  // namespace
 
 RiskServerOptions::RiskServerOptions()
     : contract(Contract::fromJson(readServerJson(embeddedContract(), "contract.json"))),
@@ -15,6 +33,7 @@ RiskServerOptions::RiskServerOptions()
 
 RiskServer::RiskServer(RiskServerOptions options)
     : contract_(std::move(options.contract)),
+      guard_(std::move(options.guard)),
       log_(options.logFile),
       services_(contract_, std::move(options.configuration), std::move(options.rules),
                 options.signingKey.empty() ? randomSigningKey() : std::move(options.signingKey),
@@ -34,8 +53,18 @@ void RiskServer::start() { listener_.start(wantedPort_); }
 void RiskServer::stop() { listener_.stop(); }
 
 HttpReply RiskServer::answer(const HttpRequest& request) {
-  return ControlHandler::isControl(request.target) ? control_.answer(request)
-                                                   : services_.answer(request);
+  if (leadsBelow(request.target, "control")) return answerControl(request, listener_.port());
+  if (auto reply = replyToBrowser(request)) return std::move(*reply);
+  return services_.answer(request);
+}
+
+HttpReply RiskServer::answerControl(const HttpRequest& request, int port) {
+  if (auto refusal = guard_.refusalOfOrigin(request, port)) return std::move(*refusal);
+  const bool isOpen = request.target == kHealthPath;
+  if (auto refusal = guard_.refusalOfToken(request); refusal && !isOpen) return std::move(*refusal);
+  HttpReply reply = control_.answer(request);
+  addSecurityHeaders(reply);
+  return reply;
 }
 
 std::string RiskServer::url() const {

@@ -19,6 +19,7 @@
 #include "apps/risk_server/exchanges/exchange_log.h"
 #include "apps/risk_server/faults/fault_list.h"
 #include "apps/risk_server/http/http_listener.h"
+#include "apps/risk_server/http/request_guard.h"
 #include "apps/risk_server/service_handler.h"
 #include "apps/risk_server/verdicts/verdict_rules.h"
 
@@ -35,6 +36,7 @@ struct RiskServerOptions {
   std::vector<Fault> faults;  // from readFaults() with the same contract
   std::string signingKey;     // random bytes when empty
   std::optional<std::filesystem::path> logFile;
+  GuardOptions guard;  // of the control path
 };
 
 // Life: made (the log file is open), started, any number of times down and up again, stopped; not
@@ -88,8 +90,10 @@ class RiskServer {
 
  private:
   HttpReply answer(const HttpRequest& request);
+  HttpReply answerControl(const HttpRequest& request, int port);
 
   const Contract contract_;
+  const RequestGuard guard_;
   ExchangeLog log_;
   FaultList faults_;
   ServiceHandler services_;

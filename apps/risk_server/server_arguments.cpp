@@ -55,6 +55,14 @@ void setFaultsFile(RiskServerOptions& options, const std::string& file) {
   }
 }
 
+void addControlHost(RiskServerOptions& options, const std::string& name) {
+  if (name.find_first_of(":/ ") != std::string::npos) {
+    throw InputError("--control-host: expected the name of a host, without a port, got \"" + name +
+                     "\"");
+  }
+  options.guard.moreHosts.push_back(name);
+}
+
 const std::map<std::string, OptionSetter>& optionSetters() {
   static const std::map<std::string, OptionSetter> kSetters = {
       {"--port", [](RiskServerOptions& o, const std::string& v) { o.port = portFromText(v); }},
@@ -63,6 +71,8 @@ const std::map<std::string, OptionSetter>& optionSetters() {
       {"--contract", setContractFile},
       {"--signing-key", [](RiskServerOptions& o, const std::string& v) { o.signingKey = v; }},
       {"--log", [](RiskServerOptions& o, const std::string& v) { o.logFile = v; }},
+      {"--control-host", addControlHost},
+      {"--console-token", [](RiskServerOptions& o, const std::string& v) { o.guard.token = v; }},
   };
   return kSetters;
 }
@@ -84,6 +94,8 @@ std::string usageText() {
          "  --signing-key TEXT the key of signed verdicts and device identifiers; random by "
          "default\n"
          "  --log FILE         append a JSON line for every call and its reply\n"
+         "  --control-host NAME    serve the control path under this name of the machine too\n"
+         "  --console-token TEXT   the control path wants \"Authorization: Bearer TEXT\"\n"
          "  --help             print this\n"
          "\n"
          "When it listens it prints \"risk server ready at http://127.0.0.1:PORT/\".\n"

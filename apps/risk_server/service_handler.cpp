@@ -32,7 +32,7 @@ Exchange exchangeOf(const HttpRequest& request, const HttpReply& reply, const st
   exchange.time = millisecondsNow();
   exchange.method = request.method;
   exchange.path = request.target;
-  for (const std::string& type : request.contentTypes) {
+  for (const std::string& type : request.headersNamed("Content-Type")) {
     exchange.contentType += (exchange.contentType.empty() ? "" : ", ") + type;
   }
   exchange.request = request.body;
@@ -106,7 +106,8 @@ ServiceHandler::Outcome ServiceHandler::answerService(const HttpRequest& request
   if (wrongMethod) {
     return refusal(405, "method " + request.method + ": only POST is expected", "POST");
   }
-  if (auto fault = contract_.contentTypeFault(request.contentTypes)) return refusal(400, *fault);
+  if (auto fault = contract_.contentTypeFault(request.headersNamed("Content-Type")))
+    return refusal(400, *fault);
   const ParsedJson body = parseServerJson(request.body);
   if (!body.value) return refusal(400, "the body is no JSON: " + body.fault);
   if (!body.value->is_object()) {

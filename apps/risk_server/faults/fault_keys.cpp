@@ -89,13 +89,11 @@ bool isHeaderName(const std::string& name) {
 }
 
 // What the parser writes by itself would stand twice, and the client would misread what follows.
-bool framesTheReply(std::string name) {
+bool framesTheReply(const std::string& name) {
   constexpr std::array<std::string_view, 4> kFraming = {"content-length", "transfer-encoding",
                                                         "connection", "keep-alive"};
-  for (char& c : name) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return std::find(kFraming.begin(), kFraming.end(), name) != kFraming.end();
+  return std::any_of(kFraming.begin(), kFraming.end(),
+                     [&](std::string_view framing) { return equalWithoutCase(name, framing); });
 }
 
 void readHeaders(Fault& fault, const Json& value, const std::string& place) {

@@ -283,6 +283,7 @@ TEST_F(FaultTest, controlSwitchesFaultsAndRestarts) {
   const auto control = [&](const std::string& method, const std::string& verb,
                            const std::string& body) {
     return callWith(method + " /control/" + verb + " HTTP/1.1\r\nConnection: close\r\n" +
+                    sample::hostHeader(server_.url()) +
                     "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
   };
   const std::string faults = R"([{"path":"*","status":503,"times":2}])";

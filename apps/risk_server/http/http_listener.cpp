@@ -13,6 +13,7 @@
 #include "apps/risk_server/http/client_connection.h"
 #include "apps/risk_server/http/listening_socket.h"
 #include "apps/risk_server/http/request_dispatcher.h"
+#include "apps/risk_server/http/text_codecs.h"
 
 namespace risk_server {
 namespace {
@@ -160,6 +161,14 @@ class HttpListener::Workers {
   bool isUp_ = false;
   std::optional<Clock::time_point> upAt_;  // while down; none: comeUp() ends it
 };
+
+std::vector<std::string> HttpRequest::headersNamed(std::string_view name) const {
+  std::vector<std::string> values;
+  for (const auto& [key, value] : headers) {
+    if (equalWithoutCase(key, name)) values.push_back(value);
+  }
+  return values;
+}
 
 HttpListener::HttpListener(Handler handler, ConnectionFilter acceptsConnection)
     : workers_(std::make_unique<Workers>(std::move(handler), std::move(acceptsConnection))) {}

@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "apps/risk_server/http/reply_delivery.h"
@@ -24,13 +25,16 @@ inline constexpr std::size_t kMaxBodyBytes = std::size_t{16} << 20;
 
 struct HttpRequest {
   std::string method;
-  std::string target;  // as it came, nothing decoded
-  std::vector<std::string> contentTypes;
+  std::string target;   // as it came, nothing decoded
+  HttpHeaders headers;  // in no order
   std::string body;
   // Why the HTTP layer refuses the request, and the status of that; empty when the request is
   // whole.
   std::string fault;
   int faultStatus = 0;
+
+  // The values of all headers of the name, in any case.
+  std::vector<std::string> headersNamed(std::string_view name) const;
 };
 
 // JSON, unless the headers say something else.

@@ -72,6 +72,12 @@ class RawClient {
   Ending ending_ = Ending::kRefused;
 };
 
+// "Host: 127.0.0.1:PORT" and the end of the line, of "http://127.0.0.1:PORT/".
+inline std::string hostHeader(const std::string& url) {
+  const auto begin = url.find("//") + 2;
+  return "Host: " + url.substr(begin, url.find('/', begin) - begin) + "\r\n";
+}
+
 inline std::string rawPost(const std::string& target, const std::string& body,
                            const std::string& headers = {}) {
   return "POST " + target + " HTTP/1.1\r\nHost: x\r\nContent-Type: " + kContentType + "\r\n" +

@@ -25,8 +25,7 @@ HttpRequest requestOf(const httplib::Request& request) {
   HttpRequest made;
   made.method = served.connection->method();
   made.target = served.connection->target();
-  const auto [begin, end] = request.headers.equal_range("Content-Type");
-  for (auto header = begin; header != end; ++header) made.contentTypes.push_back(header->second);
+  made.headers.assign(request.headers.begin(), request.headers.end());
   made.body = request.body;
   return made;
 }

@@ -1,5 +1,6 @@
 #include "apps/risk_server/http/text_codecs.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace risk_server {
@@ -76,6 +77,14 @@ std::optional<std::string> bytesFromHex(std::string_view text) {
     i += 2;
   }
   return bytes;
+}
+
+bool equalWithoutCase(std::string_view one, std::string_view other) {
+  const auto lower = [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  };
+  return std::equal(one.begin(), one.end(), other.begin(), other.end(),
+                    [&](char a, char b) { return lower(a) == lower(b); });
 }
 
 std::string squeezeSlashes(std::string_view path) {

@@ -19,6 +19,9 @@ std::string hexText(std::string_view bytes);
 // The bytes of pairs of hexadecimal digits, blanks between pairs allowed; nothing when it is none.
 std::optional<std::string> bytesFromHex(std::string_view text);
 
+// Whether the texts differ in the case of ASCII letters at most.
+bool equalWithoutCase(std::string_view one, std::string_view other);
+
 // Runs of slashes become one slash.
 std::string squeezeSlashes(std::string_view path);
 
