@@ -113,7 +113,8 @@ ServiceHandler::Outcome ServiceHandler::answerService(const HttpRequest& request
   if (!body.value->is_object()) {
     return refusal(400, "the body: expected an object, got " + quoteForMessage(*body.value));
   }
-  if (const auto mismatch = call->body->check(*body.value)) return refusal(400, mismatch->text());
+  if (const auto mismatch = call->body->firstMismatchOf(*body.value))
+    return refusal(400, mismatch->text());
   return {accept(request.target, *call, *body.value), ""};
 }
 
