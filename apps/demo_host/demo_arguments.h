@@ -21,6 +21,10 @@ struct DemoOptions {
   // No journey: what the library tells of this device is printed, for people or for programs.
   bool inspect = false;
   bool json = false;
+  // Whether the started risk server, and its console, stay when the journey is over.
+  bool stays = false;
+  // Whether a browser is opened on that console.
+  bool opensConsole = false;
 };
 
 std::string demoUsage();

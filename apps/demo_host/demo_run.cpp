@@ -8,6 +8,7 @@
 
 #include "apps/demo_host/demo_arguments.h"
 #include "apps/demo_host/demo_errors.h"
+#include "apps/demo_host/demo_stay.h"
 #include "apps/demo_host/inspection_printer.h"
 #include "apps/demo_host/journey.h"
 #include "apps/demo_host/journey_player.h"
@@ -25,7 +26,8 @@ constexpr std::chrono::seconds kLastCallsTime{10};
 constexpr std::chrono::seconds kLastCallsTimeWithoutTally{1};
 
 std::vector<std::string> serverArguments(const DemoOptions& options, const ServerFiles& files) {
-  std::vector<std::string> arguments = {"--port", "0"};
+  std::vector<std::string> arguments = {"--port", "0", "--console-port",
+                                        options.stays ? "0" : "off"};
   const auto add = [&](const char* name, const std::optional<std::filesystem::path>& file) {
     if (!file) return;
     arguments.emplace_back(name);
@@ -38,12 +40,30 @@ std::vector<std::string> serverArguments(const DemoOptions& options, const Serve
   return arguments;
 }
 
+void showConsole(const DemoOptions& options, ServerProcess& server, JourneyPrinter& printer) {
+  const std::string url = server.readConsoleUrl();
+  printer.print("console            " + url);
+  if (options.opensConsole && !openInBrowser(url)) {
+    printer.print("                   no browser could be opened; open that address yourself");
+  }
+}
+
+void printEnd(const Journey& journey, const JourneyResult& result, JourneyPrinter& printer,
+              std::ostream& error) {
+  for (const std::string& fault : result.faults) error << "demo_host: " + fault + "\n";
+  error.flush();
+  if (!result.faults.empty()) return;
+  printer.print("\nplayed " + std::to_string(journey.steps.size()) + " steps, " +
+                std::to_string(result.verdicts) + " verdicts, all as expected");
+}
+
 // The URL of the server that is to be used, which is started if it is the demo's own.
 std::string serverUrlFor(const DemoOptions& options, const ServerFiles& files,
                          std::optional<ServerProcess>& server, JourneyPrinter& printer) {
   if (!options.serverUrl) {
     server.emplace(options.riskServer, serverArguments(options, files));
     printer.print("risk server        " + server->url() + ", started for this run");
+    if (options.stays) showConsole(options, *server, printer);
     return server->url();
   }
   std::string url = withLastSlash(*options.serverUrl);
@@ -90,7 +110,7 @@ void checkTally(const std::string& url, const std::optional<Tally>& before, Jour
 }
 
 JourneyResult playJourney(const DemoOptions& options, const Journey& journey,
-                          JourneyPrinter& printer) {
+                          JourneyPrinter& printer, std::ostream& error) {
   printer.print(journey.title);
   printer.print("");
   std::optional<ServerProcess> server;
@@ -104,18 +124,19 @@ JourneyResult playJourney(const DemoOptions& options, const Journey& journey,
   printer.printHeading();
   JourneyResult result = player.play(journey.steps);
   checkTally(url, before, result, printer);
+  printEnd(journey, result, printer, error);
+  if (options.stays) {
+    printer.print("\nthe risk server stays; any key or Ctrl-C ends it");
+    waitForKeyOrSignal();
+  }
   return result;
 }
 
 int runParsed(const DemoOptions& options, std::ostream& out, std::ostream& error) {
   const Journey journey = loadJourney(options.journey);
   JourneyPrinter printer(out);
-  const JourneyResult result = playJourney(options, journey, printer);
-  for (const std::string& fault : result.faults) error << "demo_host: " + fault + "\n";
-  if (!result.faults.empty()) return kRunFailed;
-  printer.print("\nplayed " + std::to_string(journey.steps.size()) + " steps, " +
-                std::to_string(result.verdicts) + " verdicts, all as expected");
-  return kPlayedAsExpected;
+  const JourneyResult result = playJourney(options, journey, printer, error);
+  return result.faults.empty() ? kPlayedAsExpected : kRunFailed;
 }
 
 }  // namespace

@@ -24,9 +24,15 @@ int serveUntilStopped(risk_server::RiskServerOptions options) {
   // Before any thread starts, so that all of them inherit it and a signal waits for sigwait.
   const sigset_t signals = stopSignals();
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  const std::string token = options.guard.token;
   risk_server::RiskServer server(std::move(options));
   server.start();
   std::printf("risk server ready at %s\n", server.url().c_str());
+  if (!server.consoleUrl().empty()) {
+    // The page takes the token from behind the "#", which no browser sends anywhere.
+    const std::string rest = token.empty() ? "" : "#token=" + token;
+    std::printf("console at %s\n", (server.consoleUrl() + rest).c_str());
+  }
   std::fflush(stdout);
   int received = 0;
   sigwait(&signals, &received);

@@ -14,6 +14,9 @@
 #include <string_view>
 #include <vector>
 
+#include "apps/risk_server/console_server/event_feed.h"
+#include "apps/risk_server/console_server/exchanges_handler.h"
+#include "apps/risk_server/console_server/server_state.h"
 #include "apps/risk_server/contract/contract.h"
 #include "apps/risk_server/control_handler.h"
 #include "apps/risk_server/exchanges/exchange_log.h"
@@ -36,7 +39,10 @@ struct RiskServerOptions {
   std::vector<Fault> faults;  // from readFaults() with the same contract
   std::string signingKey;     // random bytes when empty
   std::optional<std::filesystem::path> logFile;
-  GuardOptions guard;  // of the control path
+  GuardOptions guard;  // of the control path and the console
+  // The console's own port, so that it stays when the server is down; 0 takes a free one. None: no
+  // console.
+  std::optional<int> consolePort;
 };
 
 // Life: made (the log file is open), started, any number of times down and up again, stopped; not
@@ -56,6 +62,8 @@ class RiskServer {
 
   // "http://127.0.0.1:PORT/".
   std::string url() const;
+  // Alike; empty when there is no console.
+  std::string consoleUrl() const;
 
   // For the calls that come from now on. A configuration is any JSON object, since clients must
   // live with odd ones; anything else throws InputError.
@@ -91,15 +99,24 @@ class RiskServer {
  private:
   HttpReply answer(const HttpRequest& request);
   HttpReply answerControl(const HttpRequest& request, int port);
+  HttpReply answerConsole(const HttpRequest& request);
+  std::optional<HttpReply> replyToBrowser(const HttpRequest& request) const;
 
   const Contract contract_;
   const RequestGuard guard_;
+  ChangeSignal signal_;
   ExchangeLog log_;
   FaultList faults_;
   ServiceHandler services_;
+  const ServerState state_;
+  EventFeed feed_;
   ControlHandler control_;
+  ExchangesHandler exchanges_;
   const int wantedPort_;
-  HttpListener listener_;  // last: its threads use what stands above
+  const std::optional<int> wantedConsolePort_;
+  // Last: their threads use what stands above.
+  HttpListener listener_;
+  HttpListener consoleListener_;
 };
 
 }  // namespace risk_server

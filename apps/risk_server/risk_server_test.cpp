@@ -179,12 +179,60 @@ TEST_F(RiskServerTest, controlReplacesConfigurationAndRulesAndIsNotCounted) {
   EXPECT_EQ(findText(post("/control/rules", std::string(R"([{"risk": 5}])")).body, "error"),
             "[0].risk: expected a text, got 5");
   EXPECT_EQ(post("/control/config", std::string("[]")).status, 400);
-  EXPECT_EQ(get("/control/config").status, 405);
+  EXPECT_EQ(get("/control/config").body.dump(), R"({"app_run_mode":7})");
+  EXPECT_EQ(get("/control/rules").body.dump(), R"([{"risk":"expire"}])");
   EXPECT_EQ(get("/control/other").status, 404);
   EXPECT_EQ(post(kConfigPath, sample::commonBody()).body.dump(), R"({"app_run_mode":7})");
   EXPECT_EQ(get("/control/tally").body.dump(),
             R"({"calls":{"/qrsk-med/3.0/GetCheckpointRisk/":1,)"
             R"("/qrsk-med/3.0/getSdkConfiguration/":2},"refused":0})");
+}
+
+TEST_F(RiskServerTest, replacesOnlyTheVersionThatIsAskedFor) {
+  const auto replaceIf = [&](const std::string& path, const std::string& tag, const char* body) {
+    return answerOf(client()->Post(path, {{"If-Match", tag}}, body, sample::kContentType)).status;
+  };
+  const std::pair<const char*, const char*> kReplaceable[] = {
+      {"/control/rules", "[]"}, {"/control/config", "{}"}, {"/control/faults", "[]"}};
+  for (const auto& [path, body] : kReplaceable) {
+    const std::string tag = client()->Get(path)->get_header_value("ETag");
+    EXPECT_EQ(replaceIf(path, tag, body), 200) << path;
+    EXPECT_EQ(replaceIf(path, tag, body), 412) << path;
+    EXPECT_EQ(replaceIf(path, "1", body), 400) << path;
+    EXPECT_NE(client()->Get(path)->get_header_value("ETag"), tag) << path;
+  }
+}
+
+TEST_F(RiskServerTest, aDryRunTellsWhatOtherRulesChange) {
+  const std::string candidate = R"([{"checkpoint": "TRANSACTION", "nth": 2, "risk": "HIGH"},
+                                    {"risk": "MEDIUM"}])";
+  const auto play = [&] {
+    std::string risks;
+    for (const Json& checkpoint : {sample::plainCheckpoint("GENERAL"), sample::transaction(),
+                                   sample::transaction(), sample::transaction()}) {
+      risks += post(kRiskPath, sample::checkpointBody(checkpoint)).body["risk"].dump();
+    }
+    return risks;
+  };
+  EXPECT_EQ(play(), "0111");
+  post(kRiskPath, std::string("{}"));
+  const Json dryRun = post("/control/rules/check", candidate).body;
+  EXPECT_EQ(dryRun.dump(),
+            R"({"replayed":4,"changed":2,"changes":[{"id":1,"from":0,"to":1,"rule":1},)"
+            R"({"id":3,"from":1,"to":2,"rule":0}],"hits":[1,3]})");
+  EXPECT_EQ(get("/control/rules").body.size(), 10U);
+  EXPECT_EQ(post("/control/rules", candidate).status, 200);
+  EXPECT_EQ(play(), "1121");
+  EXPECT_EQ(get("/control/state").body["rules"].dump(),
+            R"({"version":2,"hits":[1,3],"undecided":0})");
+  EXPECT_EQ(findText(post("/control/rules/check", std::string(R"([{"risk": 5}])")).body, "error"),
+            "[0].risk: expected a text, got 5");
+  EXPECT_EQ(post("/control/faults/check",
+                 std::string(R"([{"path": "*", "status": 503, "skip": 7, "times": 1}])"))
+                .body["changes"]
+                .dump(),
+            R"([{"id":8,"fault":"status"}])");
+  EXPECT_EQ(server_.faults(), Json::array());
 }
 
 TEST_F(RiskServerTest, servesManyClientsAtOnce) {

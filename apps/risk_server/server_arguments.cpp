@@ -13,12 +13,12 @@ constexpr int kMaxPort = 65535;
 
 using OptionSetter = void (*)(RiskServerOptions& options, const std::string& value);
 
-int portFromText(const std::string& text) {
+int portFromText(const std::string& option, const std::string& text) {
   int port = -1;
   const char* end = text.data() + text.size();
   const auto [stopped, error] = std::from_chars(text.data(), end, port);
   if (error != std::errc() || stopped != end || port < 0 || port > kMaxPort) {
-    throw InputError("--port: expected a number from 0 to 65535, got \"" + text + "\"");
+    throw InputError(option + ": expected a number from 0 to 65535, got \"" + text + "\"");
   }
   return port;
 }
@@ -55,6 +55,11 @@ void setFaultsFile(RiskServerOptions& options, const std::string& file) {
   }
 }
 
+void setConsolePort(RiskServerOptions& options, const std::string& value) {
+  options.consolePort.reset();
+  if (value != "off") options.consolePort = portFromText("--console-port", value);
+}
+
 void addControlHost(RiskServerOptions& options, const std::string& name) {
   if (name.find_first_of(":/ ") != std::string::npos) {
     throw InputError("--control-host: expected the name of a host, without a port, got \"" + name +
@@ -65,12 +70,14 @@ void addControlHost(RiskServerOptions& options, const std::string& name) {
 
 const std::map<std::string, OptionSetter>& optionSetters() {
   static const std::map<std::string, OptionSetter> kSetters = {
-      {"--port", [](RiskServerOptions& o, const std::string& v) { o.port = portFromText(v); }},
+      {"--port",
+       [](RiskServerOptions& o, const std::string& v) { o.port = portFromText("--port", v); }},
       {"--config", setConfigFile},
       {"--rules", setRulesFile},
       {"--contract", setContractFile},
       {"--signing-key", [](RiskServerOptions& o, const std::string& v) { o.signingKey = v; }},
       {"--log", [](RiskServerOptions& o, const std::string& v) { o.logFile = v; }},
+      {"--console-port", setConsolePort},
       {"--control-host", addControlHost},
       {"--console-token", [](RiskServerOptions& o, const std::string& v) { o.guard.token = v; }},
   };
@@ -80,37 +87,36 @@ const std::map<std::string, OptionSetter>& optionSetters() {
 }  // namespace
 
 std::string usageText() {
-  return "usage: risk_server [options]\n"
-         "\n"
-         "A local stand-in for the risk server, on 127.0.0.1 only.\n"
-         "\n"
-         "  --port N           listen on this port; 0, the default, takes a free one\n"
-         "  --config FILE      the configuration that clients get, a JSON object\n"
-         "  --rules FILE       the verdicts, a JSON array of rules; the first that applies "
-         "decides\n"
+  return R"(usage: risk_server [options]
 
-         "  --faults FILE      what goes wrong, a JSON array of faults\n"
-         "  --contract FILE    what calls must look like\n"
-         "  --signing-key TEXT the key of signed verdicts and device identifiers; random by "
-         "default\n"
-         "  --log FILE         append a JSON line for every call and its reply\n"
-         "  --control-host NAME    serve the control path under this name of the machine too\n"
-         "  --console-token TEXT   the control path wants \"Authorization: Bearer TEXT\"\n"
-         "  --help             print this\n"
-         "\n"
-         "When it listens it prints \"risk server ready at http://127.0.0.1:PORT/\".\n"
-         "Control, below that URL:\n"
-         "  GET /control/tally, GET /control/health   tell about it\n"
-         "  POST /control/config, /control/rules      replace the configuration, the rules\n"
-         "  POST /control/faults                      replaces the faults; GET shows how often "
-         "each\n"
-         "                                            was applied, DELETE clears them\n"
-         "  POST /control/restart {\"downMs\": N}       refuses connections for that time\n"
-         "docs/risk_server.md explains rules and faults. SIGTERM and SIGINT stop it.\n";
+A local stand-in for the risk server, on 127.0.0.1 only.
+
+  --port N               listen on this port; 0, the default, takes a free one
+  --config FILE          the configuration that clients get, a JSON object
+  --rules FILE           the verdicts, a JSON array of rules; the first that applies decides
+  --faults FILE          what goes wrong, a JSON array of faults
+  --contract FILE        what calls must look like
+  --signing-key TEXT     the key of signed verdicts and device identifiers; random by default
+  --log FILE             append a JSON line for every call and its reply
+  --console-port N       the console's page on this port; a free one by default, "off" for none
+  --control-host NAME    serve console and control path under this name of the machine too
+  --console-token TEXT   the control path wants "Authorization: Bearer TEXT"
+  --help                 print this
+
+When it listens it prints "risk server ready at http://127.0.0.1:PORT/", then "console at URL":
+open that one in a browser. Control, below the first URL:
+  GET /control/tally, GET /control/health   tell about it
+  POST /control/config, /control/rules      replace the configuration, the rules
+  POST /control/faults                      replaces the faults; GET shows how often each was
+                                            applied, DELETE clears them
+  POST /control/restart {"downMs": N}       refuses connections for that time
+docs/risk_server.md explains rules, faults and the console. SIGTERM and SIGINT stop it.
+)";
 }
 
 std::optional<RiskServerOptions> optionsFromArguments(const std::vector<std::string>& arguments) {
   RiskServerOptions options;
+  options.consolePort = 0;
   std::string faultsFile;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     const std::string& name = arguments[i];

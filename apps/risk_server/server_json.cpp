@@ -55,6 +55,15 @@ std::string dumpServerJson(const Json& value) {
   return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
+bool isUtf8(const std::string& bytes) {
+  try {
+    (void)Json(bytes).dump();
+    return true;
+  } catch (const Json::type_error&) {
+    return false;
+  }
+}
+
 Json readServerJson(std::string_view text, const std::string& name) {
   ParsedJson parsed = parseServerJson(text);
   if (!parsed.value) throw InputError(name + ": " + parsed.fault);

@@ -33,6 +33,8 @@ ParsedJson parseServerJson(std::string_view text);
 // Compact. What is not UTF-8 is replaced by U+FFFD.
 std::string dumpServerJson(const Json& value);
 
+bool isUtf8(const std::string& bytes);
+
 // Throws InputError naming the file, and the line where the text is no JSON.
 Json loadServerJson(const std::filesystem::path& file);
 

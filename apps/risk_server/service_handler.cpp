@@ -1,11 +1,12 @@
 #include "apps/risk_server/service_handler.h"
 
-#include <chrono>
 #include <exception>
 #include <utility>
 
+#include "apps/risk_server/contract/call_check.h"
+#include "apps/risk_server/exchanges/exchange_facts.h"
 #include "apps/risk_server/http/json_reply.h"
-#include "apps/risk_server/http/text_codecs.h"
+#include "apps/risk_server/server_clock.h"
 #include "apps/risk_server/verdicts/signed_verdict.h"
 
 namespace risk_server {
@@ -13,11 +14,6 @@ namespace {
 
 // Of a reply that a fault made: it may be huge, and is known.
 constexpr std::size_t kMaxLoggedFaultReplyBytes = 4096;
-
-std::int64_t millisecondsNow() {
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
-}
 
 HttpReply deviceReply(const Json& body, const std::string& key) {
   // A contract of the user's own need not ask for the vendor identifier.
@@ -27,19 +23,22 @@ HttpReply deviceReply(const Json& body, const std::string& key) {
   return acceptedReply(device);
 }
 
-Exchange exchangeOf(const HttpRequest& request, const HttpReply& reply, const std::string& fault) {
+Exchange exchangeOf(const HttpRequest& request) {
   Exchange exchange;
-  exchange.time = millisecondsNow();
+  exchange.received = request.received;
   exchange.method = request.method;
   exchange.path = request.target;
   for (const std::string& type : request.headersNamed("Content-Type")) {
     exchange.contentType += (exchange.contentType.empty() ? "" : ", ") + type;
   }
   exchange.request = request.body;
+  return exchange;
+}
+
+void noteReply(Exchange& exchange, const HttpReply& reply) {
+  exchange.time = millisecondsNow();
   exchange.status = reply.status;
   exchange.reply = reply.body;
-  exchange.fault = fault;
-  return exchange;
 }
 
 void noteFault(Exchange& exchange, const Fault& fault) {
@@ -56,91 +55,85 @@ void noteFault(Exchange& exchange, const Fault& fault) {
 
 }  // namespace
 
-struct ServiceHandler::Outcome {
-  HttpReply reply;
-  std::string fault;  // why the call is refused
-};
-
 ServiceHandler::ServiceHandler(const Contract& contract, Json configuration, VerdictRules rules,
                                std::string signingKey, FaultList& faults, ExchangeLog& log)
-    : contract_(contract), signingKey_(std::move(signingKey)), faults_(faults), log_(log) {
-  setConfiguration(std::move(configuration));
-  setRules(std::move(rules));
+    : contract_(contract),
+      signingKey_(std::move(signingKey)),
+      faults_(faults),
+      log_(log),
+      rules_(std::move(rules)) {
+  replaceConfiguration(std::move(configuration));
 }
 
 HttpReply ServiceHandler::answer(const HttpRequest& request) {
-  Outcome outcome;
+  Exchange exchange = exchangeOf(request);
+  HttpReply reply;
   try {
-    outcome = answerService(request);
+    reply = answerService(request, exchange);
   } catch (const std::exception& error) {
-    outcome.fault = std::string("the server failed: ") + error.what();
-    outcome.reply = refusedReply(500, outcome.fault);
+    exchange.fault = std::string("the server failed: ") + error.what();
+    reply = refusedReply(500, exchange.fault);
   }
   // No fault is applied to what is no whole request: its path is not known for sure.
   const auto fault = request.fault.empty() ? faults_.applyToCall(request.target) : nullptr;
-  if (fault) outcome.reply = replyUnderFault(*fault, std::move(outcome.reply));
-  Exchange exchange = exchangeOf(request, outcome.reply, outcome.fault);
+  if (fault) reply = replyUnderFault(*fault, std::move(reply));
+  noteReply(exchange, reply);
   if (fault) noteFault(exchange, *fault);
-  log_.record(std::move(exchange));
-  return std::move(outcome.reply);
+  const std::uint64_t id = log_.record(std::move(exchange));
+  reply.whenSent = [this, id](const SentReply& sent) {
+    log_.setOutcome(id, {sent.delivery, sent.time, sent.took});
+  };
+  return reply;
 }
 
 bool ServiceHandler::admitConnection() {
   const auto fault = faults_.applyToConnection();
   if (!fault) return true;
   Exchange exchange;
-  exchange.time = millisecondsNow();
+  exchange.time = exchange.received = millisecondsNow();
   exchange.faultInjected = fault->name;
-  log_.record(std::move(exchange));
+  const std::uint64_t id = log_.record(std::move(exchange));
+  log_.setOutcome(id, {Delivery::kClosed, millisecondsNow(), 0});
   return false;
 }
 
-ServiceHandler::Outcome ServiceHandler::answerService(const HttpRequest& request) {
-  const auto refusal = [](int status, const std::string& fault, const std::string& allow = {}) {
-    return Outcome{refusedReply(status, fault, allow), fault};
-  };
-  const ServiceCall* call = contract_.find(request.target);
-  const bool wrongMethod = call != nullptr && request.method != "POST";
-  if (!request.fault.empty() && !wrongMethod) return refusal(request.faultStatus, request.fault);
-  if (call == nullptr) return refusal(404, contract_.reasonForUnknown(request.target));
-  if (wrongMethod) {
-    return refusal(405, "method " + request.method + ": only POST is expected", "POST");
+HttpReply ServiceHandler::answerService(const HttpRequest& request, Exchange& exchange) {
+  // A wrong method comes first: it says more than what the HTTP layer found.
+  const bool wrongMethod = contract_.find(request.target) != nullptr && request.method != "POST";
+  if (!request.fault.empty() && !wrongMethod) {
+    exchange.fault = request.fault;
+    return refusedReply(request.faultStatus, request.fault);
   }
-  if (auto fault = contract_.contentTypeFault(request.headersNamed("Content-Type")))
-    return refusal(400, *fault);
-  const ParsedJson body = parseServerJson(request.body);
-  if (!body.value) return refusal(400, "the body is no JSON: " + body.fault);
-  if (!body.value->is_object()) {
-    return refusal(400, "the body: expected an object, got " + quoteForMessage(*body.value));
-  }
-  if (const auto mismatch = call->body->firstMismatchOf(*body.value))
-    return refusal(400, mismatch->text());
-  return {accept(request.target, *call, *body.value), ""};
+  CheckedCall checked = checkCall(contract_, request.method, request.target,
+                                  request.headersNamed("Content-Type"), request.body);
+  if (checked.body) exchange.facts = factsOf(*checked.body);
+  exchange.violations = std::move(checked.violations);
+  exchange.fault = checked.fault;
+  if (!checked.fault.empty()) return refusedReply(checked.status, checked.fault, checked.allow);
+  return accept(*checked.call, *checked.body, exchange);
 }
 
-HttpReply ServiceHandler::accept(const std::string& path, const ServiceCall& call,
-                                 const Json& body) {
+HttpReply ServiceHandler::accept(const ServiceCall& call, const Json& body, Exchange& exchange) {
   switch (call.reply) {
     case ReplyKind::kAccepted:
       return acceptedReply("OK");
     case ReplyKind::kConfiguration:
-      return jsonReply(*configuration());
+      return jsonReply(*configuration().configuration);
     case ReplyKind::kDeviceIdentifier:
       return deviceReply(body, signingKey_);
     case ReplyKind::kVerdict:
-      return verdictOn(path, body);
+      return verdictOn(body, exchange);
   }
   return refusedReply(500, "no reply of that kind");
 }
 
-HttpReply ServiceHandler::verdictOn(const std::string& path, const Json& body) {
-  VerdictQuestion question;
-  question.checkpoint = findText(body, "keys.checkpoint").value_or("");
-  question.user = percentDecode(findText(body, "keys.user_id").value_or(""));
-  question.checkpointObject = findMember(body, question.checkpoint);
-  question.call = countVerdict(path, question.checkpoint);
+HttpReply ServiceHandler::verdictOn(const Json& body, Exchange& exchange) {
+  const VerdictQuestion question = verdictQuestionOf(body);
+  const VerdictDecision decision = rules_.decide(exchange.path, question);
+  exchange.risk = decision.risk;
+  exchange.rule = decision.rule;
   Verdict verdict;
-  verdict.risk = rules()->decide(question);
+  verdict.risk = decision.risk;
   verdict.requestId = findText(body, "keys.requestID").value_or("");
   verdict.userId = question.user;
   verdict.issuedAt = millisecondsNow() / 1000;
@@ -151,39 +144,22 @@ HttpReply ServiceHandler::verdictOn(const std::string& path, const Json& body) {
   return jsonReply(reply);
 }
 
-std::uint64_t ServiceHandler::countVerdict(const std::string& path, const std::string& checkpoint) {
-  const std::lock_guard lock(mutex_);
-  const auto key = std::make_pair(path, checkpoint);
-  // A contract of the user's own may allow any word: those beyond the bound count as first calls.
-  if (verdicts_.size() >= kMaxCountedVerdicts && !verdicts_.contains(key)) return 1;
-  return ++verdicts_[key];
-}
-
-void ServiceHandler::setConfiguration(Json configuration) {
+std::optional<std::uint64_t> ServiceHandler::replaceConfiguration(
+    Json configuration, std::optional<std::uint64_t> onlyVersion) {
   if (!configuration.is_object()) {
     throw InputError("the configuration: expected an object, got " +
                      quoteForMessage(configuration));
   }
   auto replacement = std::make_shared<const Json>(std::move(configuration));
   const std::lock_guard lock(mutex_);
-  configuration_ = std::move(replacement);
+  if (onlyVersion && *onlyVersion != configuration_.version) return std::nullopt;
+  configuration_ = {std::move(replacement), configuration_.version + 1};
+  return configuration_.version;
 }
 
-void ServiceHandler::setRules(VerdictRules rules) {
-  auto replacement = std::make_shared<const VerdictRules>(std::move(rules));
-  const std::lock_guard lock(mutex_);
-  rules_ = std::move(replacement);
-  verdicts_.clear();
-}
-
-std::shared_ptr<const Json> ServiceHandler::configuration() const {
+ConfigurationState ServiceHandler::configuration() const {
   const std::lock_guard lock(mutex_);
   return configuration_;
-}
-
-std::shared_ptr<const VerdictRules> ServiceHandler::rules() const {
-  const std::lock_guard lock(mutex_);
-  return rules_;
 }
 
 }  // namespace risk_server

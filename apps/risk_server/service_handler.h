@@ -2,25 +2,26 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
-#include <utility>
 
 #include "apps/risk_server/contract/contract.h"
 #include "apps/risk_server/exchanges/exchange_log.h"
 #include "apps/risk_server/faults/fault_list.h"
 #include "apps/risk_server/http/http_listener.h"
-#include "apps/risk_server/verdicts/verdict_rules.h"
+#include "apps/risk_server/verdicts/counted_rules.h"
 
 namespace risk_server {
 
-// Verdicts are counted for this many pairs of path and checkpoint; the built-in contract has ten.
-inline constexpr std::size_t kMaxCountedVerdicts = 1000;
+struct ConfigurationState {
+  std::shared_ptr<const Json> configuration;
+  std::uint64_t version = 0;  // one more with each replacement
+};
 
-// Any thread; mutex_ guards the configuration and the rules, which are replaced whole, and how
-// often each was asked. What it refers to must outlive it.
+// Any thread; mutex_ guards the configuration, which is replaced whole. What it refers to must
+// outlive it.
 class ServiceHandler {
  public:
   ServiceHandler(const Contract& contract, Json configuration, VerdictRules rules,
@@ -33,29 +34,26 @@ class ServiceHandler {
   // Whether a connection that was just accepted is served; one that is not is logged.
   bool admitConnection();
 
-  void setConfiguration(Json configuration);
-  // Verdicts are counted anew.
-  void setRules(VerdictRules rules);
+  // Throws InputError when it is no object. Returns as CountedRules::replace().
+  std::optional<std::uint64_t> replaceConfiguration(
+      Json configuration, std::optional<std::uint64_t> onlyVersion = std::nullopt);
+  ConfigurationState configuration() const;
+
+  CountedRules& rules() { return rules_; }
+  const CountedRules& rules() const { return rules_; }
 
  private:
-  struct Outcome;
-
-  Outcome answerService(const HttpRequest& request);
-  HttpReply accept(const std::string& path, const ServiceCall& call, const Json& body);
-  HttpReply verdictOn(const std::string& path, const Json& body);
-  std::uint64_t countVerdict(const std::string& path, const std::string& checkpoint);
-
-  std::shared_ptr<const Json> configuration() const;
-  std::shared_ptr<const VerdictRules> rules() const;
+  HttpReply answerService(const HttpRequest& request, Exchange& exchange);
+  HttpReply accept(const ServiceCall& call, const Json& body, Exchange& exchange);
+  HttpReply verdictOn(const Json& body, Exchange& exchange);
 
   const Contract& contract_;
   const std::string signingKey_;
   FaultList& faults_;
   ExchangeLog& log_;
+  CountedRules rules_;
   mutable std::mutex mutex_;
-  std::shared_ptr<const Json> configuration_;
-  std::shared_ptr<const VerdictRules> rules_;
-  std::map<std::pair<std::string, std::string>, std::uint64_t> verdicts_;  // by path, checkpoint
+  ConfigurationState configuration_;
 };
 
 }  // namespace risk_server

@@ -46,6 +46,7 @@ Contract Contract::fromJson(const Json& json) {
   if (const auto mismatch = shapeOfContractFile()->firstMismatchOf(json))
     throw InputError(mismatch->text());
   Contract contract;
+  contract.given_ = json;
   contract.contentType_ = *findText(json, "contentType");
   const Json none = Json::object();
   const Json* definitions = findMember(json, "definitions");

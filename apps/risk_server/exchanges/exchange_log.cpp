@@ -2,61 +2,66 @@
 
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 namespace risk_server {
 namespace {
-
-std::size_t bytesOf(const Exchange& exchange) {
-  return sizeof(Exchange) + exchange.method.size() + exchange.path.size() +
-         exchange.contentType.size() + exchange.request.size() + exchange.reply.size() +
-         exchange.fault.size() + exchange.faultInjected.size();
-}
 
 std::string systemMessage(int code) { return std::generic_category().message(code); }
 
 }  // namespace
 
-Json exchangeToJson(const Exchange& exchange) {
-  Json line = Json::object();
-  line["time"] = exchange.time;
-  line["method"] = exchange.method;
-  line["path"] = exchange.path;
-  line["status"] = exchange.status;
-  line["contentType"] = exchange.contentType;
-  ParsedJson request = parseServerJson(exchange.request);
-  if (request.value) {
-    line["request"] = std::move(*request.value);
-  } else {
-    line["requestText"] = exchange.request;
-  }
-  ParsedJson reply = parseServerJson(exchange.reply);
-  line["reply"] = reply.value ? std::move(*reply.value) : Json(exchange.reply);
-  if (!exchange.fault.empty()) line["fault"] = exchange.fault;
-  if (!exchange.faultInjected.empty()) line["faultInjected"] = exchange.faultInjected;
-  return line;
-}
-
-ExchangeLog::ExchangeLog(const std::optional<std::filesystem::path>& file) {
+ExchangeLog::ExchangeLog(const std::optional<std::filesystem::path>& file,
+                         std::function<void()> changed)
+    : changed_(std::move(changed)) {
   if (!file) return;
   file_.reset(std::fopen(file->c_str(), "ae"));
   if (!file_) throw InputError(file->string() + ": " + systemMessage(errno));
 }
 
-void ExchangeLog::record(Exchange exchange) {
-  // file_ is never changed after construction, so the text may be made without the lock.
-  const std::string line = file_ ? dumpServerJson(exchangeToJson(exchange)) + "\n" : std::string();
+std::uint64_t ExchangeLog::record(Exchange exchange) {
+  // file_ is never changed after construction, so the text may be made without the lock, but for
+  // the id, which is that of its place in the file.
+  std::string line = file_ ? dumpServerJson(exchangeToJson(exchange)) : std::string();
+  std::uint64_t id = 0;
   {
     const std::lock_guard lock(mutex_);
-    if (file_) writeLine(line);
-    if (!exchange.fault.empty()) {
-      ++tally_.refused;
-    } else if (!exchange.path.empty()) {
-      ++tally_.calls[exchange.path];
+    id = exchange.id = ++lastId_;
+    if (file_) {
+      line.insert(line.size() - 1, ",\"id\":" + std::to_string(id));
+      writeLine(line + "\n");
     }
-    if (!exchange.faultInjected.empty()) ++tally_.faultsApplied;
-    keep(std::move(exchange));
+    count(exchange);
+    kept_.add(std::make_shared<const Exchange>(std::move(exchange)));
   }
   recorded_.notify_all();
+  changed_();
+  return id;
+}
+
+void ExchangeLog::count(const Exchange& exchange) {
+  if (!exchange.fault.empty()) {
+    ++tally_.refused;
+  } else if (!exchange.path.empty()) {
+    ++tally_.calls[exchange.path];
+  }
+  if (!exchange.faultInjected.empty()) ++tally_.faultsApplied;
+}
+
+void ExchangeLog::setOutcome(std::uint64_t id, const ReplyOutcome& outcome) {
+  {
+    const std::lock_guard lock(mutex_);
+    kept_.setOutcome(id, outcome);
+  }
+  changed_();
+}
+
+void ExchangeLog::clearKept() {
+  {
+    const std::lock_guard lock(mutex_);
+    kept_.clear();
+  }
+  changed_();
 }
 
 void ExchangeLog::writeLine(const std::string& line) {
@@ -69,15 +74,6 @@ void ExchangeLog::writeLine(const std::string& line) {
   }
 }
 
-void ExchangeLog::keep(Exchange exchange) {
-  keptBytes_ += bytesOf(exchange);
-  kept_.push_back(std::move(exchange));
-  while (kept_.size() > kMaxKeptExchanges || (keptBytes_ > kMaxKeptBytes && kept_.size() > 1)) {
-    keptBytes_ -= bytesOf(kept_.front());
-    kept_.pop_front();
-  }
-}
-
 Tally ExchangeLog::tally() const {
   const std::lock_guard lock(mutex_);
   return tally_;
@@ -85,7 +81,26 @@ Tally ExchangeLog::tally() const {
 
 std::vector<Exchange> ExchangeLog::kept() const {
   const std::lock_guard lock(mutex_);
-  return {kept_.begin(), kept_.end()};
+  std::vector<Exchange> copies;
+  for (const KeptExchange& kept : kept_.all()) copies.push_back(*kept.exchange);
+  return copies;
+}
+
+std::optional<KeptExchange> ExchangeLog::find(std::uint64_t id) const {
+  const std::lock_guard lock(mutex_);
+  const KeptExchange* kept = kept_.find(id);
+  return kept == nullptr ? std::nullopt : std::optional(*kept);
+}
+
+ExchangeChanges ExchangeLog::changesAfter(std::uint64_t change, std::size_t most) const {
+  const std::lock_guard lock(mutex_);
+  return kept_.changesAfter(change, most);
+}
+
+std::vector<KeptExchange> ExchangeLog::newest(
+    std::size_t most, const std::function<bool(const Exchange&)>& filter) const {
+  const std::lock_guard lock(mutex_);
+  return kept_.newest(most, filter);
 }
 
 bool ExchangeLog::waitForCalls(const std::string& path, std::uint64_t count,

@@ -5,8 +5,8 @@
 #include <condition_variable>
 #include <cstdint>
 #include <cstdio>
-#include <deque>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -14,26 +14,9 @@
 #include <string>
 #include <vector>
 
-#include "apps/risk_server/server_json.h"
+#include "apps/risk_server/exchanges/kept_exchanges.h"
 
 namespace risk_server {
-
-// The newest exchanges are kept in memory, up to both bounds; the file has them all.
-inline constexpr std::size_t kMaxKeptExchanges = 10'000;
-inline constexpr std::size_t kMaxKeptBytes = std::size_t{64} << 20;
-
-// A connection that a fault on demand closed has no method and no path, and is no call.
-struct Exchange {
-  std::int64_t time = 0;  // of the decision, milliseconds since 1970
-  std::string method;
-  std::string path;  // the request target as it came, nothing decoded
-  std::string contentType;
-  std::string request;  // the body's bytes
-  int status = 0;       // 0 when a fault on demand lets no reply go out
-  std::string reply;
-  std::string fault;          // why the call was refused; empty when it was accepted
-  std::string faultInjected;  // the name of the fault on demand that was applied; empty for none
-};
 
 struct Tally {
   std::map<std::string, std::uint64_t> calls;  // accepted calls by full path
@@ -41,20 +24,30 @@ struct Tally {
   std::uint64_t faultsApplied = 0;  // on demand, to connections too
 };
 
-// One line of the log: "request" is the body as JSON, or "requestText" when it is no JSON.
-Json exchangeToJson(const Exchange& exchange);
-
 // Any thread, guarded by mutex_. The order is the order of record().
 class ExchangeLog {
  public:
-  // Appends to `file` when there is one. Throws InputError when it cannot be written.
-  explicit ExchangeLog(const std::optional<std::filesystem::path>& file);
+  // Appends to `file` when there is one. Throws InputError when it cannot be written. `changed` is
+  // called after every change, with no lock held.
+  explicit ExchangeLog(
+      const std::optional<std::filesystem::path>& file, std::function<void()> changed = [] {});
 
-  // Writes and flushes the line, then wakes who waits.
-  void record(Exchange exchange);
+  // Numbers the exchange, writes and flushes the line, then wakes who waits. Returns the id.
+  std::uint64_t record(Exchange exchange);
+  // Of one that is not kept any more it is ignored. The file has the line already.
+  void setOutcome(std::uint64_t id, const ReplyOutcome& outcome);
+  // Forgets what is kept; the file and the tally stay.
+  void clearKept();
 
   Tally tally() const;
+  // Copies everything: for tests in the same process.
   std::vector<Exchange> kept() const;
+
+  // As in KeptExchanges; what is returned is shared, not copied.
+  std::optional<KeptExchange> find(std::uint64_t id) const;
+  ExchangeChanges changesAfter(std::uint64_t change, std::size_t most) const;
+  std::vector<KeptExchange> newest(std::size_t most,
+                                   const std::function<bool(const Exchange&)>& filter) const;
 
   // Blocks until `path` was accepted at least `count` times; false when the time is over first.
   bool waitForCalls(const std::string& path, std::uint64_t count,
@@ -67,13 +60,14 @@ class ExchangeLog {
     void operator()(std::FILE* file) const { std::fclose(file); }
   };
   void writeLine(const std::string& line);
-  void keep(Exchange exchange);
+  void count(const Exchange& exchange);
 
   mutable std::mutex mutex_;
   mutable std::condition_variable recorded_;
+  const std::function<void()> changed_;
   std::unique_ptr<std::FILE, FileCloser> file_;
-  std::deque<Exchange> kept_;
-  std::size_t keptBytes_ = 0;
+  std::uint64_t lastId_ = 0;
+  KeptExchanges kept_;
   Tally tally_;
 };
 

@@ -4,13 +4,21 @@
 
 namespace risk_server {
 
-void FaultList::replace(std::vector<Fault> faults) {
+std::optional<std::uint64_t> FaultList::replace(std::vector<Fault> faults,
+                                                std::optional<std::uint64_t> onlyVersion) {
   std::vector<Entry> entries;
   for (Fault& fault : faults) {
     entries.push_back({std::make_shared<const Fault>(std::move(fault)), 0, 0});
   }
   const std::lock_guard lock(mutex_);
+  if (onlyVersion && *onlyVersion != version_) return std::nullopt;
   entries_.swap(entries);
+  return ++version_;
+}
+
+std::uint64_t FaultList::version() const {
+  const std::lock_guard lock(mutex_);
+  return version_;
 }
 
 template <typename Matches>

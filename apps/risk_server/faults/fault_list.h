@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,7 +18,10 @@ namespace risk_server {
 // several that are due, the first in the list is applied.
 class FaultList {
  public:
-  void replace(std::vector<Fault> faults);
+  // The version of the new list. Changes nothing and returns nothing when a version is given and is
+  // not the one in force.
+  std::optional<std::uint64_t> replace(std::vector<Fault> faults,
+                                       std::optional<std::uint64_t> onlyVersion = std::nullopt);
 
   // Counts the call, or the connection, and gives the fault that is applied to it; null for none.
   std::shared_ptr<const Fault> applyToCall(const std::string& path);
@@ -25,6 +29,8 @@ class FaultList {
 
   // [{"fault": as it was written, "calls": N, "struck": how often it was applied}, ...]
   Json asJson() const;
+  // One more with each replacement.
+  std::uint64_t version() const;
 
  private:
   struct Entry {
@@ -37,6 +43,7 @@ class FaultList {
 
   mutable std::mutex mutex_;
   std::vector<Entry> entries_;
+  std::uint64_t version_ = 0;
 };
 
 }  // namespace risk_server

@@ -53,6 +53,14 @@ class FaultTest : public testing::Test {
     }
     return received;
   }
+  // What the server tells of its newest exchange. It is told to readers in the order of changes.
+  std::string deliveryOfLast() const {
+    const std::string events = callWith("GET /control/exchanges HTTP/1.1\r\nConnection: close\r\n" +
+                                        sample::hostHeader(server_.url()) + "\r\n")
+                                   .body;
+    const Json rows = sample::parsed(events)["rows"];
+    return findText(rows.back(), "delivery").value_or("under way");
+  }
   // The limit is for slow machines, and less than any reply would be held back.
   bool stopsAtOnce() {
     const auto begin = Clock::now();
@@ -121,15 +129,16 @@ TEST_F(FaultTest, breaksTheConnectionTheWayThatIsAskedFor) {
     Ending ending;
     std::string body;
     bool hasHead;
+    const char* delivery;
   } kCases[] = {
-      {R"("resetBeforeReply": true)", Ending::kReset, "", false},
-      {R"("closeWithoutReply": true)", Ending::kClosed, "", false},
-      {R"("resetInBody": 5)", Ending::kReset, R"({"res)", true},
-      {R"("cutBody": 5)", Ending::kClosed, R"({"res)", true},
-      {R"("cutBody": 0)", Ending::kClosed, "", true},
-      {R"("cutBody": 1000)", Ending::kClosed, R"({"response":"OK")", true},
-      {R"("cutBody": 2, "body": "abc", "status": 500)", Ending::kClosed, "ab", true},
-      {R"("latency": 1, "closeWithoutReply": true)", Ending::kClosed, "", false},
+      {R"("resetBeforeReply": true)", Ending::kReset, "", false, "reset"},
+      {R"("closeWithoutReply": true)", Ending::kClosed, "", false, "closed"},
+      {R"("resetInBody": 5)", Ending::kReset, R"({"res)", true, "reset"},
+      {R"("cutBody": 5)", Ending::kClosed, R"({"res)", true, "cut"},
+      {R"("cutBody": 0)", Ending::kClosed, "", true, "cut"},
+      {R"("cutBody": 1000)", Ending::kClosed, R"({"response":"OK")", true, "cut"},
+      {R"("cutBody": 2, "body": "abc", "status": 500)", Ending::kClosed, "ab", true, "cut"},
+      {R"("latency": 1, "closeWithoutReply": true)", Ending::kClosed, "", false, "closed"},
   };
   for (const auto& asked : kCases) {
     server_.setFaults(R"([{"path": "*", )" + std::string(asked.keys) + "}]");
@@ -137,6 +146,7 @@ TEST_F(FaultTest, breaksTheConnectionTheWayThatIsAskedFor) {
     const Received received = callWith(enrichCall(""));
     EXPECT_EQ(received.ending, asked.ending) << asked.keys;
     EXPECT_EQ(received.body, asked.body) << asked.keys;
+    EXPECT_EQ(deliveryOfLast(), asked.delivery) << asked.keys;
     const auto length = received.head.find("Content-Length: ");
     ASSERT_EQ(length != std::string::npos, asked.hasHead) << asked.keys;
     if (!asked.hasHead) continue;

@@ -28,9 +28,12 @@ constexpr std::chrono::milliseconds kShortagePause{100};
 // see that the time is over listens again. mutex_ guards what stands below it.
 class HttpListener::Workers {
  public:
-  Workers(Handler handler, ConnectionFilter acceptsConnection)
-      : dispatcher_(RequestDispatcher::make(std::move(handler))),
-        acceptsConnection_(std::move(acceptsConnection)) {}
+  Workers(Handler handler, ConnectionFilter acceptsConnection, StateObserver stateChanged,
+          ListenerLimits limits)
+      : dispatcher_(RequestDispatcher::make(std::move(handler), limits.idle)),
+        acceptsConnection_(std::move(acceptsConnection)),
+        stateChanged_(std::move(stateChanged)),
+        limits_(limits) {}
 
   void start(int port) {
     {
@@ -38,7 +41,7 @@ class HttpListener::Workers {
       socket_ = std::make_unique<ListeningSocket>(port);
       isUp_ = true;
     }
-    for (int i = 0; i < kWorkers; ++i) threads_.emplace_back([this] { work(); });
+    for (int i = 0; i < limits_.workers; ++i) threads_.emplace_back([this] { work(); });
   }
 
   int port() const {
@@ -68,11 +71,20 @@ class HttpListener::Workers {
       if (downTime) upAt_ = Clock::now() + std::min(*downTime, kMaxDownTime);
     }
     changed_.notify_all();
+    tellState();
   }
 
   void comeUp() {
+    {
+      const std::lock_guard lock(mutex_);
+      if (socket_ && !stopping_ && !isUp_) listenAgain();
+    }
+    tellState();
+  }
+
+  bool isUp() const {
     const std::lock_guard lock(mutex_);
-    if (socket_ && !stopping_ && !isUp_) listenAgain();
+    return isUp_;
   }
 
   bool waitUntilUp(std::chrono::milliseconds timeout) const {
@@ -107,6 +119,9 @@ class HttpListener::Workers {
         changed_.wait_until(lock, Clock::time_point(*upAt_));
       } else {
         tryToListenAgain();
+        lock.unlock();
+        tellState();
+        lock.lock();
       }
     }
     return !stopping_;
@@ -119,6 +134,10 @@ class HttpListener::Workers {
       // Another server took the port meanwhile, and may leave it.
       upAt_ = Clock::now() + kShortagePause;
     }
+  }
+
+  void tellState() const {
+    if (stateChanged_) stateChanged_();
   }
 
   void listenAgain() {
@@ -135,7 +154,7 @@ class HttpListener::Workers {
   }
 
   void serve(int descriptor) {
-    ClientConnection connection(descriptor);
+    ClientConnection connection(descriptor, limits_.idle);
     if (!acceptsConnection_()) return;
     {
       const std::lock_guard lock(mutex_);
@@ -152,6 +171,8 @@ class HttpListener::Workers {
 
   const std::unique_ptr<RequestDispatcher> dispatcher_;
   const ConnectionFilter acceptsConnection_;
+  const StateObserver stateChanged_;
+  const ListenerLimits limits_;
   std::vector<std::thread> threads_;
   mutable std::mutex mutex_;
   mutable std::condition_variable changed_;
@@ -170,8 +191,10 @@ std::vector<std::string> HttpRequest::headersNamed(std::string_view name) const 
   return values;
 }
 
-HttpListener::HttpListener(Handler handler, ConnectionFilter acceptsConnection)
-    : workers_(std::make_unique<Workers>(std::move(handler), std::move(acceptsConnection))) {}
+HttpListener::HttpListener(Handler handler, ConnectionFilter acceptsConnection,
+                           StateObserver stateChanged, ListenerLimits limits)
+    : workers_(std::make_unique<Workers>(std::move(handler), std::move(acceptsConnection),
+                                         std::move(stateChanged), limits)) {}
 
 HttpListener::~HttpListener() { stop(); }
 
@@ -186,6 +209,8 @@ void HttpListener::goDown() { workers_->goDown(std::nullopt); }
 void HttpListener::comeUp() { workers_->comeUp(); }
 
 void HttpListener::restart(std::chrono::milliseconds downTime) { workers_->goDown(downTime); }
+
+bool HttpListener::isUp() const { return workers_->isUp(); }
 
 bool HttpListener::waitUntilUp(std::chrono::milliseconds timeout) const {
   return workers_->waitUntilUp(timeout);

@@ -52,6 +52,22 @@ std::string base64Url(std::string_view bytes) {
   return encoded;
 }
 
+std::optional<std::string> bytesFromBase64Url(std::string_view text) {
+  std::string bytes;
+  std::uint32_t window = 0;
+  unsigned bits = 0;
+  for (const char c : text) {
+    const auto value = kBase64UrlAlphabet.find(c);
+    if (value == std::string_view::npos) return std::nullopt;
+    window = (window << 6U) | static_cast<std::uint32_t>(value);
+    bits += 6;
+    if (bits < 8) continue;
+    bits -= 8;
+    bytes.push_back(static_cast<char>((window >> bits) & 0xFFU));
+  }
+  return bytes;
+}
+
 std::string hexText(std::string_view bytes) {
   std::string text;
   text.reserve(bytes.size() * 2);

@@ -12,6 +12,8 @@ std::string percentDecode(std::string_view text);
 
 // RFC 4648 section 5, without padding.
 std::string base64Url(std::string_view bytes);
+// Nothing when the text is none of that.
+std::optional<std::string> bytesFromBase64Url(std::string_view text);
 
 // Lower case.
 std::string hexText(std::string_view bytes);
