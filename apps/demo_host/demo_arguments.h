@@ -25,6 +25,10 @@ struct DemoOptions {
   bool stays = false;
   // Whether a browser is opened on that console.
   bool opensConsole = false;
+  // A page of everything that the started risk server saw.
+  std::optional<std::filesystem::path> report;
+  // Whether that page keeps personal data.
+  bool reportIsPlain = false;
 };
 
 std::string demoUsage();

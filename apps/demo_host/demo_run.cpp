@@ -8,6 +8,7 @@
 
 #include "apps/demo_host/demo_arguments.h"
 #include "apps/demo_host/demo_errors.h"
+#include "apps/demo_host/demo_report.h"
 #include "apps/demo_host/demo_stay.h"
 #include "apps/demo_host/inspection_printer.h"
 #include "apps/demo_host/journey.h"
@@ -25,7 +26,8 @@ namespace {
 constexpr std::chrono::seconds kLastCallsTime{10};
 constexpr std::chrono::seconds kLastCallsTimeWithoutTally{1};
 
-std::vector<std::string> serverArguments(const DemoOptions& options, const ServerFiles& files) {
+std::vector<std::string> serverArguments(const DemoOptions& options, const ServerFiles& files,
+                                         const ReportLog& log) {
   std::vector<std::string> arguments = {"--port", "0", "--console-port",
                                         options.stays ? "0" : "off"};
   const auto add = [&](const char* name, const std::optional<std::filesystem::path>& file) {
@@ -36,7 +38,7 @@ std::vector<std::string> serverArguments(const DemoOptions& options, const Serve
   add("--config", files.config);
   add("--rules", files.rules);
   add("--faults", files.faults);
-  add("--log", options.logFile);
+  add("--log", log.file());
   return arguments;
 }
 
@@ -58,10 +60,10 @@ void printEnd(const Journey& journey, const JourneyResult& result, JourneyPrinte
 }
 
 // The URL of the server that is to be used, which is started if it is the demo's own.
-std::string serverUrlFor(const DemoOptions& options, const ServerFiles& files,
+std::string serverUrlFor(const DemoOptions& options, const ServerFiles& files, const ReportLog& log,
                          std::optional<ServerProcess>& server, JourneyPrinter& printer) {
   if (!options.serverUrl) {
-    server.emplace(options.riskServer, serverArguments(options, files));
+    server.emplace(options.riskServer, serverArguments(options, files, log));
     printer.print("risk server        " + server->url() + ", started for this run");
     if (options.stays) showConsole(options, *server, printer);
     return server->url();
@@ -109,12 +111,12 @@ void checkTally(const std::string& url, const std::optional<Tally>& before, Jour
   }
 }
 
-JourneyResult playJourney(const DemoOptions& options, const Journey& journey,
+JourneyResult playJourney(const DemoOptions& options, const Journey& journey, const ReportLog& log,
                           JourneyPrinter& printer, std::ostream& error) {
   printer.print(journey.title);
   printer.print("");
   std::optional<ServerProcess> server;
-  const std::string url = serverUrlFor(options, journey.server, server, printer);
+  const std::string url = serverUrlFor(options, journey.server, log, server, printer);
   const std::optional<Tally> before = fetchTally(url);
   StateFolder state(options.dataFolder);
   const auto manager = makeManager(journey, state, options.debug);
@@ -135,7 +137,9 @@ JourneyResult playJourney(const DemoOptions& options, const Journey& journey,
 int runParsed(const DemoOptions& options, std::ostream& out, std::ostream& error) {
   const Journey journey = loadJourney(options.journey);
   JourneyPrinter printer(out);
-  const JourneyResult result = playJourney(options, journey, printer, error);
+  const ReportLog log(options);
+  const JourneyResult result = playJourney(options, journey, log, printer, error);
+  if (options.report) writeReport(options, *log.file());
   return result.faults.empty() ? kPlayedAsExpected : kRunFailed;
 }
 

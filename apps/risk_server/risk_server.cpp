@@ -33,10 +33,12 @@ RiskServer::RiskServer(RiskServerOptions options)
                 faults_, log_),
       state_(services_, faults_, log_,
              {[this] { return url(); }, [this] { return listener_.isUp(); }}),
-      feed_(log_, state_, signal_),
+      masker_(contract_, randomSigningKey()),
+      feed_(log_, state_, masker_, signal_),
       control_({contract_, services_, faults_, log_, state_, signal_},
                [this](std::chrono::milliseconds downTime) { restart(downTime); }),
-      exchanges_(log_, feed_),
+      exchanges_(log_, feed_, masker_),
+      captures_({contract_, log_, state_, masker_}),
       wantedPort_(options.port),
       wantedConsolePort_(options.consolePort),
       listener_([this](const HttpRequest& request) { return answer(request); },
@@ -86,8 +88,9 @@ HttpReply RiskServer::answerControl(const HttpRequest& request, int port) {
   const bool isOpen = request.target == kHealthPath;
   if (auto refusal = guard_.refusalOfToken(request); refusal && !isOpen) return std::move(*refusal);
   const std::string path = pathOfTarget(request.target);
-  HttpReply reply =
-      ExchangesHandler::answers(path) ? exchanges_.answer(request) : control_.answer(request);
+  HttpReply reply = ExchangesHandler::answers(path)  ? exchanges_.answer(request)
+                    : CapturesHandler::answers(path) ? captures_.answer(request)
+                                                     : control_.answer(request);
   addSecurityHeaders(reply);
   return reply;
 }

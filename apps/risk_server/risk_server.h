@@ -14,6 +14,7 @@
 #include <string_view>
 #include <vector>
 
+#include "apps/risk_server/console_server/captures_handler.h"
 #include "apps/risk_server/console_server/event_feed.h"
 #include "apps/risk_server/console_server/exchanges_handler.h"
 #include "apps/risk_server/console_server/server_state.h"
@@ -23,6 +24,7 @@
 #include "apps/risk_server/faults/fault_list.h"
 #include "apps/risk_server/http/http_listener.h"
 #include "apps/risk_server/http/request_guard.h"
+#include "apps/risk_server/masking/masker.h"
 #include "apps/risk_server/service_handler.h"
 #include "apps/risk_server/verdicts/verdict_rules.h"
 
@@ -109,9 +111,11 @@ class RiskServer {
   FaultList faults_;
   ServiceHandler services_;
   const ServerState state_;
+  const Masker masker_;
   EventFeed feed_;
   ControlHandler control_;
   ExchangesHandler exchanges_;
+  CapturesHandler captures_;
   const int wantedPort_;
   const std::optional<int> wantedConsolePort_;
   // Last: their threads use what stands above.

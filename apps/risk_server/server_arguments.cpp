@@ -84,12 +84,40 @@ const std::map<std::string, OptionSetter>& optionSetters() {
   return kSetters;
 }
 
+// The arguments, taken one after the other.
+class ArgumentReader {
+ public:
+  explicit ArgumentReader(const std::vector<std::string>& arguments) : arguments_(arguments) {}
+
+  bool isAtEnd() const { return next_ == arguments_.size(); }
+  const std::string& take() { return arguments_[next_++]; }
+  // The value of the option `name`.
+  const std::string& takeValue(const std::string& name) {
+    if (isAtEnd()) throw InputError(name + ": its value is missing");
+    if (arguments_[next_].empty()) throw InputError(name + ": its value is empty");
+    return take();
+  }
+
+ private:
+  const std::vector<std::string>& arguments_;
+  std::size_t next_ = 0;
+};
+
+void checkTogether(const CommandLine& line, bool isPlain) {
+  if (line.check && line.report) throw InputError("--check: not together with --report-from");
+  if (isPlain && !line.report) throw InputError("--plain: only with --report-from");
+}
+
 }  // namespace
 
 std::string usageText() {
   return R"(usage: risk_server [options]
+       risk_server --check LOG [--contract FILE]
+       risk_server --report-from LOG FILE.html [--plain]
 
-A local stand-in for the risk server, on 127.0.0.1 only.
+A local stand-in for the risk server, on 127.0.0.1 only. With --check it tells what in a capture (its
+own log, or a HAR file of any proxy) breaks the contract, and ends with 1 if anything does; with
+--report-from it makes a page of one that can be handed on, without personal data unless --plain.
 
   --port N               listen on this port; 0, the default, takes a free one
   --config FILE          the configuration that clients get, a JSON object
@@ -114,29 +142,36 @@ docs/risk_server.md explains rules, faults and the console. SIGTERM and SIGINT s
 )";
 }
 
-std::optional<RiskServerOptions> optionsFromArguments(const std::vector<std::string>& arguments) {
-  RiskServerOptions options;
-  options.consolePort = 0;
+std::optional<CommandLine> commandLineFrom(const std::vector<std::string>& arguments) {
+  CommandLine line;
+  line.options.consolePort = 0;
   std::string faultsFile;
-  for (std::size_t i = 0; i < arguments.size(); ++i) {
-    const std::string& name = arguments[i];
+  bool isPlain = false;
+  for (ArgumentReader reader(arguments); !reader.isAtEnd();) {
+    const std::string& name = reader.take();
     if (name == "--help") return std::nullopt;
     const auto setter = optionSetters().find(name);
-    const bool isFaults = name == "--faults";
-    if (setter == optionSetters().end() && !isFaults)
-      throw InputError(name + ": no such option, see --help");
-    if (i + 1 == arguments.size()) throw InputError(name + ": its value is missing");
-    const std::string& value = arguments[++i];
-    if (value.empty()) throw InputError(name + ": its value is empty");
-    if (isFaults) {
-      faultsFile = value;
+    if (setter != optionSetters().end()) {
+      setter->second(line.options, reader.takeValue(name));
+    } else if (name == "--faults") {
+      faultsFile = reader.takeValue(name);
+    } else if (name == "--check") {
+      line.check = reader.takeValue(name);
+    } else if (name == "--report-from") {
+      line.report.emplace();
+      line.report->capture = reader.takeValue(name);
+      line.report->file = reader.takeValue(name);
+    } else if (name == "--plain") {
+      isPlain = true;
     } else {
-      setter->second(options, value);
+      throw InputError(name + ": no such option, see --help");
     }
   }
+  checkTogether(line, isPlain);
+  if (line.report) line.report->isPlain = isPlain;
   // Last: its paths are those of the contract.
-  if (!faultsFile.empty()) setFaultsFile(options, faultsFile);
-  return options;
+  if (!faultsFile.empty()) setFaultsFile(line.options, faultsFile);
+  return line;
 }
 
 }  // namespace risk_server

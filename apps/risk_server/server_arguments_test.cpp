@@ -30,7 +30,7 @@ class ArgumentFiles {
 
 std::string faultOfArguments(const std::vector<std::string>& arguments) {
   try {
-    optionsFromArguments(arguments);
+    commandLineFrom(arguments);
   } catch (const InputError& error) {
     return error.what();
   }
@@ -39,7 +39,7 @@ std::string faultOfArguments(const std::vector<std::string>& arguments) {
 
 TEST(ServerArgumentsTest, takesEveryOption) {
   const ArgumentFiles files;
-  const auto options = optionsFromArguments(
+  const auto line = commandLineFrom(
       {"--port",          "65535",
        "--config",        files.write("config", R"({"a": 1})"),
        "--rules",         files.write("rules", R"([{"risk": "HIGH"}])"),
@@ -50,7 +50,8 @@ TEST(ServerArgumentsTest, takesEveryOption) {
        "--control-host",  "lab",
        "--console-token", "t",
        "--faults",        files.write("faults", R"([{"path": "*", "status": 500}])")});
-  ASSERT_TRUE(options);
+  ASSERT_TRUE(line);
+  const RiskServerOptions* options = &line->options;
   EXPECT_EQ(options->port, 65535);
   EXPECT_EQ(options->configuration.dump(), R"({"a":1})");
   EXPECT_EQ(options->rules.decide({}).risk, 2);
@@ -62,13 +63,20 @@ TEST(ServerArgumentsTest, takesEveryOption) {
   EXPECT_FALSE(options->consolePort);
   EXPECT_EQ(options->guard.moreHosts, std::vector<std::string>{"lab"});
   EXPECT_EQ(options->guard.token, "t");
-  EXPECT_EQ(optionsFromArguments({})->consolePort, 0);
-  EXPECT_FALSE(optionsFromArguments({"--help"}));
+  EXPECT_EQ(commandLineFrom({})->options.consolePort, 0);
+  EXPECT_FALSE(commandLineFrom({"--help"}));
+  const auto report = commandLineFrom({"--report-from", "in", "out", "--plain"})->report;
+  EXPECT_EQ(report->capture, "in");
+  EXPECT_EQ(report->file, "out");
+  EXPECT_TRUE(report->isPlain);
+  EXPECT_EQ(commandLineFrom({"--check", "in"})->check, "in");
 }
 
 TEST(ServerArgumentsTest, refusesWrongArguments) {
   EXPECT_EQ(faultOfArguments({"--prot", "1"}), "--prot: no such option, see --help");
   EXPECT_EQ(faultOfArguments({"--port"}), "--port: its value is missing");
+  EXPECT_EQ(faultOfArguments({"--report-from", "in"}), "--report-from: its value is missing");
+  EXPECT_EQ(faultOfArguments({"--plain"}), "--plain: only with --report-from");
   EXPECT_EQ(faultOfArguments({"--console-port", "on"}).find("--console-port: expected"), 0U);
   EXPECT_NE(faultOfArguments({"--control-host", "a:1"}), "");
   EXPECT_EQ(faultOfArguments({"--signing-key", ""}), "--signing-key: its value is empty");

@@ -52,10 +52,16 @@ std::uint64_t EventFeed::changeFrom(const HttpRequest& request) const {
   return numberFromText(after.substr(prefix.size())).value_or(0);
 }
 
-EventFeed::Batch EventFeed::batchAfter(std::uint64_t change) const {
-  Batch batch{Json::array(), log_.changesAfter(change, kMaxRowsInBatch)};
+EventFeed::Reading EventFeed::readingFrom(const HttpRequest& request) const {
+  return {queryValue(request.target, "masked") == "1", changeFrom(request), ""};
+}
+
+EventFeed::Batch EventFeed::batchFor(const Reading& reading) const {
+  Batch batch{Json::array(), log_.changesAfter(reading.change, kMaxRowsInBatch)};
   for (const KeptExchange& kept : batch.changes.changed) {
-    batch.rows.push_back(exchangeSummary(*kept.exchange, kept.outcome));
+    const Exchange& exchange = *kept.exchange;
+    batch.rows.push_back(reading.isMasked ? masker_.maskedSummary(exchange, kept.outcome)
+                                          : exchangeSummary(exchange, kept.outcome));
   }
   return batch;
 }
@@ -69,37 +75,36 @@ HttpReply EventFeed::open(const HttpRequest& request) {
   }
   HttpReply reply;
   reply.headers.emplace_back("Content-Type", "text/event-stream");
-  reply.stream = [this, lease, change = changeFrom(request)](ReplySink& sink) {
-    write(sink, change);
+  reply.stream = [this, lease, reading = readingFrom(request)](ReplySink& sink) {
+    write(sink, reading);
   };
   return reply;
 }
 
-std::string EventFeed::nextEvents(std::uint64_t& change, std::string& lastState) const {
+std::string EventFeed::nextEvents(Reading& reading) const {
   std::string events;
-  Batch batch = batchAfter(change);
+  Batch batch = batchFor(reading);
   if (batch.changes.hasGap) events += eventText("gap", "", gapData(batch.changes));
-  if (batch.changes.last != change) {
+  if (batch.changes.last != reading.change) {
     Json data = Json::object();
     data["rows"] = std::move(batch.rows);
     data["oldest"] = batch.changes.oldest;
-    change = batch.changes.last;
-    events += eventText("rows", idOf(change), data);
+    reading.change = batch.changes.last;
+    events += eventText("rows", idOf(reading.change), data);
   }
   const Json state = state_.asJson();
-  if (std::string text = dumpServerJson(state); text != lastState) {
+  if (std::string text = dumpServerJson(state); text != reading.state) {
     events += eventText("state", "", state);
-    lastState = std::move(text);
+    reading.state = std::move(text);
   }
   return events;
 }
 
-void EventFeed::write(ReplySink& sink, std::uint64_t change) const {
+void EventFeed::write(ReplySink& sink, Reading reading) const {
   const ChangeSignal::Watcher watcher(signal_);
-  std::string lastState;
   for (;;) {
     watcher.clear();
-    const std::string events = nextEvents(change, lastState);
+    const std::string events = nextEvents(reading);
     if (!events.empty()) {
       if (!sink.send(events) || !sink.waitUntil(Clock::now() + kBatchInterval, -1)) return;
       continue;
@@ -111,7 +116,7 @@ void EventFeed::write(ReplySink& sink, std::uint64_t change) const {
 }
 
 HttpReply EventFeed::changes(const HttpRequest& request) const {
-  Batch batch = batchAfter(changeFrom(request));
+  Batch batch = batchFor(readingFrom(request));
   Json data = Json::object();
   data["after"] = idOf(batch.changes.last);
   data["more"] = batch.changes.hasMore;

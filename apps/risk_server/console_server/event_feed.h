@@ -11,6 +11,7 @@
 #include "apps/risk_server/exchanges/change_signal.h"
 #include "apps/risk_server/exchanges/exchange_log.h"
 #include "apps/risk_server/http/http_listener.h"
+#include "apps/risk_server/masking/masker.h"
 
 namespace risk_server {
 
@@ -30,10 +31,12 @@ inline constexpr std::chrono::seconds kHeartbeatInterval{15};
 // Any thread; what it refers to must outlive it.
 class EventFeed {
  public:
-  EventFeed(const ExchangeLog& log, const ServerState& state, ChangeSignal& signal)
-      : log_(log), state_(state), signal_(signal) {}
+  EventFeed(const ExchangeLog& log, const ServerState& state, const Masker& masker,
+            ChangeSignal& signal)
+      : log_(log), state_(state), masker_(masker), signal_(signal) {}
 
   // The stream for "?after=RUN:CHANGE" or the header Last-Event-ID; 503 when there are too many.
+  // "masked=1" takes personal data out of the rows.
   HttpReply open(const HttpRequest& request);
   // {"after": "RUN:CHANGE", "more": whether to ask again at once, "gap", "oldest", "rows", "state"}
   HttpReply changes(const HttpRequest& request) const;
@@ -45,14 +48,23 @@ class EventFeed {
   };
   class Lease;
 
-  Batch batchAfter(std::uint64_t change) const;
+  // How one reader reads, and how far it has come.
+  struct Reading {
+    bool isMasked = false;
+    std::uint64_t change = 0;
+    std::string state;  // that it was told last
+  };
+
+  Batch batchFor(const Reading& reading) const;
+  Reading readingFrom(const HttpRequest& request) const;
   std::uint64_t changeFrom(const HttpRequest& request) const;
   std::string idOf(std::uint64_t change) const;
-  std::string nextEvents(std::uint64_t& change, std::string& lastState) const;
-  void write(ReplySink& sink, std::uint64_t change) const;
+  std::string nextEvents(Reading& reading) const;
+  void write(ReplySink& sink, Reading reading) const;
 
   const ExchangeLog& log_;
   const ServerState& state_;
+  const Masker& masker_;
   ChangeSignal& signal_;
   std::atomic<int> streams_{0};
 };

@@ -99,8 +99,9 @@ TEST(EventFeedStreamsTest, areBoundedAndGivenBack) {
   FaultList faults;
   ServiceHandler services(contract, Json::object(), {}, "key", faults, log);
   const ServerState state(services, faults, log, {[] { return ""; }, [] { return true; }});
+  const Masker masker(contract, "key");
   ChangeSignal signal;
-  EventFeed feed(log, state, signal);
+  EventFeed feed(log, state, masker, signal);
   std::vector<HttpReply> streams;
   for (int i = 0; i < kMaxEventStreams; ++i) {
     streams.push_back(feed.open({}));

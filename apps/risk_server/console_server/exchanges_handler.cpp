@@ -55,8 +55,13 @@ HttpReply ExchangesHandler::answerOne(const HttpRequest& request, const std::str
   const auto kept = log_.find(*id);
   if (!kept) return refusedReply(404, "the exchange is not kept");
   const Exchange& exchange = *kept->exchange;
-  if (part.empty()) return jsonReply(exchangeSummary(exchange, kept->outcome));
-  return bytesReply(part == "request" ? exchange.request : exchange.reply);
+  const bool isMasked = queryValue(request.target, "masked") == "1";
+  if (part.empty()) {
+    return jsonReply(isMasked ? masker_.maskedSummary(exchange, kept->outcome)
+                              : exchangeSummary(exchange, kept->outcome));
+  }
+  const std::string& bytes = part == "request" ? exchange.request : exchange.reply;
+  return bytesReply(isMasked ? masker_.maskedBody(bytes) : bytes);
 }
 
 HttpReply ExchangesHandler::search(const HttpRequest& request) const {

@@ -20,10 +20,12 @@ inline constexpr std::string_view kEventsPath = "/control/events";
 //   GET /control/exchanges/search?text=T    {"ids": [...]}: those with these bytes in a body
 //   GET /control/exchanges/ID               exchangeSummary
 //   GET /control/exchanges/ID/request       the bytes of the body; /reply alike
+// With "?masked=1" personal data is taken out.
 // Any thread; what it refers to must outlive it.
 class ExchangesHandler {
  public:
-  ExchangesHandler(ExchangeLog& log, EventFeed& feed) : log_(log), feed_(feed) {}
+  ExchangesHandler(ExchangeLog& log, EventFeed& feed, const Masker& masker)
+      : log_(log), feed_(feed), masker_(masker) {}
 
   static bool answers(const std::string& path);
   HttpReply answer(const HttpRequest& request);
@@ -35,6 +37,7 @@ class ExchangesHandler {
 
   ExchangeLog& log_;
   EventFeed& feed_;
+  const Masker& masker_;
 };
 
 }  // namespace risk_server

@@ -24,6 +24,8 @@ class ServerState {
   // "list"}, "configuration": {"version"}, "calls", "refused"}
   Json asJson() const;
 
+  std::string url() const { return listener_.url(); }
+
   // Another text for every process: numbers of exchanges and changes mean nothing in another run.
   const std::string& run() const { return run_; }
 

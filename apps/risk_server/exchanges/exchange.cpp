@@ -95,6 +95,7 @@ Json exchangeSummary(const Exchange& exchange, const ReplyOutcome& outcome) {
   row["method"] = exchange.method;
   row["path"] = exchange.path;
   row["status"] = exchange.status;
+  row["contentType"] = exchange.contentType;
   row["requestSize"] = exchange.request.size();
   row["replySize"] = exchange.reply.size();
   addFaults(row, exchange);

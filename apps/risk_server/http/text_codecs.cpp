@@ -52,6 +52,13 @@ std::string base64Url(std::string_view bytes) {
   return encoded;
 }
 
+std::string base64(std::string_view bytes) {
+  std::string encoded = base64Url(bytes);
+  for (char& c : encoded) c = c == '-' ? '+' : c == '_' ? '/' : c;
+  encoded.append((4 - encoded.size() % 4) % 4, '=');
+  return encoded;
+}
+
 std::optional<std::string> bytesFromBase64Url(std::string_view text) {
   std::string bytes;
   std::uint32_t window = 0;

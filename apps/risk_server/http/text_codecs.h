@@ -10,6 +10,9 @@ namespace risk_server {
 // Replaces each "%" with two hexadecimal digits by its byte; any other "%" stays as it is.
 std::string percentDecode(std::string_view text);
 
+// RFC 4648 section 4.
+std::string base64(std::string_view bytes);
+
 // RFC 4648 section 5, without padding.
 std::string base64Url(std::string_view bytes);
 // Nothing when the text is none of that.
