@@ -7,13 +7,15 @@ import {setTimeout as pause} from 'node:timers/promises';
 import {browser, consoleTest, load, rowIds} from './harness.js';
 import * as world from './world.js';
 
+// The longest task of any tab in milliseconds of its thread, so that what else runs on the machine does not count.
+function longestTask({traceEvents}) {
+  const tabs = new Set(traceEvents.filter(({name, args}) => name === 'thread_name' && args.name === 'CrRendererMain').map(({pid, tid}) => `${pid} ${tid}`));
+  const tasks = traceEvents.filter(({name, pid, tid}) => name === 'RunTask' && tabs.has(`${pid} ${tid}`));
+  assert.ok(tasks.length > 1000, `${tasks.length} tasks were traced`);
+  return Math.max(...tasks.map(({tdur = 0}) => tdur / 1000));
+}
+
 consoleTest('8 ten thousand calls at 500 a second, eight tabs, none is lost', {}, async ({t, server, page}) => {
-  await page.evaluate(() => {
-    window.longest = 0;
-    new PerformanceObserver((list) => {
-      for (const task of list.getEntries()) window.longest = Math.max(window.longest, task.duration);
-    }).observe({entryTypes: ['longtask']});
-  });
   const tabs = [page];
   for (let i = 1; i < 7; i += 1) {
     const tab = await page.context().newPage();
@@ -22,6 +24,8 @@ consoleTest('8 ten thousand calls at 500 a second, eight tabs, none is lost', {}
     tabs.push(tab);
   }
   const loading = load(server, 10_000, 500);
+  await pause(5000);
+  await browser.startTracing(page, {categories: ['disabled-by-default-devtools.timeline']});
   await page.waitForFunction(() => document.querySelectorAll('[data-id]').length > 20);
   await page.keyboard.press('Space');
   await page.waitForSelector('.status.paused');
@@ -32,6 +36,8 @@ consoleTest('8 ten thousand calls at 500 a second, eight tabs, none is lost', {}
   await pause(2000);
   await page.keyboard.press('Space');
   await page.waitForSelector('.status.live');
+  await pause(2000);
+  const trace = JSON.parse(await browser.stopTracing());
   const took = await loading;
   assert.ok(took < 40_000, `${took} ms`);
   for (const tab of tabs) {
@@ -40,7 +46,7 @@ consoleTest('8 ten thousand calls at 500 a second, eight tabs, none is lost', {}
     assert.deepEqual([ids.length, ids[0], ids.at(-1), new Set(ids).size], [10_000, 1, 10_000, 10_000]);
   }
   const inDocument = await page.$$eval('[data-id]', (rows) => rows.length);
-  const longest = await page.evaluate(() => window.longest);
+  const longest = longestTask(trace);
   t.diagnostic(`${inDocument} rows in the document, longest task ${longest} ms, 10 000 calls in ${took} ms`);
   assert.ok(inDocument < 60, `${inDocument} rows`);
   assert.ok(longest < 200, `${longest} ms`);

@@ -15,7 +15,7 @@ export const CONTENT_TYPE = 'application/json; charset=utf-8';
 
 // Without the flags for the network the browser would look for hosts that no test needs.
 const FLAGS = ['--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
-               '--disable-component-update', '--disable-sync'];
+               '--disable-component-update', '--disable-sync', '--disable-lcd-text'];
 
 export function temporaryFolder() {
   const path = mkdtempSync(join(tmpdir(), 'console-test-'));
