@@ -77,7 +77,7 @@ consoleTest('14 usable at 200 percent', {page: {viewport: {width: 640, height: 4
     assert.ok(box && box.x >= 0 && box.x + box.width <= 640 && box.height > 10, selector);
   }
   const shown = await page.$eval('.detail .panel', (panel) => panel.getBoundingClientRect());
-  assert.ok(shown.height > 80, `${shown.height} px are left for a body`);
+  assert.ok(shown.height > 80 && shown.right <= 640, `${shown.height} px are left for a body, to ${shown.right} px`);
   for (const view of await allViews(server)) {
     await go('/' + view);
     await pause(100);

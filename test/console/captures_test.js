@@ -105,6 +105,9 @@ test('13 the report stands by itself: every view, masked, from a file', {timeout
   const plain = await world.run(world.RISK_SERVER, ['--report-from', folder.file('calls.jsonl'), folder.file('plain.html'), '--plain']);
   assert.equal(plain.status, 0);
   assert.ok(world.readText(folder.file('plain.html')).includes('Haddad'));
+  await page.goto('file://' + folder.file('plain.html'));
+  await hasRow(page, 1);
+  assert.equal(await page.$('#hacked'), null);
   await page.context().close();
   folder.remove();
 });

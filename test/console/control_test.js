@@ -74,9 +74,10 @@ function rawRequest(url, {method = 'POST', headers = {}, body = '[{"path":"*","h
   });
 }
 
-consoleTest('7 no page of another origin reaches the control path, curl does', {page: {allowed: [/./]}}, async ({server, page}) => {
+consoleTest('7 no page of another origin reaches the control path, curl does', {page: {allowed: [/./]}}, async ({t, server, page}) => {
   const stranger = http.createServer((request, response) => response.setHeader('Content-Type', 'text/html').end('<p>other'));
   await new Promise((resolve) => stranger.listen(0, '127.0.0.1', resolve));
+  t.after(() => stranger.close());
   const strangerUrl = `http://127.0.0.1:${stranger.address().port}/`;
   for (const base of [server.url, server.console]) {
     const host = base.slice(7, -1);
@@ -99,5 +100,4 @@ consoleTest('7 no page of another origin reaches the control path, curl does', {
     assert.equal((await server.json('faults')).length, 1);
     await server.set('faults', []);
   }
-  stranger.close();
 });

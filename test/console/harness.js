@@ -8,7 +8,7 @@ import * as bodies from './bodies.js';
 import {PATHS} from './bodies.js';
 import {CONTENT_TYPE, launchBrowser, openPage, startServer, stopServers} from './world.js';
 
-const LONG = 30_000;  // only so that what never happens fails the test instead of stopping it
+const LONG = Number(process.env.LONG ?? 30_000);  // only so that what never happens fails the test instead of stopping it
 
 export let browser;
 before(async () => { browser = await launchBrowser(); });

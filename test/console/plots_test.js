@@ -33,6 +33,9 @@ consoleTest('9 biometrics: what is plotted is what was sent', {}, async ({server
   assert.equal(await page.$$eval('.press.cancelled', (found) => found.length), 1);
   assert.equal(await page.$$eval('.touch text', (tags) => tags.length), 0, 'no view is guessed');
   assert.match(await page.textContent('.bio'), /size of the screen unknown/);
+  await page.click('.plot:has(.touch) button');
+  const untimed = await page.$$eval('.plot:has(.touch) tbody tr', (rows) => rows.map((row) => row.firstChild.textContent + row.lastChild.textContent));
+  assert.deepEqual(untimed, Array(49).fill(''), 'no time is guessed');
 });
 
 consoleTest('10 traces: spans, without length, open, ambiguous, appended', {}, async ({server, page, go}) => {
