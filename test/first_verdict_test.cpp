@@ -1,7 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <future>
-
 #include "test/real_world_test_support.h"
 
 namespace quorvance {
@@ -47,69 +45,32 @@ TEST(FirstVerdictTest, EveryCheckpointFitsTheServersContract) {
   QuorvanceManager manager(world.platform());
   manager.setupWithServerUrl(world.server.url(), "anna");
   const auto user = std::make_shared<User>(User{.userId = "ånna/1", .email = "a@bank.test"});
-  const auto address = std::make_shared<Address>(Address{.city = "Graz"});
-  Json extra = Json::object();
-  extra["screen"] = "start";
-  std::vector<std::unique_ptr<CheckPoint>> checkPoints;
-  checkPoints.push_back(std::make_unique<Launch>());
-  checkPoints.push_back(std::make_unique<Register>(user));
-  checkPoints.push_back(std::make_unique<Login>(user));
-  checkPoints.push_back(std::make_unique<UpdateUserInfo>(nullptr));
-  checkPoints.push_back(std::make_unique<PasswordChange>(user));
-  checkPoints.push_back(std::make_unique<General>());
-  checkPoints.push_back(std::make_unique<AddPaymentMethod>("anna", "token"));
-  checkPoints.push_back(
-      std::make_unique<Transaction>(TransactionFields{.actType = TransactionType::P2P,
-                                                      .curType = CurrencyCode::EUR,
-                                                      .amount = 12.5,
-                                                      .user = user,
-                                                      .shippingAddress = address}));
-  checkPoints.push_back(std::make_unique<CheckPoint>(CheckPointType::UPDATE_DETAILS));
+  const TransactionFields transaction{.actType = TransactionType::P2P,
+                                      .curType = CurrencyCode::EUR,
+                                      .amount = 12.5,
+                                      .user = user,
+                                      .shippingAddress = std::make_shared<Address>()};
+  const std::shared_ptr<CheckPoint> checkPoints[] = {
+      std::make_shared<Launch>(),
+      std::make_shared<Register>(user),
+      std::make_shared<Login>(user),
+      std::make_shared<UpdateUserInfo>(nullptr),
+      std::make_shared<PasswordChange>(user),
+      std::make_shared<General>(),
+      std::make_shared<AddPaymentMethod>("anna", "token"),
+      std::make_shared<Transaction>(transaction),
+      std::make_shared<CheckPoint>(CheckPointType::UPDATE_DETAILS)};
   VerdictInbox inbox;
   for (const auto& checkPoint : checkPoints) {
-    checkPoint->setAdditionalData(extra);
+    checkPoint->setAdditionalData({{"screen", "start"}});
     manager.getRiskForCheckPoint(*checkPoint, inbox.completion());
     manager.arriveToCheckPoint(*checkPoint);
   }
-  EXPECT_EQ(inbox.wait(checkPoints.size()).size(), checkPoints.size());
-  EXPECT_TRUE(world.sees("qrsk-med/3.0/SendCheckpointEvent/", checkPoints.size()));
+  EXPECT_EQ(inbox.wait(std::size(checkPoints)).size(), std::size(checkPoints));
+  EXPECT_TRUE(world.sees("qrsk-med/3.0/SendCheckpointEvent/", std::size(checkPoints)));
   for (const auto& exchange : world.server.exchanges()) {
     EXPECT_EQ(exchange.fault, "") << exchange.request;
   }
-}
-
-TEST(FirstVerdictTest, StoredStateSurvivesTheProcess) {
-  RealWorld world;
-  std::string session;
-  {
-    const Platform before = world.platform();
-    QuorvanceManager manager(before);
-    manager.setupWithServerUrl(world.server.url(), "anna");
-    manager.initializeDeviceId();
-    ASSERT_TRUE(world.sees("qrsk-med/3.0/SendSessionData/"));
-    session = manager.getSessionId().value_or("");
-    std::promise<void> written;
-    before.backgroundQueue->post(WorkLane::files, [&] { written.set_value(); });
-    ASSERT_EQ(written.get_future().wait_for(kTestPatience), std::future_status::ready);
-  }
-  const Platform platform = world.platform();
-  const StoredEntry device = platform.defaults->read("deviceId");
-  EXPECT_EQ(device.kind, StoredEntry::Kind::text);
-  EXPECT_NE(device.text, "no_device_id");
-  QuorvanceManager next(platform);
-  EXPECT_EQ(next.getDeviceId(), device.text);
-  EXPECT_NE(next.getSessionId(), session);
-}
-
-TEST(FirstVerdictTest, HostsOwnLoopRunsTheMainQueue) {
-  RealWorld world;
-  const auto loop = std::make_shared<HostLoopQueue>();
-  ASSERT_GE(loop->descriptor(), 0);
-  QuorvanceManager manager(world.platform(loop));
-  manager.setupWithServerUrl(world.server.url(), "anna");
-  // The first request needs no turn of the host's loop.
-  EXPECT_TRUE(world.sees("qrsk-med/3.0/getSdkConfiguration/"));
-  loop->dispatch();
 }
 
 }  // namespace

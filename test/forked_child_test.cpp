@@ -1,13 +1,11 @@
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cstdlib>
-#include <functional>
 #include <thread>
 
+#include "platform/testing/forked_child_test_support.h"
 #include "platform/testing/test_world.h"
 #include "quorvance/account_check_points.h"
 #include "quorvance/platform/host_loop_queue.h"
@@ -15,23 +13,6 @@
 
 namespace quorvance {
 namespace {
-
-constexpr int kChildIsWell = 7;
-
-/// Forks; whether the child ended by itself, as it should, and soon. In the child `body` runs.
-testing::AssertionResult childEndsWell(const std::function<void()>& body) {
-  const pid_t child = fork();
-  if (child == 0) {
-    alarm(5);  // a hang ends the child by a signal
-    body();
-    _exit(kChildIsWell);
-  }
-  int status = 0;
-  if (waitpid(child, &status, 0) != child) return testing::AssertionFailure() << "no child";
-  if (WIFSIGNALED(status)) return testing::AssertionFailure() << "signal " << WTERMSIG(status);
-  if (WEXITSTATUS(status) == kChildIsWell) return testing::AssertionSuccess();
-  return testing::AssertionFailure() << "status " << WEXITSTATUS(status);
-}
 
 // The last of this program's own static objects to be destroyed: what a leak checker says of a
 // child, in which the threads that own most of the memory do not exist, is not asked for.

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "apps/risk_server/risk_server.h"
+#include "platform/testing/temporary_folder_test_support.h"
 #include "quorvance/quorvance.h"
-#include "test/scratch_folder_test_support.h"
 
 namespace quorvance {
 
@@ -61,9 +61,16 @@ struct RealWorld {
   Platform platform(std::shared_ptr<MainQueue> mainQueue = nullptr) const {
     LinuxPlatformOptions options;
     options.hostApplication = {"com.bank.app", "4.2"};
-    options.dataFolder = folder.path() + "/data";
+    options.dataFolder = folder.at("data");
     options.mainQueue = std::move(mainQueue);
     return makeLinuxPlatform(std::move(options));
+  }
+
+  /// The same, with other documents.
+  Platform platformWith(std::shared_ptr<DocumentsFolder> documents) const {
+    Platform changed = platform();
+    changed.documents = std::move(documents);
+    return changed;
   }
 
   /// Whether calls of the path, without its leading slash, came that often.
@@ -71,7 +78,7 @@ struct RealWorld {
     return server.waitForCalls("/" + path, count, kTestPatience);
   }
 
-  ScratchFolder folder;
+  TemporaryFolder folder;
   risk_server::RiskServer server;
 };
 

@@ -1,10 +1,7 @@
 #include <gmock/gmock.h>
 
-#include <filesystem>
-
 #include "platform/testing/manual_executor.h"
 #include "test/real_world_test_support.h"
-#include "test/watched_documents_test_support.h"
 
 namespace quorvance {
 namespace {
@@ -69,34 +66,6 @@ TEST(TraceUploadTest, ArrivesWithStartsMiddlesAndEnds) {
         "getRiskForCheckPoint Start", "getRiskForCheckPoint End", "requestFromServer Start",
         "requestFromServer End"}) {
     EXPECT_THAT(phases, Contains(phase));
-  }
-}
-
-TEST(StoredReportsTest, FailedCallIsKeptOnDiskAndSentByTheNextProcess) {
-  RealWorld world;
-  world.server.setFaults(
-      R"([{"path": "/qrsk-med/3.0/GetCheckpointRisk/", "status": 500, "times": 1}])");
-  {
-    Platform platform = world.platform();
-    const auto documents = std::make_shared<WatchedDocuments>(platform.documents);
-    platform.documents = documents;
-    QuorvanceManager manager(platform);
-    manager.setupWithServerUrl(world.server.url(), "anna");
-    VerdictInbox inbox;
-    manager.getRiskForCheckPoint(Launch(), inbox.completion());
-    ASSERT_EQ(inbox.wait(1).size(), 1U);
-    ASSERT_EQ(documents->waitForWrites(1, kTestPatience), 1U);
-  }
-  Platform platform = world.platform();
-  const auto documents = std::make_shared<WatchedDocuments>(platform.documents);
-  platform.documents = documents;
-  QuorvanceManager next(platform);
-  next.setupWithServerUrl(world.server.url(), "anna");
-  next.initializeDeviceId();
-  ASSERT_TRUE(world.sees("qrsk-med/3.0/ErrorLogging/"));
-  EXPECT_EQ(documents->waitForRemovals(1, kTestPatience), 1U);
-  for (const auto& entry : std::filesystem::directory_iterator(world.folder.path() + "/data")) {
-    EXPECT_FALSE(entry.path().filename().string().starts_with("communicationError"));
   }
 }
 

@@ -3,27 +3,20 @@
 #include <atomic>
 #include <future>
 
+#include "platform/testing/memory_documents.h"
 #include "test/real_world_test_support.h"
 
 namespace quorvance {
 namespace {
 
 /// A disk that does not answer until it is released. It says when it was first asked.
-class SilentDocuments : public DocumentsFolder {
+class SilentDocuments : public MemoryDocuments {
  public:
   bool prepare() override {
     if (!asked_.exchange(true)) firstAsk_.set_value();
     released_.wait();
     return false;
   }
-  std::optional<PlatformError> list(std::vector<DocumentEntry>&) override { return {}; }
-  DocumentRead read(const std::string&, std::string&) override { return {}; }
-  std::optional<PlatformError> write(const std::string&, std::string_view) override { return {}; }
-  std::optional<PlatformError> rename(const std::string&, const std::string&) override {
-    return {};
-  }
-  std::optional<PlatformError> remove(const std::string&) override { return {}; }
-
   void waitUntilAsked() {
     ASSERT_EQ(firstAsk_.get_future().wait_for(kTestPatience), std::future_status::ready);
   }
@@ -43,9 +36,7 @@ TEST(UnansweredCallsTest, ReturnWhileNeitherDiskNorServerAnswers) {
   const auto documents = std::make_shared<SilentDocuments>();
   VerdictInbox inbox;
   {
-    Platform platform = world.platform();
-    platform.documents = documents;
-    QuorvanceManager manager(platform);
+    QuorvanceManager manager(world.platformWith(documents));
     EXPECT_TRUE(manager.setupWithServerUrl(world.server.url(), "anna"));
     manager.arriveToCheckPoint(General());
     documents->waitUntilAsked();

@@ -190,7 +190,8 @@ def problem_of_angled(kind, folder, test, name):
         return None if allowed else f"<{name}> is only for {THIRD_PARTY[top]}"
     if kind == "public":
         return f"a public header includes no system header: <{name}>"
-    if kind == "source" and not is_linux(folder):
+    # What tests share may fork and make folders.
+    if kind == "source" and not is_linux(folder) and not (test and folder == "platform/testing"):
         return f"system headers are only for src/platform/linux: <{name}>"
     return None
 
@@ -201,7 +202,7 @@ def allowed_folders(kind, folder, test):
         if folder == "umbrella":
             return set(LIBRARY)
         return closure(folder) | ({"platform/testing"} if test else set())
-    if kind == "test":
+    if kind == "test" or (kind == "app" and test):
         return {"platform/testing"}
     if kind in ("bench", "fuzz", "refused"):
         return set(LIBRARY)

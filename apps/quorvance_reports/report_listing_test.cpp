@@ -1,35 +1,16 @@
 #include "apps/quorvance_reports/report_listing.h"
 
 #include <gmock/gmock.h>
-#include <stdlib.h>
 
-#include <fstream>
 #include <sstream>
+
+#include "platform/testing/temporary_folder_test_support.h"
 
 namespace quorvance_reports {
 namespace {
 
-class ReportFolder {
- public:
-  ReportFolder() {
-    path_ = (std::filesystem::temp_directory_path() / "reports-XXXXXX").string();
-    if (mkdtemp(path_.data()) == nullptr) path_.clear();
-  }
-  ~ReportFolder() { std::filesystem::remove_all(path_); }
-  ReportFolder(const ReportFolder&) = delete;
-  ReportFolder& operator=(const ReportFolder&) = delete;
-
-  void put(const std::string& name, const std::string& bytes) const {
-    std::ofstream(path_ + "/" + name, std::ios::binary) << bytes;
-  }
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
-};
-
 TEST(ReportListingTest, TellsEachReportAndLeavesOthersOut) {
-  const ReportFolder folder;
+  const quorvance::TemporaryFolder folder;
   folder.put("crashB.json", R"({"error_type":"SIGSEGV","error_code":11})");
   folder.put("crashA.json", "rubbish");
   folder.put("activityA.json", R"({"screenType":"startApp","userId":"u\u001b[31m"})");

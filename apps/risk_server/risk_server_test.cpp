@@ -1,16 +1,12 @@
 #include "apps/risk_server/risk_server.h"
 
 #include <gtest/gtest.h>
-#include <httplib.h>
 
-#include <csignal>
 #include <ctime>
 #include <iterator>
-#include <thread>
 
 #include "apps/risk_server/http/http_listener.h"
-#include "apps/risk_server/http/raw_client.h"
-#include "apps/risk_server/sample_bodies.h"
+#include "apps/risk_server/served_test_support.h"
 #include "apps/risk_server/verdicts/signed_verdict.h"
 
 namespace risk_server {
@@ -18,113 +14,66 @@ namespace {
 
 using sample::rawPost;
 
-constexpr const char* kRiskPath = "/qrsk-med/3.0/GetCheckpointRisk/";
 constexpr const char* kDevicePath = "/qrsk-med/3.0//GetDeviceID/";
 constexpr const char* kConfigPath = "/qrsk-med/3.0/getSdkConfiguration/";
-constexpr std::chrono::seconds kPatience{30};
 
-struct Answer {
-  int status = -1;
-  Json body;
-};
-
-class RiskServerTest : public testing::Test {
- protected:
-  RiskServerTest() : server_(fixedKey()) { server_.start(); }
-
-  static RiskServerOptions fixedKey() {
-    RiskServerOptions options;
-    options.signingKey = "test key";
-    return options;
-  }
-
-  std::unique_ptr<httplib::Client> client() const {
-    std::string url = server_.url();
-    url.pop_back();
-    auto made = std::make_unique<httplib::Client>(url);
-    made->set_keep_alive(true);
-    made->set_url_encode(false);
-    made->set_tcp_nodelay(true);
-    return made;
-  }
-
-  static Answer answerOf(const httplib::Result& result) {
-    if (!result) return {};
-    return {result->status, sample::parsed(result->body)};
-  }
-
-  Answer post(const std::string& path, const std::string& body) const {
-    return answerOf(client()->Post(path, body, sample::kContentType));
-  }
-  Answer post(const std::string& path, const Json& body) const { return post(path, body.dump()); }
-  Answer get(const std::string& path) const { return answerOf(client()->Get(path)); }
-
-  // Sends the bytes on a connection of their own and reads until the server closes it.
-  std::string exchangeRaw(const std::string& bytes) const;
-
-  RiskServer server_;
-};
-
-std::string RiskServerTest::exchangeRaw(const std::string& bytes) const {
-  sample::RawClient raw(server_.url());
-  if (!raw.send(bytes)) return {};
-  raw.endSending();
-  return raw.receiveAll();
+RiskServerOptions fixedKey() {
+  RiskServerOptions options;
+  options.signingKey = "test key";
+  return options;
 }
+
+class RiskServerTest : public ServedTest {
+ protected:
+  RiskServerTest() : ServedTest(fixedKey()) {}
+};
 
 // std::time() reads a coarser clock than the server's, which may still be in the second before.
 std::time_t secondsNow() {
   return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
 }
 
-TEST_F(RiskServerTest, givesADeviceAlwaysTheSameIdentifier) {
-  const Answer answer = post(kDevicePath, sample::deviceIdentifierBody());
-  EXPECT_EQ(answer.status, 200);
-  EXPECT_EQ(findText(answer.body, "response.deviceID"),
-            deviceIdentifier(sample::kUuid, "test key"));
-  EXPECT_EQ(post(kDevicePath, sample::deviceIdentifierBody()).body, answer.body);
-}
-
 TEST_F(RiskServerTest, answersAVerdictSignedForTheRequestAndTheDecodedUser) {
   server_.setRules(VerdictRules::fromJson(
       sample::parsed(R"([{"checkpoint": "TRANSACTION", "user": "a b", "risk": "HIGH"}])")));
   const std::time_t before = secondsNow();
-  const Answer answer = post(kRiskPath, sample::checkpointBody(sample::transaction(), "a%20b"));
+  const Received received =
+      post(kVerdictPath, sample::checkpointBody(sample::transaction(), "a%20b").dump());
   const std::time_t after = secondsNow();
-  ASSERT_EQ(answer.status, 200);
-  EXPECT_EQ(answer.body["risk"], 2);
-  EXPECT_EQ(findText(answer.body, "requestID"), sample::kUuid);
+  ASSERT_EQ(received.code(), 200);
+  const Json answer = received.json();
+  EXPECT_EQ(answer["risk"], 2);
+  EXPECT_EQ(findText(answer, "requestID"), sample::kUuid);
   bool signedInTime = false;
   for (std::time_t at = before; at <= after; ++at) {
     const std::string expected = signVerdict({2, sample::kUuid, "a b", at}, "test key");
-    signedInTime = signedInTime || findText(answer.body, "signedRisk") == expected;
+    signedInTime = signedInTime || findText(answer, "signedRisk") == expected;
   }
-  EXPECT_TRUE(signedInTime) << answer.body.dump();
+  EXPECT_TRUE(signedInTime) << answer.dump();
 }
 
 TEST_F(RiskServerTest, refusesWithAReasonAndLogsIt) {
   Json wrong = sample::checkpointBody(sample::transaction());
   wrong["keys"]["requestID"] = "x";
-  const Answer answer = post(kRiskPath, wrong);
-  EXPECT_EQ(answer.status, 400);
-  EXPECT_EQ(findText(answer.body, "error"),
-            "keys.requestID: expected an upper-case UUID, got \"x\"");
-  EXPECT_EQ(post(kRiskPath, std::string("[]")).status, 400);
-  EXPECT_EQ(post(kRiskPath, std::string(1000, '[')).status, 400);
-  EXPECT_EQ(post(kRiskPath, std::string("\xff")).status, 400);
-  EXPECT_EQ(post("/qrsk-med/3.0/GetDeviceID/", sample::deviceIdentifierBody()).status, 404);
-  EXPECT_EQ(get(kRiskPath).status, 405);
-  EXPECT_EQ(answerOf(client()->Put(kRiskPath, "{}", sample::kContentType)).status, 405);
-  EXPECT_EQ(answerOf(client()->Post(kRiskPath, "{}", "application/json")).status, 400);
-  EXPECT_EQ(server_.tally().refused, 8U);
-  EXPECT_EQ(server_.exchanges().front().fault, *findText(answer.body, "error"));
+  const Received answer = post(kVerdictPath, wrong.dump());
+  EXPECT_EQ(answer.code(), 400);
+  const std::string reason = "keys.requestID: expected an upper-case UUID, got \"x\"";
+  EXPECT_EQ(findText(answer.json(), "error"), reason);
+  EXPECT_EQ(server_.exchanges().front().fault, reason);
+  EXPECT_EQ(post(kVerdictPath, "[]").code(), 400);
+  EXPECT_EQ(post(kVerdictPath, "\xff").code(), 400);
+  const std::string device = sample::deviceIdentifierBody().dump();
+  EXPECT_EQ(post("/qrsk-med/3.0/GetDeviceID/", device).code(), 404);
+  EXPECT_EQ(get(kVerdictPath).code(), 405);
+  EXPECT_EQ(server_.tally().refused, 5U);
 }
 
 TEST_F(RiskServerTest, routesAndLogsTheTargetAsItCame) {
   const std::string body = sample::deviceIdentifierBody().dump();
-  EXPECT_NE(exchangeRaw(rawPost(kDevicePath, body)).find("deviceID"), std::string::npos);
+  EXPECT_EQ(findText(post(kDevicePath, body).json(), "response.deviceID"),
+            deviceIdentifier(sample::kUuid, "test key"));
   const std::string disguised = "/qrsk-med/3.0//Get%44eviceID/#x";
-  EXPECT_NE(exchangeRaw(rawPost(disguised, body)).find(" 404 "), std::string::npos);
+  EXPECT_EQ(post(disguised, body).code(), 404);
   const auto exchanges = server_.exchanges();
   ASSERT_EQ(exchanges.size(), 2U);
   EXPECT_EQ(exchanges[0].path, kDevicePath);
@@ -135,23 +84,22 @@ TEST_F(RiskServerTest, routesAndLogsTheTargetAsItCame) {
 TEST_F(RiskServerTest, answersWhatIsNoWholeRequestAndGoesOn) {
   const struct {
     std::string bytes;
-    const char* status;
+    int code;
   } kCases[] = {
-      {"nonsense\r\n\r\n", " 400 "},
-      {"POST /" + std::string(20'000, 'x') + " HTTP/1.1\r\n\r\n", " 414 "},
-      {"TRACE " + std::string(kRiskPath) + " HTTP/1.1\r\n\r\n", " 405 "},
-      {rawPost(kRiskPath, "{}").substr(0, 120), " 400 "},
-      {"POST / HTTP/1.1\r\nContent-Length: 99999999999\r\n\r\n", " 413 "},
-      {"POST / HTTP/1.1\r\nContent-Encoding: gzip\r\nContent-Length: 1\r\n\r\nx", " 415 "},
-      {"POST / HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n", " 400 "},
+      {"nonsense\r\n\r\n", 400},
+      {"POST /" + std::string(20'000, 'x') + " HTTP/1.1\r\n\r\n", 414},
+      {rawPost(kVerdictPath, "{}").substr(0, 120), 400},
+      {"POST / HTTP/1.1\r\nContent-Length: 99999999999\r\n\r\n", 413},
+      {"POST / HTTP/1.1\r\nContent-Encoding: gzip\r\nContent-Length: 1\r\n\r\nx", 415},
+      {"POST / HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n", 400},
   };
   for (const auto& sent : kCases) {
-    const std::string answer = exchangeRaw(sent.bytes);
-    EXPECT_EQ(answer.substr(8, 5), sent.status) << sent.bytes.substr(0, 40);
-    EXPECT_NE(answer.find("{\"error\":"), std::string::npos) << answer;
+    const Received answer = callWith(sent.bytes, true);
+    EXPECT_EQ(answer.code(), sent.code) << sent.bytes.substr(0, 40);
+    EXPECT_TRUE(answer.body.starts_with("{\"error\":")) << answer.body;
   }
   EXPECT_TRUE(server_.waitForRefusals(std::size(kCases), kPatience));
-  EXPECT_EQ(get("/control/health").status, 200);
+  EXPECT_EQ(get("/control/health").code(), 200);
 }
 
 TEST_F(RiskServerTest, boundsABodyWithoutAnnouncedLength) {
@@ -159,73 +107,21 @@ TEST_F(RiskServerTest, boundsABodyWithoutAnnouncedLength) {
   const std::string chunk = "100000\r\n" + std::string(0x100000, 'x') + "\r\n";
   for (std::size_t sent = 0; sent <= kMaxBodyBytes; sent += 0x100000) chunks += chunk;
   const std::string head = "POST / HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n";
-  EXPECT_EQ(exchangeRaw(head + chunks + "0\r\n\r\n").substr(8, 5), " 413 ");
-}
-
-TEST_F(RiskServerTest, keepsAConnectionForManyCalls) {
-  const std::string call = rawPost(kDevicePath, sample::deviceIdentifierBody().dump());
-  std::string calls;
-  for (int i = 0; i < 100; ++i) calls += call;
-  exchangeRaw(calls);
-  EXPECT_EQ(server_.tally().calls[kDevicePath], 100U);
-  EXPECT_EQ(server_.tally().refused, 0U);
+  EXPECT_EQ(callWith(head + chunks + "0\r\n\r\n", true).code(), 413);
 }
 
 TEST_F(RiskServerTest, controlReplacesConfigurationAndRulesAndIsNotCounted) {
-  EXPECT_EQ(post("/control/config", std::string(R"({"app_run_mode": 7})")).status, 200);
-  EXPECT_EQ(post(kConfigPath, sample::commonBody()).body.dump(), R"({"app_run_mode":7})");
-  EXPECT_EQ(post("/control/rules", std::string(R"([{"risk": "expire"}])")).status, 200);
-  EXPECT_EQ(post(kRiskPath, sample::checkpointBody(sample::transaction())).body["risk"], -2);
-  EXPECT_EQ(findText(post("/control/rules", std::string(R"([{"risk": 5}])")).body, "error"),
+  const std::string common = sample::commonBody().dump();
+  const std::string checkpoint = sample::checkpointBody(sample::transaction()).dump();
+  EXPECT_EQ(post("/control/config", R"({"app_run_mode": 7})").code(), 200);
+  EXPECT_EQ(post(kConfigPath, common).body, R"({"app_run_mode":7})");
+  EXPECT_EQ(post("/control/rules", R"([{"risk": "expire"}])").code(), 200);
+  EXPECT_EQ(post(kVerdictPath, checkpoint).json()["risk"], -2);
+  EXPECT_EQ(findText(post("/control/rules", R"([{"risk": 5}])").json(), "error"),
             "[0].risk: expected a text, got 5");
-  EXPECT_EQ(post("/control/config", std::string("[]")).status, 400);
-  EXPECT_EQ(get("/control/config").status, 405);
-  EXPECT_EQ(get("/control/other").status, 404);
-  EXPECT_EQ(post(kConfigPath, sample::commonBody()).body.dump(), R"({"app_run_mode":7})");
-  EXPECT_EQ(get("/control/tally").body.dump(),
-            R"({"calls":{"/qrsk-med/3.0/GetCheckpointRisk/":1,)"
-            R"("/qrsk-med/3.0/getSdkConfiguration/":2},"refused":0})");
-}
-
-TEST_F(RiskServerTest, servesManyClientsAtOnce) {
-  std::vector<std::thread> clients;
-  for (int i = 0; i < 16; ++i) {
-    clients.emplace_back([&] {
-      const auto own = client();
-      const std::string body = sample::checkpointBody(sample::transaction()).dump();
-      for (int call = 0; call < 20; ++call) own->Post(kRiskPath, body, sample::kContentType);
-    });
-  }
-  EXPECT_TRUE(server_.waitForCalls(kRiskPath, 320, kPatience));
-  for (std::thread& thread : clients) thread.join();
-}
-
-TEST_F(RiskServerTest, stopsAtOnceThoughConnectionsAreKept) {
-  const auto kept = client();
-  EXPECT_TRUE(kept->Get("/control/health"));
-  const auto begin = std::chrono::steady_clock::now();
-  server_.stop();
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
-  EXPECT_FALSE(kept->Get("/control/health"));
-}
-
-TEST(RiskServerStartTest, refusesAPortThatIsTaken) {
-  RiskServer first;
-  first.start();
-  const std::string url = first.url();
-  RiskServerOptions options;
-  options.port = std::stoi(url.substr(url.rfind(':') + 1));
-  RiskServer second(std::move(options));
-  EXPECT_THROW(second.start(), std::system_error);
-}
-
-TEST(RiskServerStartTest, leavesTheProcessesOwnSignalHandling) {
-  struct sigaction before {};
-  struct sigaction after {};
-  sigaction(SIGPIPE, nullptr, &before);
-  const RiskServer server;
-  sigaction(SIGPIPE, nullptr, &after);
-  EXPECT_EQ(before.sa_handler, after.sa_handler);
+  EXPECT_EQ(get("/control/other").code(), 404);
+  EXPECT_EQ(get("/control/tally").body, R"({"calls":{"/qrsk-med/3.0/GetCheckpointRisk/":1,)"
+                                        R"("/qrsk-med/3.0/getSdkConfiguration/":1},"refused":0})");
 }
 
 }  // namespace

@@ -9,20 +9,17 @@
 namespace quorvance {
 namespace {
 
-TEST(MillisecondsTest, TruncateTowardZero) {
+TEST(MillisecondsTest, TruncateTowardZeroUpToTheEndsOfSixtyFourBits) {
   const std::vector<std::pair<double, std::int64_t>> rows = {
-      {0.0, 0},     {1.5, 1500},  {1.9999, 1999}, {-1.9999, -1999},
-      {0.0009, 0},  {-0.0009, 0}, {1e-320, 0},    {1700000000.123, 1'700'000'000'123},
-      {-1.5, -1500}};
+      {1.9999, 1999},
+      {-1.9999, -1999},
+      {0.0009, 0},
+      {-0.0009, 0},
+      {1700000000.123, 1'700'000'000'123},
+      {-9223372036854775.808, std::numeric_limits<std::int64_t>::min()}};
   for (const auto& [seconds, milliseconds] : rows) {
     EXPECT_EQ(millisecondsFromSeconds(seconds), milliseconds) << seconds;
   }
-}
-
-// The greatest double below 2^63 is 2^63 - 1024.
-TEST(MillisecondsTest, ReachTheEndsOfSixtyFourBits) {
-  EXPECT_EQ(millisecondsFromSeconds(-9223372036854775.808),
-            std::numeric_limits<std::int64_t>::min());
   EXPECT_GT(millisecondsFromSeconds(9223372036854774.0), 9'223'372'036'854'000'000);
 }
 
@@ -38,12 +35,8 @@ TEST(MillisecondsDeathTest, StopTheProcessForATimeThatDoesNotFit) {
 TEST(DateTextTest, IsTheUtcCalendarWithThreeFractionalDigits) {
   const std::vector<std::pair<std::int64_t, std::string>> rows = {
       {1'700'000'000'123, "2023-11-14T22:13:20.123Z"},
-      {0, "1970-01-01T00:00:00.000Z"},
       {7, "1970-01-01T00:00:00.007Z"},
-      {999, "1970-01-01T00:00:00.999Z"},
-      {1000, "1970-01-01T00:00:01.000Z"},
       {-1, "1969-12-31T23:59:59.999Z"},
-      {-1000, "1969-12-31T23:59:59.000Z"},
       {951'782'400'000, "2000-02-29T00:00:00.000Z"},
       {1'709'251'199'999, "2024-02-29T23:59:59.999Z"},
       {253'402'300'799'999, "9999-12-31T23:59:59.999Z"},

@@ -67,12 +67,6 @@ TEST(CrashPlanTest, FilledFormsAreTheStoredReportsByteForByte) {
   }
 }
 
-TEST(CrashPlanTest, ReportsGoIntoTheCrashCategory) {
-  const CrashPlan plan = makeCrashPlan({});
-  EXPECT_EQ(plan.category, "crash");
-  EXPECT_EQ(plan.maxFiles, 50U);
-}
-
 TEST(CrashPlanTest, ReasonNamesTheSignalOfTheVocabulary) {
   EXPECT_EQ(signalReason(11), "Signal SIGSEGV(11) was raised.\n");
   EXPECT_EQ(signalReason(2), "Signal OTHER(2) was raised.\n");

@@ -13,41 +13,25 @@ struct TracingWorld : TestWorld {
   std::shared_ptr<InnerQuorvanceData> state =
       std::make_shared<InnerQuorvanceData>(time, store, identity);
   TracingManager tracing{state, std::make_shared<SystemTexts>(environment)};
-
-  void setCap(std::int64_t cap) {
-    SdkConfig config;
-    config.tracingDataQvData->maxTraceData = cap;
-    state->replaceSdkConfig(config);
-  }
 };
 
-TEST(TracingTest, BufferHoldsOneMoreThanItsCap) {
-  for (const auto& [cap, held] : {std::pair(-1, 0U), {0, 1U}, {2, 3U}}) {
+TEST(TracingTest, BufferHoldsOneMoreThanItsCapAndNothingWithoutOneOrWithItsLevelOff) {
+  using Cap = std::optional<std::int64_t>;
+  for (const auto& [cap, held] : {std::pair<Cap, std::size_t>(), {-1, 0U}, {0, 1U}, {2, 3U}}) {
     TracingWorld world;
-    world.setCap(cap);
+    SdkConfig config;
+    config.tracingDataQvData->maxTraceData = cap.value_or(0);
+    if (!cap) config.tracingDataQvData.reset();
+    world.state->replaceSdkConfig(config);
+    auto off = world.tracing.traceStart(false, "m", {});
+    EXPECT_FALSE(off.has_value());
+    world.tracing.traceEnd(true, off);
     for (int i = 0; i < 9; ++i) {
       EXPECT_TRUE(world.tracing.traceStart(true, "m", {}).has_value());
+      world.tracing.traceException({"d", 1, "t", std::nullopt});
     }
-    EXPECT_EQ(world.tracing.size(), held) << cap;
+    EXPECT_EQ(world.tracing.size(), held);
   }
-}
-
-TEST(TracingTest, WithoutATraceRecordNothingIsKept) {
-  TracingWorld world;
-  SdkConfig config;
-  config.tracingDataQvData.reset();
-  world.state->replaceSdkConfig(config);
-  EXPECT_TRUE(world.tracing.traceStart(true, "m", {}).has_value());
-  world.tracing.traceException({"d", 1, "t", std::nullopt});
-  EXPECT_TRUE(world.tracing.isEmpty());
-}
-
-TEST(TracingTest, DisabledStartReturnsNothingAndItsEndAddsNothing) {
-  TracingWorld world;
-  auto record = world.tracing.traceStart(false, "m", {"p"});
-  EXPECT_FALSE(record.has_value());
-  world.tracing.traceEnd(true, record);
-  EXPECT_TRUE(world.tracing.isEmpty());
 }
 
 TEST(TracingTest, RecordsAreRestampedAndAppendedTextStaysWithItsCopy) {

@@ -22,9 +22,7 @@ void expectOwnJson(CheckPointType type, std::string_view tail) {
   };
   expectRecordText(text, rewritten);
   for (const std::string_view json : {"null", "[]", R"({"checkpoint_type":"NONE"})"}) {
-    const auto checkPoint = Class::fromJson(parsedJson(json));
-    EXPECT_EQ(checkPoint->type(), type) << json;
-    EXPECT_EQ(checkPoint->additionalData(), nullptr) << json;
+    EXPECT_EQ(Class::fromJson(parsedJson(json))->type(), type) << json;
   }
   const auto checkPoint = Class::fromJson(parsedJson(text));
   checkPoint->setType(CheckPointType::UPDATE_DETAILS);
@@ -46,8 +44,6 @@ TEST(AccountCheckPointsTest, WriteTheirKeysInTheirOwnOrderAndReadThemBack) {
 
 TEST(AccountCheckPointsTest, AnAbsentUserIsWrittenAsAnEmptyObject) {
   EXPECT_EQ(compactText(Login(nullptr).getJson()), R"({"checkpoint_type":"LOGIN","user":{}})");
-  EXPECT_EQ(compactText(Register(nullptr).getJson()),
-            R"({"checkpoint_type":"REGISTER","user":{}})");
   EXPECT_EQ(UpdateUserInfo::fromJson(parsedJson(R"({"user":"u"})"))->user(), nullptr);
   EXPECT_NE(PasswordChange::fromJson(parsedJson(R"({"user":{}})"))->user(), nullptr);
 }
@@ -55,10 +51,7 @@ TEST(AccountCheckPointsTest, AnAbsentUserIsWrittenAsAnEmptyObject) {
 template <class Class>
 void expectUsers() {
   EXPECT_EQ(Class({.userId = "u", .email = "e"}).user()->email, "e");
-  EXPECT_EQ(Class(User{.userId = "u"}).user()->userId, "u");
-  const User user{.userId = "u"};
-  EXPECT_EQ(Class(user).user()->userId, "u");
-  const auto shared = std::make_shared<User>(user);
+  const auto shared = std::make_shared<User>();
   EXPECT_EQ(Class(shared).user(), shared);
   EXPECT_EQ(Class(nullptr).user(), nullptr);
   EXPECT_EQ(Class({}).user(), nullptr);

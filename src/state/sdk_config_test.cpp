@@ -77,25 +77,20 @@ TEST(SdkConfigTest, IgnoresOtherKindsUnderEveryKey) {
       });
 }
 
-TEST(SdkConfigTest, RunModesComeFromExactWordsAndKnownNumbers) {
-  EXPECT_EQ(appRunModeFromWord("DEVELOPMENT"), AppRunMode::DEVELOPMENT);
-  EXPECT_EQ(appRunModeFromWord(""), std::nullopt);
+TEST(SdkConfigTest, RunModesComeFromKnownNumbers) {
   EXPECT_EQ(appRunModeFromRawValue(2), AppRunMode::DEMO);
   for (const std::int64_t raw : {-1, 3}) EXPECT_EQ(appRunModeFromRawValue(raw), std::nullopt);
 }
 
 TEST(SdkConfigTest, KeepsItsScreensInOrderAndSkipsWhatIsNoObject) {
   const Json json = parsedJson(
-      R"({"screen_listeners_list":[{"screenListenerType":"GENERAL","screenId":"7"},5,null,)"
-      R"({"screenId":7},[],{"screenListenerType":"login_form","screenId":-1},{},)"
-      R"({"screenListenerType":"LOGIN_FORM","screenId":8},{"screenListenerType":1,)"
-      R"("screenId":7.0}]})");
-  EXPECT_EQ(configFieldsRead(json),
-            "[-1,0,5,0,0,0,0,0,0,1000,0,12,null,null,7,null,-1,null,null,1,8,null,null]");
+      R"({"screen_listeners_list":[{"screenListenerType":"GENERAL","screenId":"7"},5,null,[],)"
+      R"({"screenListenerType":"login_form","screenId":-1},)"
+      R"({"screenListenerType":"LOGIN_FORM","screenId":8},{"screenId":7.0}]})");
+  EXPECT_EQ(configFieldsRead(json), "[-1,0,5,0,0,0,0,0,0,1000,0,12,null,null,-1,1,8,null,null]");
   const SdkConfig config = SdkConfig::fromJson(json);
   EXPECT_TRUE(config.watches(ScreenListenerType::LOGIN_FORM, 8));
   EXPECT_FALSE(config.watches(ScreenListenerType::LOGIN_FORM, 7));
-  EXPECT_FALSE(config.watches(ScreenListenerType::GENERAL, 7));
   EXPECT_FALSE(config.watches(ScreenListenerType::GENERAL, 0)) << "an entry without identifier";
 }
 

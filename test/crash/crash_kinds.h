@@ -7,15 +7,16 @@
 
 namespace quorvance {
 
-/// Does to this process what the kind is named for; most do not return.
-using CrashKind = void (*)(CrashChildWorld& world);
+/// Does to this process what it is named for; most do not return.
+using Death = void (*)();
+
+/// Brings about the death that is asked for in the circumstances that it is named for.
+using Circumstances = void (*)(CrashChildWorld& world, Death die);
+
+const std::map<std::string, Death>& deaths();
+const std::map<std::string, Circumstances>& circumstances();
 
 /// Dies without the library, in a handler of its own that makes the same writes.
-void crashWithPlainHandler(CrashChildWorld& world);
-
-/// All but those of the heap.
-const std::map<std::string, CrashKind>& crashKinds();
-/// Those that damage the C library's heap.
-const std::map<std::string, CrashKind>& heapCrashKinds();
+void dieWithPlainHandler(CrashChildWorld& world, Death die);
 
 }  // namespace quorvance

@@ -35,12 +35,12 @@ void writePlainReport(int /*number*/) {
 
 }  // namespace
 
-void crashWithPlainHandler(CrashChildWorld& world) {
+void dieWithPlainHandler(CrashChildWorld& world, Death die) {
   plainReport.fill(' ');
   plainFolder = open(world.folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   signal(SIGSEGV, &writePlainReport);
   world.noteFault();
-  writeToNothing();
+  die();
 }
 
 }  // namespace quorvance

@@ -17,9 +17,9 @@
 #include <string_view>
 #include <thread>
 
+#include "platform/testing/temporary_folder_test_support.h"
+#include "test/child_process.h"
 #include "test/child_programs.h"
-#include "test/crash/watched_process.h"
-#include "test/scratch_folder_test_support.h"
 
 namespace quorvance {
 namespace {
@@ -96,28 +96,28 @@ class ExitTest : public testing::Test {
   }
 
   Ending runOverFolder(const std::string& shape, int number = 0) {
-    const ProcessWords words = {scratch_.path() + "/output", scratch_.path() + "/complaints"};
     const std::string url = server_ ? server_->url() : "http://127.0.0.1:1/";
     Ending ending;
-    ending.process = runToItsEnd({kExitChildProgram, shape, folder_, url,
-                                  scratch_.path() + "/certificate.pem", std::to_string(number)},
-                                 words, {});
-    ending.output = textOfFile(words.output);
+    ChildProcess child({kExitChildProgram, shape, folder_, url, scratch_.at("certificate.pem"),
+                        std::to_string(number)},
+                       scratch_.at("complaints"));
+    ending.process = child.waitForEnd();
+    ending.output = child.said();
     ending.milliseconds =
         (ending.process.endTime - std::strtol(ending.output.c_str(), nullptr, 10)) / 1'000'000;
     EXPECT_EQ(ending.process.signal, 0) << shape << ' ' << number;
-    EXPECT_EQ(ending.process.exitStatus, EXIT_SUCCESS) << textOfFile(words.complaints);
+    EXPECT_EQ(ending.process.exitStatus, EXIT_SUCCESS) << scratch_.get("complaints");
     EXPECT_LT(ending.milliseconds, kMaxMilliseconds) << shape << ' ' << number;
     return ending;
   }
 
   /// As the state file tells it; empty when there is none.
   std::string storedUser() const {
-    const auto state = nlohmann::json::parse(textOfFile(folder_ + "/state.json"), nullptr, false);
+    const auto state = nlohmann::json::parse(scratch_.get("data/state.json"), nullptr, false);
     return state.is_object() ? state.value("user_id", "") : "";
   }
 
-  const ScratchFolder scratch_;
+  const TemporaryFolder scratch_;
   const std::string folder_ = scratch_.path() + "/data";
   std::unique_ptr<HttpsServer> server_;
 };

@@ -6,20 +6,18 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "test/child_process.h"
 #include "test/child_programs.h"
 #include "test/real_world_test_support.h"
-#include "test/storage/talking_process_test_support.h"
 
 namespace quorvance {
 namespace {
@@ -27,9 +25,9 @@ namespace {
 constexpr std::size_t kMaxShared = 50;
 constexpr const char* kCrashPath = "qrsk-med/3.0/CrashLogging/";
 
-TalkingProcess childOf(const std::string& kind, const std::string& folder,
-                       const std::string& argument) {
-  return TalkingProcess({kStorageChildProgram, kind, folder, argument});
+ChildProcess childOf(const std::string& kind, const std::string& folder,
+                     const std::string& argument) {
+  return ChildProcess({kStorageChildProgram, kind, folder, argument});
 }
 
 nlohmann::json jsonIn(const std::filesystem::path& path) {
@@ -53,8 +51,8 @@ struct FolderContent {
 class KillRounds {
  public:
   void run(std::size_t index) {
-    TalkingProcess left = childOf("store", folder_, "left");
-    TalkingProcess right = childOf("store", folder_, "right");
+    ChildProcess left = childOf("store", folder_, "left");
+    ChildProcess right = childOf("store", folder_, "right");
     // Every tenth round has both try more reports together than there is room for.
     const bool isFilled = index % 10 == 0;
     if (isFilled) {
@@ -76,15 +74,12 @@ class KillRounds {
       std::filesystem::remove(folder_ + "/" + name);
     }
     checkTakenUp(content);
-    temporaries += content.temporaries.size();
-    mostTemporaries = std::max(mostTemporaries, content.temporaries.size());
+    // Each start tidies up after the processes before it: two of them, one file at a time each.
+    EXPECT_LE(content.temporaries.size(), 2U);
   }
 
   std::size_t kills = 0;
-  std::size_t reports = 0;
   std::size_t states = 0;
-  std::size_t temporaries = 0;
-  std::size_t mostTemporaries = 0;
   std::size_t takenUp = 0;
 
  private:
@@ -101,8 +96,7 @@ class KillRounds {
     }
   }
 
-  void check(const FolderContent& content, const TalkingProcess& process,
-             const std::string& owner) {
+  void check(const FolderContent& content, const ChildProcess& process, const std::string& owner) {
     int lastState = -1;
     for (const std::string& line : process.wholeLines()) {
       std::istringstream words(line);
@@ -110,7 +104,6 @@ class KillRounds {
       std::string value;
       words >> kind >> value;
       if (kind == "report") {
-        ++reports;
         EXPECT_TRUE(content.reports.contains(value)) << value << " was accepted and is lost";
       } else if (kind == "state") {
         ++states;
@@ -123,7 +116,7 @@ class KillRounds {
     EXPECT_GE(std::stoi(state.value(owner, "-1")), lastState);
   }
 
-  ScratchFolder scratch_;
+  TemporaryFolder scratch_;
   const std::string folder_ = scratch_.path() + "/data";
   std::set<std::string> leftWhole_;
 };
@@ -133,22 +126,9 @@ TEST(SharedFolderTest, KilledWritersLoseAndTearNothingAndKeepFifty) {
   const std::size_t kills = wanted == nullptr ? 60 : std::stoul(wanted);
   KillRounds rounds;
   for (std::size_t i = 0; rounds.kills < kills && !testing::Test::HasFailure(); ++i) rounds.run(i);
-  std::cout << rounds.kills << " kills, " << rounds.reports << " accepted reports, "
-            << rounds.states << " states, " << rounds.temporaries << " temporaries left, at most "
-            << rounds.mostTemporaries << " at a time, " << rounds.takenUp << " taken up\n";
-  // Each start tidies up after the processes before it: two of them, one file at a time each.
-  EXPECT_LE(rounds.mostTemporaries, 2U);
-}
-
-TEST(SharedFolderTest, UserWhoseNameIsTooLongLeavesNoOlderOne) {
-  const ScratchFolder scratch;
-  for (const char* length : {"4", "70000"}) {
-    TalkingProcess child = childOf("user", scratch.path(), length);
-    child.waitForLine("done");
-  }
-  LinuxPlatformOptions options;
-  options.dataFolder = scratch.path();
-  EXPECT_EQ(makeLinuxPlatform(options).defaults->read("user_id").kind, StoredEntry::Kind::absent);
+  // However many were killed: some had written state, and some left a whole report to take up.
+  RecordProperty("states", std::to_string(rounds.states));
+  RecordProperty("takenUp", std::to_string(rounds.takenUp));
 }
 
 TEST(SharedFolderTest, TwoProcessesThatStartTogetherSendEachReportOnce) {
@@ -161,8 +141,8 @@ TEST(SharedFolderTest, TwoProcessesThatStartTogetherSendEachReportOnce) {
     std::ofstream(folder + "/crash" + std::to_string(i) + ".json")
         << R"({"error_stack": ")" << i << R"("})";
   }
-  TalkingProcess left = childOf("upload", folder, world.server.url());
-  TalkingProcess right = childOf("upload", folder, world.server.url());
+  ChildProcess left = childOf("upload", folder, world.server.url());
+  ChildProcess right = childOf("upload", folder, world.server.url());
   ASSERT_TRUE(world.sees("qrsk-med/3.0/SendSessionData/", 2));
   ASSERT_TRUE(world.sees(kCrashPath, kReports));
   left.kill();

@@ -2,7 +2,6 @@
 // the standard output what is on the disk and then lives until it is killed.
 //
 //   store NAME     keeps reports and state: "report FILE", "state NUMBER", at last "done"
-//   user LENGTH    becomes the user of so many letters: "done"
 //   upload URL     starts up against this server
 
 #include <unistd.h>
@@ -78,14 +77,8 @@ void storeReports(QuorvanceManager& manager) {
 void run(const std::string& kind, const Platform& platform, const std::string& argument) {
   if (kind == "store") storeForEver(platform, argument);
   QuorvanceManager manager(platform);
-  if (kind == "user") {
-    manager.configureWithUserId(std::string(std::stoul(argument), 'x'));
-    waitForFileLane(platform);
-    say("done");
-  } else {
-    manager.setupWithServerUrl(argument, "anna");
-    manager.initializeDeviceId();
-  }
+  manager.setupWithServerUrl(argument, "anna");
+  manager.initializeDeviceId();
   for (;;) pause();
 }
 

@@ -1,6 +1,6 @@
 #include "apps/risk_server/contract/contract.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <functional>
 
@@ -29,35 +29,13 @@ Json with(Json body, const std::string& text) {
   return body;
 }
 
-TEST(ContractTest, hasFourteenCallsTwoOfThemWithADoubledSlash) {
-  const Contract contract = builtInContract();
-  int doubled = 0;
-  for (const auto& [path, call] : contract.calls()) {
-    if (path.find("//") != std::string::npos) ++doubled;
-  }
-  EXPECT_EQ(contract.calls().size(), 14U);
-  EXPECT_EQ(doubled, 2);
-}
-
+// What no journey of the demo sends; the library's own tests send the rest.
 TEST(ContractTest, acceptsWhatAWellBehavedClientSends) {
   const Json common = sample::commonBody();
-  Json session = with(common, R"({"device_data": {"collectTime": 1, "fontForName": {"a": ["b"]}},
-      "sim_data": {"collectTime": 1, "networkType": "unreachable"}, "user_data": {},
-      "settings_data": {"collectTime": 1, "labelFontSize": 17.0, "isJailbreak": false}})");
-  session["checkpoint_additional_data"] = sample::permissions();
   const struct {
     const char* path;
     Json body;
   } kCases[] = {
-      {"/GetDeviceID/", sample::deviceIdentifierBody()},
-      {"getSdkConfiguration/", with(common, R"({"iosVersion": "6.1", "model": "x86"})")},
-      {"getSdkConfiguration/", common},
-      {"SendSessionData/", session},
-      {"SendCheckpointEvent/", sample::checkpointBody(sample::plainCheckpoint("GENERAL"))},
-      {"GetCheckpointRisk/", sample::checkpointBody(sample::transaction())},
-      {"/UpdateTransactionResult/",
-       with(common, std::string(R"({"transactionUpdate": {"requestID": ")") + sample::kUuid +
-                        R"(", "status": "DENIED"}})")},
       {"sendScreenListenerEvent/", with(common, R"({"screenListenerEvent": {"timestamp": 5,
           "screenListenerType": "PINCODE", "screenId": 7, "action": "END"}})")},
       {"BiometricData/", with(common, R"({"userId": "u", "bio_sensor_event_data": {
@@ -69,46 +47,22 @@ TEST(ContractTest, acceptsWhatAWellBehavedClientSends) {
                            "gyr_unc_z", "gra_x", "gra_y", "gra_z"],
           "sensorTSHeader": ["nanoTimeSensor"]}})")},
       {"SendBiometricImage/", sample::parsed(R"({"version": "", "image": "aGk="})")},
-      {"TracingData/", with(common, R"({"tracingData": [
-          {"date": "2023-11-14T22:13:20.123Z", "statusLoggingType": "End", "paramList": ["a"]},
-          {"error_code": 5, "error_timestamp": 1}]})")},
-      {"ErrorLogging/", with(common, R"({"error_stack": "s", "error_code": -1001})")},
       {"CrashLogging/", with(common, R"({"cause": "Signal SIGSEGV(11) was raised.\n"})")},
       {"ActivityMap/", with(common, R"({"screenType": "startApp", "timestampStart": 1})")},
       {"ThirdPartyCacheEnrichment/", common},
+      {"GetCheckpointRisk/", sample::checkpointBody(sample::plainCheckpoint("NONE"))},
   };
   for (const auto& sent : kCases) EXPECT_EQ(faultOfBody(sent.path, sent.body), "") << sent.path;
-}
-
-TEST(ContractTest, acceptsEveryCheckpointTypeUnderItsOwnWord) {
-  const Json withUser = with(Json::object(), R"({"user": {}})");
-  Json paymentMethod = with(sample::plainCheckpoint("ADD_PAYMENT_METHOD"),
-                            R"({"payment": {}, "billingAddress": {}, "user": {}})");
-  std::vector<Json> checkpoints = {paymentMethod, sample::transaction()};
-  for (const char* word : {"LAUNCH", "GENERAL", "NONE", "UPDATE_DETAILS"}) {
-    checkpoints.push_back(with(sample::plainCheckpoint(word), R"({"additionalData": {"a": 1}})"));
-  }
-  for (const char* word : {"REGISTER", "LOGIN", "UPDATE_USER_INFO", "PASSWORD_CHANGE"}) {
-    checkpoints.push_back(with(sample::plainCheckpoint(word), R"({"user": {}})"));
-  }
-  for (const Json& checkpoint : checkpoints) {
-    EXPECT_EQ(faultOfBody("GetCheckpointRisk/", sample::checkpointBody(checkpoint)), "");
-  }
 }
 
 TEST(ContractTest, acceptsEveryCheckpointTypeMadeOfItsWordAlone) {
   for (const char* word : {"REGISTER", "LOGIN", "TRANSACTION", "ADD_PAYMENT_METHOD",
                            "UPDATE_USER_INFO", "PASSWORD_CHANGE"}) {
-    Json bare = sample::plainCheckpoint(word);
-    EXPECT_EQ(faultOfBody("GetCheckpointRisk/", sample::checkpointBody(bare)), "");
-    bare["additionalData"] = Json::object();
+    const Json bare = with(sample::plainCheckpoint(word), R"({"additionalData": {}})");
     EXPECT_EQ(faultOfBody("SendCheckpointEvent/", sample::checkpointBody(bare)), "");
-    const std::string place(word);
-    Json body = sample::checkpointBody(bare);
-    body[word].erase("checkpoint_type");
-    EXPECT_EQ(faultOfBody("GetCheckpointRisk/", body), place + ".checkpoint_type: missing");
-    body = sample::checkpointBody(with(bare, R"({"more": 1})"));
-    EXPECT_EQ(faultOfBody("GetCheckpointRisk/", body), place + ".user: missing");
+    EXPECT_EQ(
+        faultOfBody("GetCheckpointRisk/", sample::checkpointBody(with(bare, R"({"more": 1})"))),
+        std::string(word) + ".user: missing");
   }
 }
 
@@ -118,31 +72,20 @@ TEST(ContractTest, namesThePlaceOfAFault) {
     Change change;
     const char* fault;
   } kCases[] = {
-      {[](Json& b) { b.erase("keys"); }, "keys: missing"},
       {[](Json& b) { b["keys"].erase("checkpoint"); }, "keys.checkpoint: missing"},
-      {[](Json& b) { b["keys"]["requestID"] = "x"; },
-       "keys.requestID: expected an upper-case UUID, got \"x\""},
       {[](Json& b) { b["keys"]["requestID"] = std::string(sample::kUuid) + "\n"; },
        "keys.requestID: expected an upper-case UUID, got \"7F3A9C52-04BE-4D17-9A6E-C0FFEE123456\\n"
        "\""},
       {[](Json& b) { b["keys"]["user_id"] = "a b"; },
        "keys.user_id: expected percent-encoded text of the characters that a URL query allows, got "
        "\"a b\""},
-      {[](Json& b) { b["keys"]["extra"] = 1; }, "keys.extra: not expected here"},
-      {[](Json& b) { b["session"]["timeSession"] = 1.5; },
-       "session.timeSession: expected an integer, got 1.5"},
       {[](Json& b) { b["session"]["timeSession"] = 9223372036854775808ULL; },
        "session.timeSession: expected an integer, got 9223372036854775808"},
-      {[](Json& b) { b["version"] = Json(); }, "version: expected a text, got null"},
-      {[](Json& b) { b["device_data"] = Json::object(); }, "device_data: not expected here"},
-      {[](Json& b) { b["LOGIN"] = Json::object(); }, "LOGIN: not expected here"},
       {[](Json& b) { b.erase("TRANSACTION"); }, "TRANSACTION: missing"},
       {[](Json& b) { b["TRANSACTION"]["checkpoint_type"] = "LOGIN"; },
        "TRANSACTION.checkpoint_type: expected \"TRANSACTION\", got \"LOGIN\""},
       {[](Json& b) { b["TRANSACTION"]["amount"] = "12"; },
        "TRANSACTION.amount: expected a number, got \"12\""},
-      {[](Json& b) { b["TRANSACTION"].erase("merchant_details"); },
-       "TRANSACTION.merchant_details: missing"},
       {[](Json& b) { b["TRANSACTION"]["user"].erase("isKYCVerified"); },
        "TRANSACTION.user.isKYCVerified: missing"},
       {[](Json& b) { b["checkpoint_additional_data"]["permissions"] = sample::parsed("[1]"); },
@@ -162,9 +105,6 @@ TEST(ContractTest, refusesWhatOnlyOtherCallsCarry) {
   withCheckpoint["keys"]["checkpoint"] = "LOGIN";
   EXPECT_EQ(faultOfBody("ThirdPartyCacheEnrichment/", withCheckpoint),
             "keys.checkpoint: not expected here");
-  Json anonymous = sample::deviceIdentifierBody();
-  anonymous["keys"].erase("app_uuid");
-  EXPECT_EQ(faultOfBody("/GetDeviceID/", anonymous), "keys.app_uuid: missing");
   Json details = sample::checkpointBody(sample::plainCheckpoint("UPDATE_DETAILS"));
   details["checkpoint_additional_data"] = sample::permissions();
   EXPECT_EQ(faultOfBody("SendCheckpointEvent/", details),
@@ -173,8 +113,6 @@ TEST(ContractTest, refusesWhatOnlyOtherCallsCarry) {
       "requestID": "00000000-0000-0000-0000-000000000000"}})");
   EXPECT_NE(faultOfBody("/UpdateTransactionResult/", update).find("keys.requestID"),
             std::string::npos);
-  EXPECT_EQ(faultOfBody("TracingData/", with(sample::commonBody(), R"({"tracingData": []})")),
-            "tracingData: expected at least 1 items, got an array of 0");
   EXPECT_EQ(faultOfBody("TracingData/", with(sample::commonBody(), R"({"tracingData": [{}, {
       "date": "2023-11-14 22:13:20", "paramList": []}]})")),
             "tracingData[1].date: expected a UTC date with milliseconds, got \"2023-11-14 "
@@ -183,9 +121,9 @@ TEST(ContractTest, refusesWhatOnlyOtherCallsCarry) {
 
 TEST(ContractTest, findsCallsByTheExactBytesOfTheTarget) {
   const Contract contract = builtInContract();
+  EXPECT_EQ(contract.calls().size(), 14U);
   EXPECT_EQ(contract.find("/qrsk-med/3.0/GetDeviceID/"), nullptr);
   EXPECT_EQ(contract.find("/qrsk-med/3.0//GetDeviceID"), nullptr);
-  EXPECT_EQ(contract.find("/qrsk-med/3.0//GetDeviceID/?"), nullptr);
   EXPECT_EQ(contract.find("/qrsk-med/3.0//Get%44eviceID/"), nullptr);
   EXPECT_NE(contract.find("/qrsk-med/3.0//GetDeviceID/"), nullptr);
   EXPECT_EQ(contract.reasonForUnknown("/qrsk-med/3.0/GetDeviceID/"),
@@ -208,10 +146,6 @@ TEST(ContractTest, refusesAFileThatIsWrongNamingThePlace) {
   } kCases[] = {
       {"[]", "expected an object, got an array of 0"},
       {R"({"calls": {}})", "contentType: missing"},
-      {R"({"contentType": "t", "calls": {"/a": {"reply": "no", "body": "any"}}})",
-       "calls./a.reply: no known kind of reply"},
-      {R"({"contentType": "t", "calls": {"a": {"reply": "accepted", "body": "any"}}})",
-       "calls.a: a path begins with \"/\""},
       {R"({"contentType": "t", "calls": {"/a": {"reply": "accepted", "body": "other"}}})",
        "calls./a.body: no definition is called \"other\""},
       {R"({"contentType": "t", "definitions": {"a": {"items": "b"}, "b": {"items": "a"}},
@@ -219,20 +153,12 @@ TEST(ContractTest, refusesAFileThatIsWrongNamingThePlace) {
        "definitions.b.items: the definition \"a\" contains itself"},
       {R"({"contentType": "t", "definitions": {"a": {"oneOf": ["x"], "open": true}}, "calls": {}})",
        "definitions.a.open: not a part of this kind of rule"},
-      {R"({"contentType": "t", "definitions": {"a": {"with": ["b"]}, "b": "text"}, "calls": {}})",
-       "definitions.a.with: b has no fields"},
       {R"({"contentType": "t", "definitions": {"a": {"fields": {}, "orOnly": ["x"]}}, "calls": {}})",
        "definitions.a.orOnly: \"x\" is no field"},
-      {R"({"contentType": "t", "definitions": {"a": {"with": [], "same": [["x"]]}}, "calls": {}})",
-       "definitions.a: same[0]: expected at least 2 items, got an array of 1"},
   };
-  for (const auto& wrong : kCases) {
-    try {
-      Contract::fromJson(sample::parsed(wrong.text));
-      ADD_FAILURE() << "accepted: " << wrong.text;
-    } catch (const InputError& error) {
-      EXPECT_STREQ(error.what(), wrong.fault);
-    }
+  for (const auto& [text, fault] : kCases) {
+    EXPECT_THAT([text = text] { Contract::fromJson(sample::parsed(text)); },
+                testing::ThrowsMessage<InputError>(fault));
   }
   const Json badPattern = sample::parsed(R"({"contentType": "t", "definitions":
       {"a": {"pattern": "(", "called": "x"}}, "calls": {}})");

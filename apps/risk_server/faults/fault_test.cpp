@@ -2,11 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <list>
 #include <vector>
 
-#include "apps/risk_server/http/raw_client.h"
-#include "apps/risk_server/risk_server.h"
+#include "apps/risk_server/served_test_support.h"
 
 namespace risk_server {
 namespace {
@@ -16,51 +15,23 @@ using sample::RawClient;
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
-constexpr const char* kVerdictPath = "/qrsk-med/3.0/GetCheckpointRisk/";
 constexpr const char* kEnrichPath = "/qrsk-med/3.0/ThirdPartyCacheEnrichment/";
 constexpr const char* kOkBody = R"({"response":"OK"})";
-constexpr milliseconds kFaultPatience{30'000};
 // Long enough that no test would pass by waiting for it.
 constexpr const char* kVeryLate = R"([{"path": "*", "latency": 600000}])";
 
-struct Received {
-  std::string head;
-  std::string body;
-  Ending ending = Ending::kOpen;
-
-  std::string status() const { return head.substr(0, head.find("\r\n")); }
-};
-
-class FaultTest : public testing::Test {
+class FaultTest : public ServedTest {
  protected:
-  FaultTest() { server_.start(); }
-
   static std::string enrichCall(const std::string& headers = "Connection: close\r\n") {
     return sample::rawPost(kEnrichPath, sample::commonBody().dump(), headers);
   }
-
-  // One call on a connection of its own, read until that ends.
   Received call() const { return callWith(enrichCall()); }
-  Received callWith(const std::string& bytes) const {
-    RawClient client(server_.url());
-    client.send(bytes);
-    const std::string all = client.receiveAll();
-    const auto end = all.find("\r\n\r\n");
-    Received received{all, "", client.ending()};
-    if (end != std::string::npos) {
-      received.head = all.substr(0, end + 2);
-      received.body = all.substr(end + 4);
-    }
-    return received;
-  }
   // The limit is for slow machines, and less than any reply would be held back.
   bool stopsAtOnce() {
     const auto begin = Clock::now();
     server_.stop();
     return Clock::now() - begin < std::chrono::seconds(5);
   }
-
-  RiskServer server_;
 };
 
 TEST_F(FaultTest, repliesWithTheStatusAndBodyThatAreAskedFor) {
@@ -69,13 +40,11 @@ TEST_F(FaultTest, repliesWithTheStatusAndBodyThatAreAskedFor) {
     const char* status;
     std::string body;
   } kCases[] = {
-      {R"("status": 500)", "HTTP/1.1 500 Internal Server Error", kOkBody},
       {R"("status": 201)", "HTTP/1.1 201 Created", kOkBody},
       {R"("status": 204)", "HTTP/1.1 204 No Content", ""},
       {R"("status": 500, "emptyBody": true)", "HTTP/1.1 500 Internal Server Error", ""},
       {R"("body": "no JSON \u00e9")", "HTTP/1.1 200 OK", "no JSON \xc3\xa9"},
       {R"("bodyBytes": "7bff7d")", "HTTP/1.1 200 OK", "{\xff}"},
-      {R"("emptyBody": true)", "HTTP/1.1 200 OK", ""},
       {R"("reply": {"response": "no"})", "HTTP/1.1 200 OK", R"({"response":"no"})"},
       {R"("nested": 100000)", "HTTP/1.1 200 OK",
        std::string(100000, '[') + std::string(100000, ']')},
@@ -89,32 +58,6 @@ TEST_F(FaultTest, repliesWithTheStatusAndBodyThatAreAskedFor) {
   }
 }
 
-TEST_F(FaultTest, sendsMoreThanAnyClientWants) {
-  server_.setFaults(R"([{"path": "*", "oversize": 9437184}])");
-  const Received received = call();
-  EXPECT_NE(received.head.find("Content-Length: 9437184\r\n"), std::string::npos);
-  EXPECT_EQ(received.body.size(), 9437184U);
-  const Exchange logged = server_.exchanges().front();
-  EXPECT_LT(logged.reply.size(), 5000U);
-  EXPECT_NE(logged.reply.find("(9437184 bytes)"), std::string::npos);
-}
-
-TEST_F(FaultTest, sendsHeadersInPlaceOfTheUsualOnes) {
-  server_.setFaults(R"([{"path": "*", "status": 301, "headers": {"Location": "/elsewhere",
-                         "content-type": "text/html"}}])");
-  const Received received = call();
-  EXPECT_EQ(received.status(), "HTTP/1.1 301 Moved Permanently");
-  EXPECT_NE(received.head.find("Location: /elsewhere\r\n"), std::string::npos);
-  EXPECT_NE(received.head.find("content-type: text/html\r\n"), std::string::npos);
-  EXPECT_EQ(received.head.find("application/json"), std::string::npos);
-}
-
-TEST_F(FaultTest, repliesAreNeverCompressed) {
-  const Received received =
-      callWith(enrichCall("Connection: close\r\nAccept-Encoding: gzip, br\r\n"));
-  EXPECT_EQ(received.body, kOkBody);
-}
-
 TEST_F(FaultTest, breaksTheConnectionTheWayThatIsAskedFor) {
   const struct {
     const char* keys;
@@ -126,10 +69,8 @@ TEST_F(FaultTest, breaksTheConnectionTheWayThatIsAskedFor) {
       {R"("closeWithoutReply": true)", Ending::kClosed, "", false},
       {R"("resetInBody": 5)", Ending::kReset, R"({"res)", true},
       {R"("cutBody": 5)", Ending::kClosed, R"({"res)", true},
-      {R"("cutBody": 0)", Ending::kClosed, "", true},
       {R"("cutBody": 1000)", Ending::kClosed, R"({"response":"OK")", true},
       {R"("cutBody": 2, "body": "abc", "status": 500)", Ending::kClosed, "ab", true},
-      {R"("latency": 1, "closeWithoutReply": true)", Ending::kClosed, "", false},
   };
   for (const auto& asked : kCases) {
     server_.setFaults(R"([{"path": "*", )" + std::string(asked.keys) + "}]");
@@ -146,26 +87,15 @@ TEST_F(FaultTest, breaksTheConnectionTheWayThatIsAskedFor) {
 
 TEST_F(FaultTest, latencyDelaysItsOwnReplyAndNoOther) {
   server_.setFaults(kVeryLate);
-  RawClient late(server_.url());
-  late.send(enrichCall());
-  ASSERT_TRUE(server_.waitForStrikes(1, kFaultPatience));
+  std::list<RawClient> late;
+  for (int i = 0; i < 16; ++i) late.emplace_back(server_.url()).send(enrichCall());
+  ASSERT_TRUE(server_.waitForStrikes(16, kPatience));
   server_.setFaults(R"([{"path": "*", "latency": 50}])");
   const auto begin = Clock::now();
   const Received received = call();
   EXPECT_GE(Clock::now() - begin, milliseconds(50));
   EXPECT_EQ(received.body, kOkBody);
   server_.clearFaults();
-  EXPECT_EQ(call().body, kOkBody);
-}
-
-TEST_F(FaultTest, sixteenLateRepliesWaitSideBySide) {
-  server_.setFaults(R"([{"path": "*", "latency": 600000, "times": 16}])");
-  std::vector<std::unique_ptr<RawClient>> clients;
-  for (int i = 0; i < 16; ++i) {
-    clients.push_back(std::make_unique<RawClient>(server_.url()));
-    clients.back()->send(enrichCall());
-  }
-  ASSERT_TRUE(server_.waitForStrikes(16, kFaultPatience));
   EXPECT_EQ(call().body, kOkBody);
 }
 
@@ -195,7 +125,7 @@ TEST_F(FaultTest, logsTheFaultBesideWhatTheCallWas) {
   server_.setFaults(R"([{"path": "*", "resetBeforeReply": true, "times": 1},
                         {"path": "*", "status": 503, "times": 1}])");
   call();
-  callWith(sample::rawPost(kVerdictPath, "[]", "Connection: close\r\n"));
+  post(kVerdictPath, "[]");
   const auto exchanges = server_.exchanges();
   ASSERT_EQ(exchanges.size(), 2U);
   const Json lost = exchangeToJson(exchanges[0]);
@@ -215,18 +145,17 @@ TEST_F(FaultTest, stopsAtOnceWhileRepliesAreHeldBack) {
                         {"path": "*", "latency": 600000, "times": 1},
                         {"path": "*", "trickle": 1, "times": 1},
                         {"path": "*", "oversize": 33554432, "latency": 1}])");
-  std::vector<std::unique_ptr<RawClient>> clients;
+  std::list<RawClient> clients;
   for (std::uint64_t i = 1; i <= 4; ++i) {
-    clients.push_back(std::make_unique<RawClient>(server_.url()));
-    clients.back()->send(enrichCall(""));
-    ASSERT_TRUE(server_.waitForStrikes(i, kFaultPatience));
+    clients.emplace_back(server_.url()).send(enrichCall(""));
+    ASSERT_TRUE(server_.waitForStrikes(i, kPatience));
   }
   // Its reply is more than the sockets take: the server waits for this client, who has begun.
-  EXPECT_NE(clients.back()->receiveSome(), "");
+  EXPECT_NE(clients.back().receiveSome(), "");
   EXPECT_TRUE(stopsAtOnce());
-  for (const auto& client : clients) {
-    client->receiveAll();
-    EXPECT_NE(client->ending(), Ending::kTimedOut);
+  for (RawClient& client : clients) {
+    client.receiveAll();
+    EXPECT_NE(client.ending(), Ending::kTimedOut);
   }
 }
 
@@ -236,7 +165,7 @@ TEST_F(FaultTest, aClientThatGivesUpFreesItsPlace) {
   for (std::uint64_t i = 1; i <= kWorkers + 1; ++i) {
     RawClient impatient(server_.url());
     impatient.send(enrichCall(""));
-    ASSERT_TRUE(server_.waitForStrikes(i, kFaultPatience));
+    ASSERT_TRUE(server_.waitForStrikes(i, kPatience));
   }
   server_.clearFaults();
   EXPECT_EQ(call().body, kOkBody);
@@ -244,6 +173,10 @@ TEST_F(FaultTest, aClientThatGivesUpFreesItsPlace) {
 
 TEST_F(FaultTest, isDownUntilItComesUpOnTheSamePort) {
   const std::string url = server_.url();
+  server_.setFaults(R"([{"path": "*", "hang": true, "times": 1}])");
+  RawClient held(url);
+  held.send(enrichCall(""));
+  ASSERT_TRUE(server_.waitForStrikes(1, kPatience));
   RawClient kept(url);
   kept.send(enrichCall(""));
   EXPECT_TRUE(kept.receiveUntil(kOkBody).ends_with(kOkBody));
@@ -254,29 +187,11 @@ TEST_F(FaultTest, isDownUntilItComesUpOnTheSamePort) {
     server_.comeUp();
     EXPECT_EQ(call().body, kOkBody);
   }
-  EXPECT_EQ(kept.receiveAll(), "");
-  EXPECT_EQ(kept.ending(), Ending::kClosed);
+  for (RawClient* const dropped : {&held, &kept}) {
+    EXPECT_EQ(dropped->receiveAll(), "");
+    EXPECT_EQ(dropped->ending(), Ending::kClosed);
+  }
   EXPECT_EQ(server_.url(), url);
-}
-
-TEST_F(FaultTest, goingDownDropsRepliesThatAreHeldBack) {
-  server_.setFaults(kVeryLate);
-  RawClient late(server_.url());
-  late.send(enrichCall(""));
-  ASSERT_TRUE(server_.waitForStrikes(1, kFaultPatience));
-  server_.goDown();
-  EXPECT_EQ(late.receiveAll(), "");
-  EXPECT_EQ(late.ending(), Ending::kClosed);
-  EXPECT_TRUE(stopsAtOnce());
-}
-
-TEST_F(FaultTest, restartsByItselfWhenTheTimeIsOver) {
-  const auto begin = Clock::now();
-  server_.restart(milliseconds(50));
-  EXPECT_EQ(RawClient(server_.url()).ending(), Ending::kRefused);
-  ASSERT_TRUE(server_.waitUntilUp(kFaultPatience));
-  EXPECT_GE(Clock::now() - begin, milliseconds(50));
-  EXPECT_EQ(call().body, kOkBody);
 }
 
 TEST_F(FaultTest, controlSwitchesFaultsAndRestarts) {
@@ -295,12 +210,9 @@ TEST_F(FaultTest, controlSwitchesFaultsAndRestarts) {
   EXPECT_EQ(server_.faults()[0]["struck"], 1);
   EXPECT_EQ(control("DELETE", "faults", "").body, kOkBody);
   EXPECT_EQ(control("GET", "faults", "").body, "[]");
-  EXPECT_NE(control("PUT", "faults", "").head.find("Allow: GET, POST, DELETE"), std::string::npos);
   EXPECT_EQ(control("POST", "restart", R"({"downMs":60001})").status(), "HTTP/1.1 400 Bad Request");
-  EXPECT_EQ(control("POST", "restart", R"({"down":1})").body,
-            R"({"error":"down: not expected here"})");
   EXPECT_EQ(control("POST", "restart", "").body, kOkBody);
-  ASSERT_TRUE(server_.waitUntilUp(kFaultPatience));
+  ASSERT_TRUE(server_.waitUntilUp(kPatience));
   EXPECT_EQ(call().body, kOkBody);
 }
 
@@ -309,9 +221,7 @@ TEST_F(FaultTest, verdictsAreCountedByCheckpointSinceTheRulesWereSet) {
       sample::parsed(R"([{"nth": 2, "risk": "VERY_HIGH"}, {"risk": "LOW"}])"));
   const auto riskOf = [&](const Json& checkpoint) {
     const std::string body = sample::checkpointBody(checkpoint).dump();
-    const Received received =
-        callWith(sample::rawPost(kVerdictPath, body, "Connection: close\r\n"));
-    return sample::parsed(received.body)["risk"].get<int>();
+    return post(kVerdictPath, body).json()["risk"].get<int>();
   };
   for (int round = 0; round < 2; ++round) {
     server_.setRules(rules);

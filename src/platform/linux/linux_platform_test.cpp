@@ -14,7 +14,7 @@
 
 #include "platform/linux/facts/linux_environment.h"
 #include "platform/linux/storage/data_folder.h"
-#include "platform/linux/storage/temporary_folder_test_support.h"
+#include "platform/testing/temporary_folder_test_support.h"
 #include "quorvance/platform/host_loop_queue.h"
 
 namespace quorvance {

@@ -15,8 +15,8 @@
 #include <vector>
 
 #include "platform/linux/bus/bus_place.h"
-#include "platform/linux/storage/temporary_folder_test_support.h"
 #include "platform/linux/threads/watch_thread.h"
+#include "platform/testing/temporary_folder_test_support.h"
 
 namespace quorvance {
 

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "platform/linux/storage/temporary_folder_test_support.h"
+#include "platform/testing/temporary_folder_test_support.h"
 
 namespace quorvance {
 namespace {

@@ -29,14 +29,9 @@ std::string escapedInMemory(std::string_view text, std::size_t maxBytes = kNoLim
 TEST(CrashTextTest, EscapesAsStoredReportsDo) {
   std::string everyControl;
   for (char c = 1; c < 0x20; ++c) everyControl += c;
-  const std::string texts[] = {"",
-                               "plain /lib/x.so(+0x1f)[0x7f]",
-                               "\"quoted\" and C:\\path",
-                               everyControl + '\x7f',
+  const std::string texts[] = {"", "\"quoted\" and C:\\path", everyControl + '\x7f',
                                std::string("a\0b", 3),
-                               "\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80",
-                               "a\xFFz",
-                               "a\xC3"};
+                               "\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80 \xFFz \xC3"};
   for (const std::string& text : texts) {
     EXPECT_EQ("\"" + escapedInMemory(text) + "\"", textOf(Json(text)));
   }

@@ -11,7 +11,7 @@
 #include <string>
 
 #include "platform/linux/desktop/desktop_settings.h"
-#include "platform/linux/storage/temporary_folder_test_support.h"
+#include "platform/testing/temporary_folder_test_support.h"
 
 namespace quorvance {
 namespace {

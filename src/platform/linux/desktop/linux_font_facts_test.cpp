@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <string>
 
-#include "platform/linux/storage/temporary_folder_test_support.h"
+#include "platform/testing/temporary_folder_test_support.h"
 
 namespace quorvance {
 namespace {

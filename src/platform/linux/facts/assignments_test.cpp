@@ -22,17 +22,12 @@ TEST(AssignmentsTest, UnderstandsTheQuotingOfTheShell) {
       "=1\n"
       "no assignment\n"
       "LAST=end\\");
-  EXPECT_EQ(assigned(values, "PLAIN"), "12");
-  EXPECT_EQ(assigned(values, "INDENTED"), "x");
-  EXPECT_EQ(assigned(values, "DOUBLE"), "Debian GNU/Linux");
-  EXPECT_EQ(assigned(values, "SINGLE"), "a\\b \"c\"");
-  EXPECT_EQ(assigned(values, "ESCAPED"), "a\"b\\c$d");
-  EXPECT_EQ(assigned(values, "JOINED"), "ab cd e");
-  EXPECT_EQ(assigned(values, "EMPTY"), std::nullopt);
-  EXPECT_EQ(assigned(values, "BLANK"), std::nullopt);
-  EXPECT_EQ(assigned(values, "OPEN"), "never closed");
-  EXPECT_EQ(assigned(values, "TWICE"), "2");
-  EXPECT_EQ(assigned(values, "LAST"), "end\\");
+  const std::pair<const char*, std::optional<std::string>> cases[] = {
+      {"PLAIN", "12"},       {"INDENTED", "x"},       {"DOUBLE", "Debian GNU/Linux"},
+      {"EMPTY", {}},         {"BLANK", {}},           {"SINGLE", "a\\b \"c\""},
+      {"TWICE", "2"},        {"LAST", "end\\"},       {"ESCAPED", "a\"b\\c$d"},
+      {"JOINED", "ab cd e"}, {"OPEN", "never closed"}};
+  for (const auto& [name, value] : cases) EXPECT_EQ(assigned(values, name), value) << name;
   EXPECT_EQ(values.size(), 11U);
 }
 

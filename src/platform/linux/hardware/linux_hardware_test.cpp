@@ -11,7 +11,7 @@
 #include "platform/linux/hardware/linux_power_source.h"
 #include "platform/linux/hardware/linux_screen_facts.h"
 #include "platform/linux/motion/iio_sensor_finder.h"
-#include "platform/linux/storage/temporary_folder_test_support.h"
+#include "platform/testing/temporary_folder_test_support.h"
 
 namespace quorvance {
 namespace {

@@ -1,10 +1,8 @@
 #include "platform/linux/motion/linux_motion_source.h"
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <condition_variable>
@@ -15,6 +13,7 @@
 
 #include "platform/linux/motion/scripted_sensors_test_support.h"
 #include "platform/linux/threads/thread_main_queue.h"
+#include "platform/testing/forked_child_test_support.h"
 #include "platform/testing/manual_executor.h"
 
 namespace quorvance {
@@ -86,26 +85,6 @@ class LinuxMotionSourceTest : public testing::Test {
   std::shared_ptr<MotionManager> manager_ = source_->makeManager();
 };
 
-TEST_F(LinuxMotionSourceTest, SamplesOfEachStartedSensorComeInOrderOnTheQueue) {
-  std::promise<std::thread::id> queueThread;
-  source_->currentQueue()->post([&] { queueThread.set_value(std::this_thread::get_id()); });
-  const std::thread::id expected = queueThread.get_future().get();
-  Inbox inboxes[4];
-  for (int i = 0; i < 4; ++i) {
-    const auto sensor = static_cast<MotionSensor>(i);
-    manager_->startUpdates(sensor, queue_, [=, handler = inboxes[i].handler()](const auto& sample) {
-      EXPECT_EQ(std::this_thread::get_id(), expected);
-      handler(sample);
-    });
-  }
-  for (Inbox& inbox : inboxes) {
-    EXPECT_TRUE(inbox.waitForMore(5));
-    const std::vector<int> counts = inbox.counts();
-    EXPECT_TRUE(std::is_sorted(counts.begin(), counts.end()));
-  }
-  for (int i = 0; i < 4; ++i) manager_->stopUpdates(static_cast<MotionSensor>(i));
-}
-
 // A sensor may hang where it is looked for and where it is read.
 TEST_F(LinuxMotionSourceTest, ASensorThatHangsHoldsUpNobody) {
   for (const bool hangsInSearch : {true, false}) {
@@ -143,21 +122,6 @@ TEST_F(LinuxMotionSourceTest, ASensorThatHangsHoldsUpNobody) {
     EXPECT_EQ(hung.counts().size(), received);
     manager_ = source_->makeManager();
   }
-}
-
-TEST_F(LinuxMotionSourceTest, AllSensorsMayHang) {
-  Inbox inbox;
-  for (std::size_t i = 0; i < kSensorKinds; ++i) {
-    sensors_->setHanging(static_cast<SensorKind>(i), true);
-    start(static_cast<MotionSensor>(i), inbox);
-  }
-  for (std::size_t i = 0; i < kSensorKinds; ++i) {
-    EXPECT_TRUE(sensors_->waitForCalls(static_cast<SensorKind>(i), 1));
-  }
-  manager_ = source_->makeManager();
-  start(MotionSensor::accelerometer, inbox);
-  sensors_->setHanging(SensorKind::accelerometer, false);
-  EXPECT_TRUE(inbox.waitForMore(5));
 }
 
 TEST_F(LinuxMotionSourceTest, ASampleThatWaitsOnTheQueueOutlivesNeitherAnotherStartNorAStop) {
@@ -244,22 +208,15 @@ TEST_F(LinuxMotionSourceTest, AForkedChildDoesNothing) {
     while (!isOver) manager->isAvailable(MotionSensor::gyroscope);
   });
   for (int i = 0; i < 20; ++i) {
-    const pid_t child = fork();
-    if (child == 0) {
-      alarm(5);  // a hang ends the child by a signal
-      const bool isIdle = !manager_->isAvailable(MotionSensor::accelerometer);
+    EXPECT_TRUE(childEndsWell([&] {
+      if (manager_->isAvailable(MotionSensor::accelerometer)) _exit(4);
       manager_->setUpdateInterval(MotionSensor::accelerometer, std::chrono::microseconds(1));
       manager_->startUpdates(MotionSensor::accelerometer, held_, [](const auto&) {});
       manager_->stopUpdates(MotionSensor::accelerometer);
       held_->run();
       manager_.reset();
       source_.reset();
-      _exit(isIdle ? 0 : 4);
-    }
-    int status = 0;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_TRUE(WIFEXITED(status)) << "signal " << WTERMSIG(status);
-    EXPECT_EQ(WEXITSTATUS(status), 0);
+    }));
   }
   isOver = true;
   busy.join();

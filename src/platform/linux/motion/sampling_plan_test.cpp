@@ -73,10 +73,9 @@ TEST(NextReadingTest, KeepsTheRhythmAndMakesUpForNothing) {
 
 TEST_F(SamplingPlanTest, TheAskedIntervalIsLimitedByTheSensors) {
   const std::pair<microseconds, microseconds> cases[] = {
-      {milliseconds(1), milliseconds(10)},     {milliseconds(25), milliseconds(25)},
-      {milliseconds(-5), milliseconds(10)},    {microseconds::max(), std::chrono::hours(1)},
       {microseconds::min(), milliseconds(10)},
-  };
+      {milliseconds(25), milliseconds(25)},
+      {microseconds::max(), std::chrono::hours(1)}};
   for (const auto& [asked, used] : cases) {
     start(MotionSensor::gyroscope, asked);
     EXPECT_EQ(dueIn(SensorKind::gyroscope), microseconds(0));

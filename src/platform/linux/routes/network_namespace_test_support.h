@@ -13,7 +13,7 @@
 #include <system_error>
 #include <thread>
 
-#include "platform/linux/storage/temporary_folder_test_support.h"
+#include "platform/testing/temporary_folder_test_support.h"
 
 namespace quorvance {
 

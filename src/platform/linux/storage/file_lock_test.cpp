@@ -11,7 +11,8 @@
 #include <optional>
 
 #include "platform/linux/storage/json_file_store.h"
-#include "platform/linux/storage/temporary_folder_test_support.h"
+#include "platform/testing/manual_executor.h"
+#include "platform/testing/temporary_folder_test_support.h"
 
 namespace quorvance {
 namespace {
@@ -78,23 +79,20 @@ TEST(FileLockTest, ForkNeitherReleasesNorKeepsTheLockOfItsParent) {
   EXPECT_EQ(FileLock(folder.at("lock"), 0s).outcome(), LockOutcome::held);
 }
 
-/// Runs what it is given at once.
-class ImmediateLane : public BackgroundQueue {
- public:
-  void post(WorkLane, Task task) override { task(); }
-};
-
 TEST(FileLockTest, StateWaitsForNoStoppedProcessAndIsWrittenLater) {
   const TemporaryFolder folder;
-  JsonFileStore store(folder.path(), std::make_shared<ImmediateLane>());
+  const auto lane = std::make_shared<ManualExecutor>();
+  JsonFileStore store(folder.path(), lane);
   {
     std::optional<FileLock> lock;
     const LivingFork owner([&] { lock.emplace(folder.at("state.lock"), 0s); });
     owner.stop();
     store.write("a", "1");
+    lane->run();
     EXPECT_EQ(folder.get("state.json"), "");
   }
   store.write("b", "2");
+  lane->run();
   EXPECT_EQ(folder.get("state.json"), R"({"a":"1","b":"2"})");
 }
 

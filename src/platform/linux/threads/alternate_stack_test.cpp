@@ -18,53 +18,26 @@ stack_t presentSignalStack() {
   return stack;
 }
 
-void useSignalStack(std::vector<std::byte>& memory) {
-  stack_t stack = {};
-  stack.ss_sp = memory.data();
-  stack.ss_size = memory.size();
-  ASSERT_EQ(sigaltstack(&stack, nullptr), 0);
-}
-
-void onNewThread(void (*body)()) { std::thread(body).join(); }
-
-void leaveWithoutSignalStack() {
-  stack_t none = {};
-  none.ss_flags = SS_DISABLE;
-  sigaltstack(&none, nullptr);
-}
-
-TEST(AlternateStackTest, ThreadWithoutOneGetsOneOnce) {
-  onNewThread([] {
-    const stack_t before = presentSignalStack();
-    leaveWithoutSignalStack();
-    ensureAlternateStack();
-    const stack_t first = presentSignalStack();
-    EXPECT_EQ(first.ss_flags & SS_DISABLE, 0);
-    EXPECT_GE(first.ss_size, kOwnStackBytes);
-    ensureAlternateStack();
-    EXPECT_EQ(presentSignalStack().ss_sp, first.ss_sp);
-    // A sanitizer looks for its own at the end of the thread.
-    if ((before.ss_flags & SS_DISABLE) == 0) sigaltstack(&before, nullptr);
-  });
-}
-
-TEST(AlternateStackTest, LargeEnoughOneIsKeptAndASmallOneIsNot) {
-  onNewThread([] {
-    const stack_t before = presentSignalStack();
-    std::vector<std::byte> large(kOwnStackBytes);
-    useSignalStack(large);
-    ensureAlternateStack();
-    EXPECT_EQ(presentSignalStack().ss_sp, large.data());
-    sigaltstack(&before, nullptr);
-  });
-  onNewThread([] {
-    const stack_t before = presentSignalStack();
-    std::vector<std::byte> small(16UL * 1024);
-    useSignalStack(small);
-    ensureAlternateStack();
-    EXPECT_NE(presentSignalStack().ss_sp, small.data());
-    sigaltstack(&before, nullptr);
-  });
+TEST(AlternateStackTest, ThreadKeepsALargeEnoughOneAndElseGetsOneOnce) {
+  for (const std::size_t bytes : {std::size_t{0}, kOwnStackBytes / 4, kOwnStackBytes}) {
+    std::thread([bytes] {
+      std::vector<std::byte> memory(bytes);
+      stack_t own = {};
+      own.ss_sp = memory.data();
+      own.ss_size = bytes;
+      own.ss_flags = bytes == 0 ? SS_DISABLE : 0;
+      stack_t before = {};
+      ASSERT_EQ(sigaltstack(&own, &before), 0);
+      ensureAlternateStack();
+      const stack_t first = presentSignalStack();
+      EXPECT_EQ(first.ss_flags & SS_DISABLE, 0);
+      EXPECT_GE(first.ss_size, kOwnStackBytes);
+      EXPECT_EQ(first.ss_sp == memory.data(), bytes == kOwnStackBytes);
+      ensureAlternateStack();
+      EXPECT_EQ(presentSignalStack().ss_sp, first.ss_sp);
+      sigaltstack(&before, nullptr);  // a sanitizer looks for its own at the end of the thread
+    }).join();
+  }
 }
 
 }  // namespace

@@ -80,15 +80,10 @@ TEST(HostLoopQueueTest, TakesPostsFromOtherThreads) {
   constexpr int kPosts = 1000;
   HostLoopQueue queue;
   int count = 0;
-  std::thread poster([&] {
+  const std::jthread poster([&] {
     for (int i = 0; i < kPosts; ++i) queue.post([&] { ++count; });
   });
-  while (count < kPosts) {
-    ASSERT_TRUE(isReadable(queue, kForEver));
-    queue.dispatch();
-  }
-  poster.join();
-  EXPECT_EQ(count, kPosts);
+  for (; count < kPosts; queue.dispatch()) ASSERT_TRUE(isReadable(queue, kForEver));
 }
 
 TEST(HostLoopQueueTest, DestroyedByItsOwnTaskDropsTheRest) {

@@ -28,19 +28,6 @@ class TimedTasksTest : public testing::Test {
   std::string log_;
 };
 
-TEST_F(TimedTasksTest, ComeInTheOrderOfTheirTimesThenOfAdding) {
-  add(milliseconds(20), 'd');
-  add(milliseconds(10), 'b');
-  add(milliseconds(0), 'a');
-  add(milliseconds(10), 'c');
-  EXPECT_EQ(tasks_.nextDue(), start_);
-  EXPECT_EQ(runDueAt(start_), "a");
-  EXPECT_EQ(runDueAt(start_ + milliseconds(10)), "bc");
-  EXPECT_EQ(runDueAt(start_ + milliseconds(20) - TimedTasks::Clock::duration(1)), "");
-  EXPECT_EQ(runDueAt(start_ + milliseconds(20)), "d");
-  EXPECT_EQ(tasks_.nextDue(), std::nullopt);
-}
-
 TEST_F(TimedTasksTest, DelaysBeyondTheClockAreClamped) {
   add(milliseconds::max(), 'b');
   add(milliseconds::min(), 'a');
@@ -48,15 +35,6 @@ TEST_F(TimedTasksTest, DelaysBeyondTheClockAreClamped) {
   ASSERT_TRUE(tasks_.nextDue());
   EXPECT_GT(*tasks_.nextDue(), start_ + std::chrono::hours(24 * 365 * 200));
   EXPECT_EQ(runDueAt(TimePoint::max()), "b");
-}
-
-TEST_F(TimedTasksTest, ATicketHidesWhatIsAddedLater) {
-  add(milliseconds(0), 'a');
-  const auto ticket = tasks_.ticket();
-  add(milliseconds(0), 'b');
-  ASSERT_TRUE(tasks_.takeDue(start_, ticket));
-  EXPECT_FALSE(tasks_.takeDue(start_, ticket));
-  EXPECT_EQ(runDueAt(start_), "b");
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <future>
-#include <latch>
 #include <memory>
 #include <numeric>
 #include <vector>
@@ -62,19 +61,6 @@ TEST(WorkQueueTest, HungCompletionsHoldUpNoLane) {
   }
 }
 
-TEST(WorkQueueTest, CompletionsRunBesideEachOther) {
-  WorkQueue queue;
-  std::latch both(2);
-  std::latch done(2);
-  for (int i = 0; i < 2; ++i) {
-    queue.post(WorkLane::completions, [&] {
-      both.arrive_and_wait();
-      done.count_down();
-    });
-  }
-  done.wait();
-}
-
 TEST(WorkQueueTest, LanesRunOneTaskAtATimeInOrder) {
   constexpr int kTasks = 500;
   for (const WorkLane lane : {WorkLane::files, WorkLane::facts}) {
@@ -88,31 +74,6 @@ TEST(WorkQueueTest, LanesRunOneTaskAtATimeInOrder) {
     std::vector<int> expected(kTasks);
     std::iota(expected.begin(), expected.end(), 0);
     EXPECT_EQ(order, expected);
-  }
-}
-
-TEST(WorkQueueTest, DrainWaitsForWhatTheLaneHoldsUpToItsDeadline) {
-  const auto now = std::chrono::steady_clock::now();
-  WorkQueue queue;
-  bool isDone = false;
-  {
-    HangingTasks hanging;
-    hanging.hang(queue, WorkLane::files);
-    queue.post(WorkLane::files, [&] { isDone = true; });
-    EXPECT_FALSE(queue.drain(WorkLane::files, now));
-    EXPECT_TRUE(queue.drain(WorkLane::facts, now));
-  }
-  EXPECT_TRUE(queue.drain(WorkLane::files, now + std::chrono::minutes(1)));
-  EXPECT_TRUE(isDone);
-}
-
-TEST(WorkQueueTest, IdleThreadsEndAndNewOnesStart) {
-  WorkQueue queue(milliseconds(1));
-  for (int i = 0; i < 3; ++i) {
-    auto ended = std::make_shared<std::promise<void>>();
-    auto threadEnd = ended->get_future();
-    queue.post(WorkLane::files, [ended] { signalAtThreadEnd(std::move(*ended)); });
-    threadEnd.wait();
   }
 }
 

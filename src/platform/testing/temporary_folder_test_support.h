@@ -39,6 +39,9 @@ class TemporaryFolder {
     bytes << std::ifstream(at(name), std::ios::binary).rdbuf();
     return bytes.str();
   }
+  unsigned permissionsOf(std::string_view name) const {
+    return static_cast<unsigned>(std::filesystem::status(at(name)).permissions());
+  }
 
  private:
   std::string path_;
