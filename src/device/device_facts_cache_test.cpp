@@ -31,21 +31,6 @@ TEST(DeviceFactsCacheTest, TheFirstStepReadsTheSystemAlone) {
   EXPECT_EQ(runs, 1) << "once more when patience ended";
 }
 
-TEST(DeviceFactsCacheTest, AWholeRefreshReadsTheRestAnewAndLeavesOlderSnapshotsAlone) {
-  FactsWorld world;
-  world.cache->whenRefreshed([] {});
-  world.time->run();
-  const auto before = world.cache->snapshot();
-  EXPECT_EQ(before->system.systemVersion, "12");
-  EXPECT_EQ(before->network.radioTechnology, "LTE");
-  world.network->facts.radioTechnology = "Edge";
-  world.cache->whenRefreshed([] {});
-  world.time->run();
-  EXPECT_EQ(world.cache->snapshot()->network.radioTechnology, "Edge");
-  EXPECT_EQ(world.cache->snapshot()->system.systemVersion, "12");
-  EXPECT_EQ(before->network.radioTechnology, "LTE");
-}
-
 TEST(DeviceFactsCacheTest, ATaskWaitsTwoSecondsForFactsThatHang) {
   for (const bool isWhole : {false, true}) {
     FactsWorld world;

@@ -123,12 +123,5 @@ TEST_F(LinuxSystemFactsTest, TheTimeZoneComesFromTheVariableTheLinkOrTheFile) {
   EXPECT_EQ(read({{"TZ", "PET5"}}).timeZone, std::nullopt);
 }
 
-TEST_F(LinuxSystemFactsTest, FilesThatAreNoneOrTooLongAreMissing) {
-  std::filesystem::create_directories(folder_.at("etc/os-release"));
-  folder_.put("etc/machine-info", "CHASSIS=tablet\n" + std::string(RootFiles::kMaxFactBytes, '#'));
-  EXPECT_EQ(read().systemName, std::nullopt);
-  EXPECT_EQ(read().kindModel, std::nullopt);
-}
-
 }  // namespace
 }  // namespace quorvance
