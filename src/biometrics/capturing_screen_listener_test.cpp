@@ -210,16 +210,18 @@ TEST(CapturingScreenListenerTest, SecondFinishSendsAllOfItAgainAndMore) {
   EXPECT_EQ(world.documents->count("activity"), 2U);
 }
 
-TEST(CapturingScreenListenerTest, ScreenWithoutTextLinesIsNotUploaded) {
+TEST(CapturingScreenListenerTest, ScreenWithoutTextLinesIsRecordedAsAnActivityAndNotUploaded) {
   ScreenWorld world;
-  world.config.activityMap = false;
   world.begin();
   // A touch outside of all views has no text line.
   world.view->touch(GestureState::began, {50, 20});
   const DebugLines debug;
   world.finish();
-  EXPECT_EQ(world.owner->bodies.size(), 2U) << "START and END alone";
-  EXPECT_EQ(world.documents->count("activity"), 0U);
+  world.config.activityMap = false;
+  world.state->replaceSdkConfig(world.config);
+  world.finish();
+  EXPECT_EQ(world.owner->bodies.size(), 3U) << "START and two END alone";
+  EXPECT_EQ(world.documents->count("activity"), 1U);
   EXPECT_TRUE(debug.contain("file not saved, with empty eventList & sensorsData"));
 }
 
