@@ -249,15 +249,19 @@ TEST(CapturingScreenListenerTest, ListenerMayGoWhileSamplesArrive) {
   std::vector<std::thread> threads;
   for (const MotionSensor sensor : {MotionSensor::accelerometer, MotionSensor::gyroscope}) {
     threads.emplace_back([&, sensor] {
-      for (; !isOver; ++delivered) world.motion->deliverHere(sensor, MotionSample{1, 2, 3});
+      while (!isOver) {
+        world.motion->deliverHere(sensor, MotionSample{1, 2, 3});
+        ++delivered;
+        delivered.notify_all();
+      }
     });
   }
   threads.emplace_back([&] {
     while (!isOver) world.time->run();
   });
   const auto waitForSamples = [&](std::uint64_t count) {
-    const std::uint64_t before = delivered;
-    while (delivered < before + count) std::this_thread::yield();
+    const std::uint64_t target = delivered + count;
+    for (std::uint64_t now = delivered; now < target; now = delivered) delivered.wait(now);
   };
   for (int i = 0; i < 5; ++i) {
     world.view->touch(GestureState::began, {10, 10});
