@@ -56,9 +56,9 @@ TEST(TraceUploadTest, ArrivesWithStartsMiddlesAndEnds) {
   // The completion of the upload, on a thread of the library, arms the loop again. A refused upload
   // keeps its entries; the next one carries them.
   ASSERT_TRUE(world.mainQueue->waitForDelayedPosts(posted + 1, kTestPatience));
-  EXPECT_TRUE(world.server.waitForStrikes(1, kTestPatience));
+  EXPECT_TRUE(world.server.waitForAppliedFaults(1, kTestPatience));
   world.mainQueue->advance(30s);
-  // The one that the fault struck counts too.
+  // The one that got the fault counts too.
   ASSERT_TRUE(world.sees(kTracingUrlPath, 2));
   const auto phases = world.phasesSent();
   for (const char* phase :

@@ -40,7 +40,7 @@ TEST(UnansweredCallsTest, ReturnWhileNeitherDiskNorServerAnswers) {
     EXPECT_TRUE(manager.setupWithServerUrl(world.server.url(), "anna"));
     manager.arriveToCheckPoint(General());
     documents->waitUntilAsked();
-    ASSERT_TRUE(world.server.waitForStrikes(2, kTestPatience));
+    ASSERT_TRUE(world.server.waitForAppliedFaults(2, kTestPatience));
     manager.initializeDeviceId();
     // The state is written on the lane that hangs.
     manager.getRiskForCheckPoint(Login(std::make_shared<User>(User{.userId = "bea"})),

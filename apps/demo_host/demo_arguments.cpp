@@ -18,15 +18,16 @@ const std::map<std::string, OptionSetter>& valueSetters() {
       {"--risk-server", [](DemoOptions& o, const std::string& value) { o.riskServer = value; }},
       {"--log", [](DemoOptions& o, const std::string& value) { o.logFile = value; }},
       {"--data-folder", [](DemoOptions& o, const std::string& value) { o.dataFolder = value; }},
+      {"--report", [](DemoOptions& o, const std::string& value) { o.report = value; }},
   };
   return kSetters;
 }
 
 const std::map<std::string, bool DemoOptions::*>& flags() {
   static const std::map<std::string, bool DemoOptions::*> kFlags = {
-      {"--debug", &DemoOptions::debug},
-      {"--inspect", &DemoOptions::inspect},
-      {"--json", &DemoOptions::json},
+      {"--debug", &DemoOptions::debug},       {"--stay", &DemoOptions::stays},
+      {"--open", &DemoOptions::opensConsole}, {"--plain", &DemoOptions::reportIsPlain},
+      {"--inspect", &DemoOptions::inspect},   {"--json", &DemoOptions::json},
   };
   return kFlags;
 }
@@ -53,8 +54,13 @@ void checkTogether(const DemoOptions& options) {
     return;
   }
   if (options.journey.empty()) throw InputError("which journey? See --help");
+  if (options.reportIsPlain && !options.report) throw InputError("--plain: only with --report");
+  if (options.opensConsole && !options.stays) throw InputError("--open: only with --stay");
   if (!options.serverUrl) return checkRiskServer(options.riskServer);
   if (options.logFile) throw InputError("--log: a server that runs already keeps its own log");
+  if (options.stays) throw InputError("--stay: a server that runs already stays anyway");
+  if (options.report)
+    throw InputError("--report: of a server that runs already, its console exports");
   const std::string fault = faultOfServerUrl(*options.serverUrl);
   if (!fault.empty()) throw InputError("--server: \"" + *options.serverUrl + "\": " + fault);
 }
@@ -73,6 +79,15 @@ std::string demoUsage() {
          "  --log FILE             the started risk server appends every call to FILE\n"
          "  --data-folder FOLDER   where the library keeps its state; a temporary folder by "
          "default\n"
+         "  --stay                 the started risk server and its console stay afterwards, until "
+         "a "
+         "key\n"
+         "                         is pressed or a signal comes\n"
+         "  --open                 with --stay: open the console in a browser\n"
+         "  --report FILE.html     make a page of everything that the started risk server saw, "
+         "without "
+         "personal\n"
+         "                         data unless --plain\n"
          "  --debug                the library prints its diagnostic lines; it tells more fields\n"
          "  --inspect              print every field with its source, its cost, and what it is "
          "sent "

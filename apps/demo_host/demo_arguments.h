@@ -21,6 +21,14 @@ struct DemoOptions {
   // No journey: what the library tells of this device is printed, for people or for programs.
   bool inspect = false;
   bool json = false;
+  // Whether the started risk server, and its console, stay when the journey is over.
+  bool stays = false;
+  // Whether a browser is opened on that console.
+  bool opensConsole = false;
+  // A page of everything that the started risk server saw.
+  std::optional<std::filesystem::path> report;
+  // Whether that page keeps personal data.
+  bool reportIsPlain = false;
 };
 
 std::string demoUsage();

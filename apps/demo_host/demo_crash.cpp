@@ -41,10 +41,10 @@ bool CrashCapture::waitUntilOn() const {
   return isOn();
 }
 
-void crashOnPurpose(CrashWay way) {
-  std::thread([way] {
-    if (way == CrashWay::segv) writeWhereNobodyMay();
-    if (way == CrashWay::exception) throw std::runtime_error("the demo was told to crash");
+void crashOnPurpose(CrashKind kind) {
+  std::thread([kind] {
+    if (kind == CrashKind::segv) writeWhereNobodyMay();
+    if (kind == CrashKind::exception) throw std::runtime_error("the demo was told to crash");
     std::abort();
   }).join();
   std::abort();

@@ -5,8 +5,8 @@
 
 namespace demo_host {
 
-// What the host dies of.
-enum class CrashWay { segv, abort, exception };
+// How the host crashes.
+enum class CrashKind { segv, abort, exception };
 
 inline constexpr std::chrono::seconds kCrashCaptureTime{10};
 
@@ -24,6 +24,6 @@ class CrashCapture {
 };
 
 // On a thread of its own, where nothing catches an exception.
-[[noreturn]] void crashOnPurpose(CrashWay way);
+[[noreturn]] void crashOnPurpose(CrashKind kind);
 
 }  // namespace demo_host

@@ -8,6 +8,8 @@
 
 #include "apps/demo_host/demo_arguments.h"
 #include "apps/demo_host/demo_errors.h"
+#include "apps/demo_host/demo_report.h"
+#include "apps/demo_host/demo_stay.h"
 #include "apps/demo_host/inspection_printer.h"
 #include "apps/demo_host/journey.h"
 #include "apps/demo_host/journey_player.h"
@@ -24,8 +26,10 @@ namespace {
 constexpr std::chrono::seconds kLastCallsTime{10};
 constexpr std::chrono::seconds kLastCallsTimeWithoutTally{1};
 
-std::vector<std::string> serverArguments(const DemoOptions& options, const ServerFiles& files) {
-  std::vector<std::string> arguments = {"--port", "0"};
+std::vector<std::string> serverArguments(const DemoOptions& options, const ServerFiles& files,
+                                         const ReportLog& log) {
+  std::vector<std::string> arguments = {"--port", "0", "--console-port",
+                                        options.stays ? "0" : "off"};
   const auto add = [&](const char* name, const std::optional<std::filesystem::path>& file) {
     if (!file) return;
     arguments.emplace_back(name);
@@ -34,16 +38,34 @@ std::vector<std::string> serverArguments(const DemoOptions& options, const Serve
   add("--config", files.config);
   add("--rules", files.rules);
   add("--faults", files.faults);
-  add("--log", options.logFile);
+  add("--log", log.file());
   return arguments;
 }
 
+void showConsole(const DemoOptions& options, ServerProcess& server, JourneyPrinter& printer) {
+  const std::string url = server.readConsoleUrl();
+  printer.print("console            " + url);
+  if (options.opensConsole && !openInBrowser(url)) {
+    printer.print("                   no browser could be opened; open that address yourself");
+  }
+}
+
+void printEnd(const Journey& journey, const JourneyResult& result, JourneyPrinter& printer,
+              std::ostream& error) {
+  for (const std::string& fault : result.faults) error << "demo_host: " + fault + "\n";
+  error.flush();
+  if (!result.faults.empty()) return;
+  printer.print("\nplayed " + std::to_string(journey.steps.size()) + " steps, " +
+                std::to_string(result.verdicts) + " verdicts, all as expected");
+}
+
 // The URL of the server that is to be used, which is started if it is the demo's own.
-std::string serverUrlFor(const DemoOptions& options, const ServerFiles& files,
+std::string serverUrlFor(const DemoOptions& options, const ServerFiles& files, const ReportLog& log,
                          std::optional<ServerProcess>& server, JourneyPrinter& printer) {
   if (!options.serverUrl) {
-    server.emplace(options.riskServer, serverArguments(options, files));
+    server.emplace(options.riskServer, serverArguments(options, files, log));
     printer.print("risk server        " + server->url() + ", started for this run");
+    if (options.stays) showConsole(options, *server, printer);
     return server->url();
   }
   std::string url = withLastSlash(*options.serverUrl);
@@ -71,7 +93,7 @@ std::shared_ptr<quorvance::QuorvanceManager> makeManager(const Journey& journey,
 }
 
 // Waits for the last calls and adds what became of all to the faults.
-void closeBooks(const std::string& url, const std::optional<Tally>& before, JourneyResult& result,
+void checkTally(const std::string& url, const std::optional<Tally>& before, JourneyResult& result,
                 JourneyPrinter& printer) {
   if (!before) {
     std::this_thread::sleep_for(kLastCallsTimeWithoutTally);
@@ -89,12 +111,12 @@ void closeBooks(const std::string& url, const std::optional<Tally>& before, Jour
   }
 }
 
-JourneyResult playJourney(const DemoOptions& options, const Journey& journey,
-                          JourneyPrinter& printer) {
+JourneyResult playJourney(const DemoOptions& options, const Journey& journey, const ReportLog& log,
+                          JourneyPrinter& printer, std::ostream& error) {
   printer.print(journey.title);
   printer.print("");
   std::optional<ServerProcess> server;
-  const std::string url = serverUrlFor(options, journey.server, server, printer);
+  const std::string url = serverUrlFor(options, journey.server, log, server, printer);
   const std::optional<Tally> before = fetchTally(url);
   StateFolder state(options.dataFolder);
   const auto manager = makeManager(journey, state, options.debug);
@@ -103,19 +125,22 @@ JourneyResult playJourney(const DemoOptions& options, const Journey& journey,
   printer.print("session            " + manager->getSessionId().value_or("none"));
   printer.printHeading();
   JourneyResult result = player.play(journey.steps);
-  closeBooks(url, before, result, printer);
+  checkTally(url, before, result, printer);
+  printEnd(journey, result, printer, error);
+  if (options.stays) {
+    printer.print("\nthe risk server stays; any key or Ctrl-C ends it");
+    waitForKeyOrSignal();
+  }
   return result;
 }
 
 int runParsed(const DemoOptions& options, std::ostream& out, std::ostream& error) {
   const Journey journey = loadJourney(options.journey);
   JourneyPrinter printer(out);
-  const JourneyResult result = playJourney(options, journey, printer);
-  for (const std::string& fault : result.faults) error << "demo_host: " + fault + "\n";
-  if (!result.faults.empty()) return kRunFailed;
-  printer.print("\nplayed " + std::to_string(journey.steps.size()) + " steps, " +
-                std::to_string(result.verdicts) + " verdicts, all as expected");
-  return kPlayedAsExpected;
+  const ReportLog log(options);
+  const JourneyResult result = playJourney(options, journey, log, printer, error);
+  if (options.report) writeReport(options, *log.file());
+  return result.faults.empty() ? kPlayedAsExpected : kRunFailed;
 }
 
 }  // namespace

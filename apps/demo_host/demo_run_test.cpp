@@ -46,6 +46,10 @@ TEST(DemoRunTest, WrongArgumentsEndWithTwoAndSayWhy) {
       {{"a.json", "--server", "http://h/", "--log", "l"}, "--log"},
       {{"--json", "a.json"}, "--json: only with --inspect"},
       {{"--inspect", "a.json"}, "--inspect: it plays no journey"},
+      {{"a.json", "--server", "http://h/", "--stay"}, "--stay"},
+      {{"a.json", "--server", "http://h/", "--report", "r"}, "--report"},
+      {{"a.json", "--open"}, "--open"},
+      {{"a.json", "--plain"}, "--plain"},
       {{kNoJourney, "--server", "http://h/"}, "/nowhere/journey.json: No such file"},
   };
   for (const auto& [arguments, part] : cases) {

@@ -101,9 +101,10 @@ Action readPermissionStep(ObjectReader& reader) {
 }
 
 Action readCrashStep(ObjectReader& reader) {
-  return CrashStep{*wordValue<CrashWay>(
-      reader, "crash", "crash",
-      {{"segv", CrashWay::segv}, {"abort", CrashWay::abort}, {"exception", CrashWay::exception}})};
+  return CrashStep{*wordValue<CrashKind>(reader, "crash", "crash",
+                                         {{"segv", CrashKind::segv},
+                                          {"abort", CrashKind::abort},
+                                          {"exception", CrashKind::exception}})};
 }
 
 struct StepKind {

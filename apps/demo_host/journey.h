@@ -58,9 +58,9 @@ struct PermissionStep {
   quorvance::MobilePermission permission{};
 };
 
-// The host dies here, once crash capture is on; what follows is not played.
+// The host crashes here, once crash capture is on; what follows is not played.
 struct CrashStep {
-  CrashWay way{};
+  CrashKind kind{};
 };
 
 using Action = std::variant<VerdictStep, ReportStep, WaitStep, LogoutStep, UserStep, PermissionStep,

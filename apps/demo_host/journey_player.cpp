@@ -176,7 +176,7 @@ void JourneyPlayer::act(const CrashStep& step) {
     throw RunError(nameOfStep() + ": the configuration does not switch crash capture on");
   }
   printer_.printStep(line_);
-  crashOnPurpose(step.way);
+  crashOnPurpose(step.kind);
 }
 
 }  // namespace demo_host

@@ -19,7 +19,8 @@ namespace demo_host {
 namespace {
 
 constexpr std::string_view kReadyPrefix = "risk server ready at ";
-constexpr std::size_t kMaxReadyLine = 1024;
+constexpr std::string_view kConsolePrefix = "console at ";
+constexpr std::size_t kMaxLine = 1024;
 constexpr int kCannotExecute = 127;
 
 using SteadyClock = std::chrono::steady_clock;
@@ -49,6 +50,11 @@ bool waitReadable(int descriptor, SteadyClock::time_point deadline) {
   _exit(kCannotExecute);
 }
 
+// Empty when the line has another beginning.
+std::string_view behindPrefix(std::string_view line, std::string_view prefix) {
+  return line.starts_with(prefix) ? line.substr(prefix.size()) : std::string_view();
+}
+
 std::string describeEnd(int status) {
   if (WIFEXITED(status)) return "exit status " + std::to_string(WEXITSTATUS(status));
   if (WIFSIGNALED(status)) return "signal " + std::to_string(WTERMSIG(status));
@@ -68,11 +74,17 @@ ServerProcess::ServerProcess(const std::filesystem::path& program,
   command.insert(command.end(), arguments.begin(), arguments.end());
   start(command);
   // From here on the child must not outlive a failure, which the destructor would not see.
-  const std::string line = readReadyLine();
-  const std::string_view url = std::string_view(line).substr(
-      line.starts_with(kReadyPrefix) ? kReadyPrefix.size() : line.size());
+  const std::string line = readLine();
+  const std::string_view url = behindPrefix(line, kReadyPrefix);
   if (url.empty() || !faultOfServerUrl(url).empty()) failUnready("it said \"" + line + "\"");
   url_ = withLastSlash(std::string(url));
+}
+
+std::string ServerProcess::readConsoleUrl() {
+  const std::string line = readLine();
+  const std::string_view url = behindPrefix(line, kConsolePrefix);
+  if (url.empty() || !faultOfServerUrl(url).empty()) failUnready("it said \"" + line + "\"");
+  return std::string(url);
 }
 
 ServerProcess::~ServerProcess() { stop(); }
@@ -96,10 +108,10 @@ void ServerProcess::start(const std::vector<std::string>& command) {
   }
 }
 
-std::string ServerProcess::readReadyLine() {
+std::string ServerProcess::readLine() {
   const auto deadline = SteadyClock::now() + kServerStartTime;
   std::string line;
-  while (line.size() < kMaxReadyLine) {
+  while (line.size() < kMaxLine) {
     if (!waitReadable(output_, deadline)) failUnready("it was not ready in time");
     char c = 0;
     const ssize_t count = read(output_, &c, 1);
@@ -111,7 +123,7 @@ std::string ServerProcess::readReadyLine() {
     if (c == '\n') return line;
     line += c;
   }
-  failUnready("its first line has no end");
+  failUnready("its line has no end");
 }
 
 void ServerProcess::failUnready(const std::string& reason) {

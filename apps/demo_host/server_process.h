@@ -25,10 +25,12 @@ class ServerProcess {
 
   // As the program announced it.
   const std::string& url() const { return url_; }
+  // Reads the line behind that: where the console is. Once; throws as the constructor does.
+  std::string readConsoleUrl();
 
  private:
   void start(const std::vector<std::string>& command);
-  std::string readReadyLine();
+  std::string readLine();
   [[noreturn]] void failUnready(const std::string& reason);
   // Asks the child to end, makes it when it does not; its wait status. Once.
   int stop();

@@ -1,4 +1,4 @@
-// A local stand-in for the risk server, for the demo, for tests and for an integrator's desk.
+// A local stand-in for the risk server, for the demo, for tests and for integrators.
 //
 // It knows nothing of the library that calls it: what it accepts is contract.json, what it answers
 // are default_config.json and default_rules.json or files in their place. Start reading here;
@@ -14,12 +14,18 @@
 #include <string_view>
 #include <vector>
 
+#include "apps/risk_server/console_server/captures_handler.h"
+#include "apps/risk_server/console_server/event_feed.h"
+#include "apps/risk_server/console_server/exchanges_handler.h"
+#include "apps/risk_server/console_server/server_state.h"
 #include "apps/risk_server/contract/contract.h"
-#include "apps/risk_server/control_desk.h"
-#include "apps/risk_server/exchange_log.h"
+#include "apps/risk_server/control_handler.h"
+#include "apps/risk_server/exchanges/exchange_log.h"
 #include "apps/risk_server/faults/fault_list.h"
 #include "apps/risk_server/http/http_listener.h"
-#include "apps/risk_server/service_desk.h"
+#include "apps/risk_server/http/request_guard.h"
+#include "apps/risk_server/masking/masker.h"
+#include "apps/risk_server/service_handler.h"
 #include "apps/risk_server/verdicts/verdict_rules.h"
 
 namespace risk_server {
@@ -35,6 +41,10 @@ struct RiskServerOptions {
   std::vector<Fault> faults;  // from readFaults() with the same contract
   std::string signingKey;     // random bytes when empty
   std::optional<std::filesystem::path> logFile;
+  GuardOptions guard;  // of the control path and the console
+  // The console's own port, so that it stays when the server is down; 0 takes a free one. None: no
+  // console.
+  std::optional<int> consolePort;
 };
 
 // Life: made (the log file is open), started, any number of times down and up again, stopped; not
@@ -54,6 +64,8 @@ class RiskServer {
 
   // "http://127.0.0.1:PORT/".
   std::string url() const;
+  // Alike; empty when there is no console.
+  std::string consoleUrl() const;
 
   // For the calls that come from now on. A configuration is any JSON object, since clients must
   // live with odd ones; anything else throws InputError.
@@ -64,7 +76,8 @@ class RiskServer {
   // nothing when it is wrong. Replies that are already held back stay so.
   void setFaults(std::string_view json);
   void clearFaults();
-  // What GET /control/faults shows: each fault, its "calls" and how many it "struck".
+  // What GET /control/faults shows: each fault, its "calls" and to how many it was applied
+  // ("struck").
   Json faults() const;
 
   // Down: connections are refused, those that are there end, the port is kept. goDown() lasts until
@@ -81,20 +94,33 @@ class RiskServer {
   bool waitForCalls(const std::string& path, std::uint64_t count,
                     std::chrono::milliseconds timeout) const;
   bool waitForRefusals(std::uint64_t count, std::chrono::milliseconds timeout) const;
-  // Blocks until faults struck so often, whichever they were. A call or a strike is counted when
-  // the reply was decided, which is before it was held back, sent or lost.
-  bool waitForStrikes(std::uint64_t count, std::chrono::milliseconds timeout) const;
+  // Blocks until faults were applied so often, whichever they were. A call or a fault is counted
+  // when the reply was decided, which is before it was held back, sent or lost.
+  bool waitForAppliedFaults(std::uint64_t count, std::chrono::milliseconds timeout) const;
 
  private:
   HttpReply answer(const HttpRequest& request);
+  HttpReply answerControl(const HttpRequest& request, int port);
+  HttpReply answerConsole(const HttpRequest& request);
+  std::optional<HttpReply> replyToBrowser(const HttpRequest& request) const;
 
   const Contract contract_;
+  const RequestGuard guard_;
+  ChangeSignal signal_;
   ExchangeLog log_;
   FaultList faults_;
-  ServiceDesk services_;
-  ControlDesk control_;
+  ServiceHandler services_;
+  const ServerState state_;
+  const Masker masker_;
+  EventFeed feed_;
+  ControlHandler control_;
+  ExchangesHandler exchanges_;
+  CapturesHandler captures_;
   const int wantedPort_;
-  HttpListener listener_;  // last: its threads use what stands above
+  const std::optional<int> wantedConsolePort_;
+  // Last: their threads use what stands above.
+  HttpListener listener_;
+  HttpListener consoleListener_;
 };
 
 }  // namespace risk_server

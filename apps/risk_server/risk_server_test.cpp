@@ -98,7 +98,7 @@ TEST_F(RiskServerTest, answersWhatIsNoWholeRequestAndGoesOn) {
     EXPECT_EQ(answer.code(), sent.code) << sent.bytes.substr(0, 40);
     EXPECT_TRUE(answer.body.starts_with("{\"error\":")) << answer.body;
   }
-  EXPECT_TRUE(server_.waitForRefusals(std::size(kCases), kPatience));
+  EXPECT_TRUE(server_.waitForRefusals(std::size(kCases), kTestTimeout));
   EXPECT_EQ(get("/control/health").code(), 200);
 }
 
@@ -119,9 +119,59 @@ TEST_F(RiskServerTest, controlReplacesConfigurationAndRulesAndIsNotCounted) {
   EXPECT_EQ(post(kVerdictPath, checkpoint).json()["risk"], -2);
   EXPECT_EQ(findText(post("/control/rules", R"([{"risk": 5}])").json(), "error"),
             "[0].risk: expected a text, got 5");
+  EXPECT_EQ(post("/control/config", "[]").code(), 400);
+  EXPECT_EQ(get("/control/config").body, R"({"app_run_mode":7})");
+  EXPECT_EQ(get("/control/rules").body, R"([{"risk":"expire"}])");
   EXPECT_EQ(get("/control/other").code(), 404);
   EXPECT_EQ(get("/control/tally").body, R"({"calls":{"/qrsk-med/3.0/GetCheckpointRisk/":1,)"
                                         R"("/qrsk-med/3.0/getSdkConfiguration/":1},"refused":0})");
+}
+
+TEST_F(RiskServerTest, replacesOnlyTheVersionThatIsAskedFor) {
+  const auto replaceIf = [&](const std::string& path, const std::string& tag, const char* body) {
+    return post(path, body, "If-Match: " + tag + "\r\n").code();
+  };
+  const std::pair<const char*, const char*> kReplaceable[] = {
+      {"/control/rules", "[]"}, {"/control/config", "{}"}, {"/control/faults", "[]"}};
+  for (const auto& [path, body] : kReplaceable) {
+    const std::string tag = get(path).header("ETag");
+    EXPECT_EQ(replaceIf(path, tag, body), 200) << path;
+    EXPECT_EQ(replaceIf(path, tag, body), 412) << path;
+    EXPECT_EQ(replaceIf(path, "1", body), 400) << path;
+    EXPECT_NE(get(path).header("ETag"), tag) << path;
+  }
+}
+
+TEST_F(RiskServerTest, aDryRunTellsWhatOtherRulesChange) {
+  const std::string candidate = R"([{"checkpoint": "TRANSACTION", "nth": 2, "risk": "HIGH"},
+                                    {"risk": "MEDIUM"}])";
+  const auto play = [&] {
+    std::string risks;
+    for (const Json& checkpoint : {sample::plainCheckpoint("GENERAL"), sample::transaction(),
+                                   sample::transaction(), sample::transaction()}) {
+      const std::string body = sample::checkpointBody(checkpoint).dump();
+      risks += post(kVerdictPath, body).json()["risk"].dump();
+    }
+    return risks;
+  };
+  EXPECT_EQ(play(), "0111");
+  post(kVerdictPath, "{}");
+  EXPECT_EQ(post("/control/rules/check", candidate).body,
+            R"({"replayed":4,"changed":2,"changes":[{"id":1,"from":0,"to":1,"rule":1},)"
+            R"({"id":3,"from":1,"to":2,"rule":0}],"hits":[1,3]})");
+  EXPECT_EQ(get("/control/rules").json().size(), 10U);
+  EXPECT_EQ(post("/control/rules", candidate).code(), 200);
+  EXPECT_EQ(play(), "1121");
+  EXPECT_EQ(get("/control/state").json()["rules"].dump(),
+            R"({"version":2,"hits":[1,3],"undecided":0})");
+  EXPECT_EQ(findText(post("/control/rules/check", R"([{"risk": 5}])").json(), "error"),
+            "[0].risk: expected a text, got 5");
+  EXPECT_EQ(
+      post("/control/faults/check", R"([{"path": "*", "status": 503, "skip": 7, "times": 1}])")
+          .json()["changes"]
+          .dump(),
+      R"([{"id":8,"fault":"status"}])");
+  EXPECT_EQ(server_.faults(), Json::array());
 }
 
 }  // namespace

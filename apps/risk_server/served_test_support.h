@@ -18,13 +18,19 @@ struct Received {
 
   std::string status() const { return head.substr(0, head.find("\r\n")); }
   int code() const { return head.size() < 12 ? -1 : std::stoi(head.substr(9, 3)); }
+  std::string header(const std::string& name) const {
+    const auto found = head.find("\r\n" + name + ": ");
+    if (found == std::string::npos) return {};
+    const auto begin = found + name.size() + 4;
+    return head.substr(begin, head.find("\r\n", begin) - begin);
+  }
   Json json() const { return sample::parsed(body); }
 };
 
 /// A server that runs, and calls of it.
 class ServedTest : public testing::Test {
  protected:
-  static constexpr std::chrono::milliseconds kPatience{30'000};
+  static constexpr std::chrono::milliseconds kTestTimeout{30'000};
   static constexpr const char* kVerdictPath = "/qrsk-med/3.0/GetCheckpointRisk/";
 
   explicit ServedTest(RiskServerOptions options = {}) : server_(std::move(options)) {
@@ -45,11 +51,14 @@ class ServedTest : public testing::Test {
     }
     return received;
   }
-  Received post(const std::string& path, const std::string& body) const {
-    return callWith(sample::rawPost(path, body, "Connection: close\r\n"));
+  Received post(const std::string& path, const std::string& body,
+                const std::string& headers = {}) const {
+    return callWith(sample::rawPost(path, body, "Connection: close\r\n" + headers,
+                                    sample::hostHeader(server_.url())));
   }
   Received get(const std::string& path) const {
-    return callWith("GET " + path + " HTTP/1.1\r\nConnection: close\r\n\r\n");
+    return callWith("GET " + path + " HTTP/1.1\r\nConnection: close\r\n" +
+                    sample::hostHeader(server_.url()) + "\r\n");
   }
 
   RiskServer server_;

@@ -55,25 +55,40 @@ std::string dumpServerJson(const Json& value) {
   return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
+bool isUtf8(const std::string& bytes) {
+  try {
+    (void)Json(bytes).dump();
+    return true;
+  } catch (const Json::type_error&) {
+    return false;
+  }
+}
+
 Json readServerJson(std::string_view text, const std::string& name) {
   ParsedJson parsed = parseServerJson(text);
   if (!parsed.value) throw InputError(name + ": " + parsed.fault);
   return std::move(*parsed.value);
 }
 
-Json loadServerJson(const std::filesystem::path& file) {
+std::string loadServerText(const std::filesystem::path& file, std::uintmax_t mostBytes) {
   std::error_code error;
   if (std::filesystem::is_directory(file, error)) throw InputError(file.string() + ": is a folder");
   const std::uintmax_t size = std::filesystem::file_size(file, error);
   if (error) throw InputError(file.string() + ": " + error.message());
-  if (size > kMaxInputFileBytes) throw InputError(file.string() + ": larger than 16 MiB");
+  if (size > mostBytes) {
+    throw InputError(file.string() + ": larger than " + std::to_string(mostBytes >> 20U) + " MiB");
+  }
   std::ifstream stream(file, std::ios::binary);
   if (!stream) throw InputError(file.string() + ": cannot be read");
   std::string text(static_cast<std::size_t>(size), '\0');
   stream.read(text.data(), static_cast<std::streamsize>(text.size()));
   if (stream.bad()) throw InputError(file.string() + ": reading failed");
   text.resize(static_cast<std::size_t>(stream.gcount()));
-  return readServerJson(text, file.string());
+  return text;
+}
+
+Json loadServerJson(const std::filesystem::path& file) {
+  return readServerJson(loadServerText(file, kMaxInputFileBytes), file.string());
 }
 
 const Json* findMember(const Json& object, const std::string& key) {
@@ -90,6 +105,12 @@ const Json* findPath(const Json& object, std::string_view path) {
     path = dot == std::string_view::npos ? std::string_view() : path.substr(dot + 1);
   }
   return value;
+}
+
+std::optional<std::int64_t> findInteger(const Json& object, std::string_view path) {
+  const Json* value = findPath(object, path);
+  if (value == nullptr || !value->is_number_integer()) return std::nullopt;
+  return value->get<std::int64_t>();
 }
 
 std::optional<std::string> findText(const Json& object, std::string_view path) {

@@ -33,6 +33,11 @@ ParsedJson parseServerJson(std::string_view text);
 // Compact. What is not UTF-8 is replaced by U+FFFD.
 std::string dumpServerJson(const Json& value);
 
+bool isUtf8(const std::string& bytes);
+
+// The bytes of a file. Throws InputError naming it.
+std::string loadServerText(const std::filesystem::path& file, std::uintmax_t mostBytes);
+
 // Throws InputError naming the file, and the line where the text is no JSON.
 Json loadServerJson(const std::filesystem::path& file);
 
@@ -44,6 +49,9 @@ const Json* findMember(const Json& object, const std::string& key);
 
 // The text at a dotted path such as "keys.user_id"; absent when there is none or it is no text.
 std::optional<std::string> findText(const Json& object, std::string_view path);
+
+// The integer at a dotted path; absent when there is none or it is none.
+std::optional<std::int64_t> findInteger(const Json& object, std::string_view path);
 
 // What stands at a dotted path, or null.
 const Json* findPath(const Json& object, std::string_view path);

@@ -32,8 +32,8 @@ ServiceCall readCall(ContractReader& reader, const std::string& path, const Json
   shape.fields = {{"reply", true, std::make_shared<TypeRule>(ValueType::kText)},
                   {"body", true, std::make_shared<TypeRule>(ValueType::kAny)}};
   if (path.empty() || path.front() != '/') throw InputError(place + ": a path begins with \"/\"");
-  if (auto mismatch = ObjectRule(shape).check(call)) {
-    throw InputError(std::move(*mismatch).under(place).text());
+  if (const auto mismatch = ObjectRule(shape).firstMismatchOf(call)) {
+    throw InputError(mismatch->textUnder(place));
   }
   const auto kind = replyKindFromWord(*findText(call, "reply"));
   if (!kind) throw InputError(place + ".reply: no known kind of reply");
@@ -43,8 +43,10 @@ ServiceCall readCall(ContractReader& reader, const std::string& path, const Json
 }  // namespace
 
 Contract Contract::fromJson(const Json& json) {
-  if (auto mismatch = shapeOfContractFile()->check(json)) throw InputError(mismatch->text());
+  if (const auto mismatch = shapeOfContractFile()->firstMismatchOf(json))
+    throw InputError(mismatch->text());
   Contract contract;
+  contract.given_ = json;
   contract.contentType_ = *findText(json, "contentType");
   const Json none = Json::object();
   const Json* definitions = findMember(json, "definitions");

@@ -34,8 +34,13 @@ class Contract {
   std::optional<std::string> contentTypeFault(const std::vector<std::string>& values) const;
 
   const std::map<std::string, ServiceCall>& calls() const { return calls_; }
+  const std::string& contentType() const { return contentType_; }
+
+  // As it was written.
+  const Json& asJson() const { return given_; }
 
  private:
+  Json given_;
   std::string contentType_;
   std::map<std::string, ServiceCall> calls_;
 };

@@ -87,8 +87,8 @@ void readOnly(const Json& rule, const std::string& place, ObjectShape& shape) {
   const Json* keys = findMember(rule, "orOnly");
   if (keys == nullptr) return;
   const ArrayRule shapeOfKeys(std::make_shared<TypeRule>(ValueType::kText), {});
-  if (auto mismatch = shapeOfKeys.check(*keys)) {
-    refuseRule(place, std::move(*mismatch).under("orOnly").text());
+  if (const auto mismatch = shapeOfKeys.firstMismatchOf(*keys)) {
+    refuseRule(place, mismatch->textUnder("orOnly"));
   }
   for (const Json& key : *keys) {
     shape.orOnly.push_back(key.get<std::string>());
@@ -105,8 +105,8 @@ void readSame(const Json& rule, const std::string& place, ObjectShape& shape) {
   const TypeRule text(ValueType::kText);
   const ArrayRule shapeOfPairs(
       std::make_shared<ArrayRule>(std::make_shared<TypeRule>(text), ArrayRule::Bounds{2, 2}), {});
-  if (auto mismatch = shapeOfPairs.check(*pairs)) {
-    refuseRule(place, std::move(*mismatch).under("same").text());
+  if (const auto mismatch = shapeOfPairs.firstMismatchOf(*pairs)) {
+    refuseRule(place, mismatch->textUnder("same"));
   }
   for (const Json& pair : *pairs) {
     shape.same.emplace_back(pair[0].get<std::string>(), pair[1].get<std::string>());

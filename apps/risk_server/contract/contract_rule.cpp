@@ -44,8 +44,8 @@ const char* nameOfType(ValueType type) {
   return kNames.at(static_cast<std::size_t>(type));
 }
 
-Mismatch expectedButGot(const std::string& expected, const Json& value) {
-  return {"", "expected " + expected + ", got " + quoteForMessage(value)};
+std::string expectedButGot(const std::string& expected, const Json& value) {
+  return "expected " + expected + ", got " + quoteForMessage(value);
 }
 
 std::string listOfValues(const std::vector<Json>& values) {
@@ -68,24 +68,24 @@ std::string firstMissing(const Json& value, const std::string& path) {
 
 }  // namespace
 
-Mismatch Mismatch::under(const std::string& key) && {
-  const bool glued = place.empty() || place.front() == '[';
-  place = key + (glued ? "" : ".") + place;
-  return std::move(*this);
+std::vector<Mismatch> ContractRule::mismatchesOf(const Json& value) const {
+  MismatchList found;
+  check(value, CheckedPlace(), found);
+  return found.take();
 }
 
-Mismatch Mismatch::under(std::size_t index) && {
-  return std::move(*this).under("[" + std::to_string(index) + "]");
+std::optional<Mismatch> ContractRule::firstMismatchOf(const Json& value) const {
+  auto found = mismatchesOf(value);
+  return found.empty() ? std::nullopt : std::optional(std::move(found.front()));
 }
 
-std::optional<Mismatch> TypeRule::check(const Json& value) const {
-  if (isOfType(value, type_)) return std::nullopt;
-  return expectedButGot(nameOfType(type_), value);
+void TypeRule::check(const Json& value, const CheckedPlace& place, MismatchList& found) const {
+  if (!isOfType(value, type_)) found.add(place, expectedButGot(nameOfType(type_), value));
 }
 
-std::optional<Mismatch> ValuesRule::check(const Json& value) const {
-  if (std::find(values_.begin(), values_.end(), value) != values_.end()) return std::nullopt;
-  return expectedButGot(listOfValues(values_), value);
+void ValuesRule::check(const Json& value, const CheckedPlace& place, MismatchList& found) const {
+  if (std::find(values_.begin(), values_.end(), value) != values_.end()) return;
+  found.add(place, expectedButGot(listOfValues(values_), value));
 }
 
 PatternRule::PatternRule(const std::string& expression, std::string called)
@@ -99,96 +99,98 @@ PatternRule::PatternRule(const std::string& expression, std::string called)
 
 PatternRule::~PatternRule() { regfree(&compiled_); }
 
-std::optional<Mismatch> PatternRule::check(const Json& value) const {
-  if (!value.is_string()) return expectedButGot(called_, value);
+void PatternRule::check(const Json& value, const CheckedPlace& place, MismatchList& found) const {
+  if (!value.is_string()) return found.add(place, expectedButGot(called_, value));
   const auto& text = value.get_ref<const std::string&>();
   // A text with a NUL inside would be matched up to there only.
   const bool matchable =
       text.size() <= kMaxPatternTextBytes && text.find('\0') == std::string::npos;
-  if (matchable && regexec(&compiled_, text.c_str(), 0, nullptr, 0) == 0) return std::nullopt;
-  return expectedButGot(called_, value);
+  if (matchable && regexec(&compiled_, text.c_str(), 0, nullptr, 0) == 0) return;
+  found.add(place, expectedButGot(called_, value));
 }
 
-std::optional<Mismatch> ObjectRule::check(const Json& value) const {
-  if (!value.is_object()) return expectedButGot("an object", value);
-  if (shape_.orEmpty && value.empty()) return std::nullopt;
-  if (auto mismatch = checkFields(value)) return mismatch;
-  if (auto mismatch = checkUnknownKeys(value)) return mismatch;
-  return checkSame(value);
+void ObjectRule::check(const Json& value, const CheckedPlace& place, MismatchList& found) const {
+  if (!value.is_object()) return found.add(place, expectedButGot("an object", value));
+  if (shape_.orEmpty && value.empty()) return;
+  checkFields(value, place, found);
+  checkUnknownKeys(value, place, found);
+  checkSame(value, place, found);
 }
 
-bool ObjectRule::hasOnlyTheFew(const Json& value) const {
-  const auto& few = shape_.orOnly;
+bool ObjectRule::hasOnlyListedKeys(const Json& value) const {
+  const auto& listed = shape_.orOnly;
   for (const auto& [key, member] : value.items()) {
-    if (std::find(few.begin(), few.end(), key) == few.end()) return false;
+    if (std::find(listed.begin(), listed.end(), key) == listed.end()) return false;
   }
-  return !few.empty();
+  return !listed.empty();
 }
 
-std::optional<Mismatch> ObjectRule::checkFields(const Json& value) const {
-  const bool isShort = hasOnlyTheFew(value);
-  const auto& few = shape_.orOnly;
+void ObjectRule::checkFields(const Json& value, const CheckedPlace& place,
+                             MismatchList& found) const {
+  const bool isShort = hasOnlyListedKeys(value);
+  const auto& listed = shape_.orOnly;
   for (const FieldRule& field : shape_.fields) {
     const Json* member = findMember(value, field.key);
     if (member == nullptr) {
-      const bool spared = isShort && std::find(few.begin(), few.end(), field.key) == few.end();
-      if (field.required && !spared) return Mismatch{field.key, "missing"};
+      const bool isExempt =
+          isShort && std::find(listed.begin(), listed.end(), field.key) == listed.end();
+      if (field.required && !isExempt) found.add(CheckedPlace(place, field.key), "missing");
       continue;
     }
-    if (auto mismatch = field.rule->check(*member)) return std::move(*mismatch).under(field.key);
+    field.rule->check(*member, CheckedPlace(place, field.key), found);
   }
-  return std::nullopt;
 }
 
-std::optional<Mismatch> ObjectRule::checkUnknownKeys(const Json& value) const {
-  if (shape_.open) return std::nullopt;
+void ObjectRule::checkUnknownKeys(const Json& value, const CheckedPlace& place,
+                                  MismatchList& found) const {
+  if (shape_.open) return;
   for (const auto& [key, member] : value.items()) {
     const auto known = std::any_of(shape_.fields.begin(), shape_.fields.end(),
                                    [&key = key](const FieldRule& f) { return f.key == key; });
-    if (!known) return Mismatch{key, "not expected here"};
+    if (!known) found.add(CheckedPlace(place, key), "not expected here");
   }
-  return std::nullopt;
 }
 
-std::optional<Mismatch> ObjectRule::checkSame(const Json& value) const {
+void ObjectRule::checkSame(const Json& value, const CheckedPlace& place,
+                           MismatchList& found) const {
   for (const auto& [left, right] : shape_.same) {
     const Json* one = findPath(value, left);
     const Json* other = findPath(value, right);
     if (one == nullptr || other == nullptr || *one == *other) continue;
-    return Mismatch{right, "expected the value of " + left + " (" + quoteForMessage(*one) +
-                               "), got " + quoteForMessage(*other)};
+    found.addBelow(place, right,
+                   "expected the value of " + left + " (" + quoteForMessage(*one) + "), got " +
+                       quoteForMessage(*other));
   }
-  return std::nullopt;
 }
 
-std::optional<Mismatch> ArrayRule::check(const Json& value) const {
-  if (!value.is_array()) return expectedButGot("an array", value);
+void ArrayRule::check(const Json& value, const CheckedPlace& place, MismatchList& found) const {
+  if (!value.is_array()) return found.add(place, expectedButGot("an array", value));
   if (value.size() < bounds_.atLeast) {
-    return expectedButGot("at least " + std::to_string(bounds_.atLeast) + " items", value);
+    found.add(place,
+              expectedButGot("at least " + std::to_string(bounds_.atLeast) + " items", value));
+  } else if (value.size() > bounds_.atMost) {
+    found.add(place, expectedButGot("at most " + std::to_string(bounds_.atMost) + " items", value));
+  } else {
+    for (std::size_t i = 0; i < value.size() && !found.isFull(); ++i) {
+      items_->check(value[i], CheckedPlace(place, i), found);
+    }
   }
-  if (value.size() > bounds_.atMost) {
-    return expectedButGot("at most " + std::to_string(bounds_.atMost) + " items", value);
-  }
-  for (std::size_t i = 0; i < value.size(); ++i) {
-    if (auto mismatch = items_->check(value[i])) return std::move(*mismatch).under(i);
-  }
-  return std::nullopt;
 }
 
-std::optional<Mismatch> KeyChoiceRule::check(const Json& value) const {
-  return (findMember(value, key_) != nullptr ? present_ : absent_)->check(value);
+void KeyChoiceRule::check(const Json& value, const CheckedPlace& place, MismatchList& found) const {
+  (findMember(value, key_) != nullptr ? present_ : absent_)->check(value, place, found);
 }
 
-std::optional<Mismatch> SelectRule::check(const Json& value) const {
-  if (!value.is_object()) return expectedButGot("an object", value);
+void SelectRule::check(const Json& value, const CheckedPlace& place, MismatchList& found) const {
+  if (!value.is_object()) return found.add(place, expectedButGot("an object", value));
   const Json* word = findPath(value, path_);
-  if (word == nullptr) return Mismatch{firstMissing(value, path_), "missing"};
+  if (word == nullptr) return found.addBelow(place, firstMissing(value, path_), "missing");
   std::vector<Json> words;
   for (const auto& [name, rule] : cases_) {
     words.emplace_back(name);
-    if (*word == words.back()) return rule->check(value);
+    if (*word == words.back()) return rule->check(value, place, found);
   }
-  return Mismatch{path_, expectedButGot(listOfValues(words), *word).reason};
+  found.addBelow(place, path_, expectedButGot(listOfValues(words), *word));
 }
 
 }  // namespace risk_server

@@ -13,25 +13,21 @@
 #include <utility>
 #include <vector>
 
+#include "apps/risk_server/contract/mismatch.h"
 #include "apps/risk_server/server_json.h"
 
 namespace risk_server {
 
-// The first fault found: where ("keys.requestID", "tracingData[3].date", "" for the whole), and
-// what.
-struct Mismatch {
-  std::string place;
-  std::string reason;
-
-  std::string text() const { return place.empty() ? reason : place + ": " + reason; }
-  Mismatch under(const std::string& key) &&;
-  Mismatch under(std::size_t index) &&;
-};
-
 class ContractRule {
  public:
   virtual ~ContractRule() = default;
-  virtual std::optional<Mismatch> check(const Json& value) const = 0;
+
+  // Everything that is wrong with the value, in the order of the rule.
+  std::vector<Mismatch> mismatchesOf(const Json& value) const;
+  std::optional<Mismatch> firstMismatchOf(const Json& value) const;
+
+  // As a part of the check of a larger value, in which this one stands at the place.
+  virtual void check(const Json& value, const CheckedPlace& place, MismatchList& found) const = 0;
 };
 
 using RulePointer = std::shared_ptr<const ContractRule>;
@@ -42,7 +38,7 @@ enum class ValueType { kText, kInteger, kNumber, kBoolean, kObject, kArray, kAny
 class TypeRule : public ContractRule {
  public:
   explicit TypeRule(ValueType type) : type_(type) {}
-  std::optional<Mismatch> check(const Json& value) const override;
+  void check(const Json& value, const CheckedPlace& place, MismatchList& found) const override;
 
  private:
   ValueType type_;
@@ -52,7 +48,7 @@ class TypeRule : public ContractRule {
 class ValuesRule : public ContractRule {
  public:
   explicit ValuesRule(std::vector<Json> values) : values_(std::move(values)) {}
-  std::optional<Mismatch> check(const Json& value) const override;
+  void check(const Json& value, const CheckedPlace& place, MismatchList& found) const override;
 
  private:
   std::vector<Json> values_;
@@ -66,7 +62,7 @@ class PatternRule : public ContractRule {
   ~PatternRule() override;
   PatternRule(const PatternRule&) = delete;
   PatternRule& operator=(const PatternRule&) = delete;
-  std::optional<Mismatch> check(const Json& value) const override;
+  void check(const Json& value, const CheckedPlace& place, MismatchList& found) const override;
 
  private:
   regex_t compiled_{};
@@ -90,14 +86,14 @@ struct ObjectShape {
 class ObjectRule : public ContractRule {
  public:
   explicit ObjectRule(ObjectShape shape) : shape_(std::move(shape)) {}
-  std::optional<Mismatch> check(const Json& value) const override;
+  void check(const Json& value, const CheckedPlace& place, MismatchList& found) const override;
   const ObjectShape& shape() const { return shape_; }
 
  private:
-  std::optional<Mismatch> checkUnknownKeys(const Json& value) const;
-  std::optional<Mismatch> checkFields(const Json& value) const;
-  bool hasOnlyTheFew(const Json& value) const;
-  std::optional<Mismatch> checkSame(const Json& value) const;
+  void checkUnknownKeys(const Json& value, const CheckedPlace& place, MismatchList& found) const;
+  void checkFields(const Json& value, const CheckedPlace& place, MismatchList& found) const;
+  bool hasOnlyListedKeys(const Json& value) const;
+  void checkSame(const Json& value, const CheckedPlace& place, MismatchList& found) const;
 
   ObjectShape shape_;
 };
@@ -109,7 +105,7 @@ class ArrayRule : public ContractRule {
     std::size_t atMost = std::numeric_limits<std::size_t>::max();
   };
   ArrayRule(RulePointer items, Bounds bounds) : items_(std::move(items)), bounds_(bounds) {}
-  std::optional<Mismatch> check(const Json& value) const override;
+  void check(const Json& value, const CheckedPlace& place, MismatchList& found) const override;
 
  private:
   RulePointer items_;
@@ -121,7 +117,7 @@ class KeyChoiceRule : public ContractRule {
  public:
   KeyChoiceRule(std::string key, RulePointer present, RulePointer absent)
       : key_(std::move(key)), present_(std::move(present)), absent_(std::move(absent)) {}
-  std::optional<Mismatch> check(const Json& value) const override;
+  void check(const Json& value, const CheckedPlace& place, MismatchList& found) const override;
 
  private:
   std::string key_;
@@ -134,7 +130,7 @@ class SelectRule : public ContractRule {
  public:
   SelectRule(std::string path, std::vector<std::pair<std::string, RulePointer>> cases)
       : path_(std::move(path)), cases_(std::move(cases)) {}
-  std::optional<Mismatch> check(const Json& value) const override;
+  void check(const Json& value, const CheckedPlace& place, MismatchList& found) const override;
 
  private:
   std::string path_;

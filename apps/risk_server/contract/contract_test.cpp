@@ -19,7 +19,7 @@ std::string faultOfBody(const std::string& path, const Json& body) {
   const Contract contract = builtInContract();
   const ServiceCall* call = contract.find("/qrsk-med/3.0/" + path);
   if (call == nullptr) return "no such call: " + path;
-  const auto mismatch = call->body->check(body);
+  const auto mismatch = call->body->firstMismatchOf(body);
   return mismatch ? mismatch->text() : "";
 }
 
@@ -98,6 +98,28 @@ TEST(ContractTest, namesThePlaceOfAFault) {
     wrong.change(body);
     EXPECT_EQ(faultOfBody("GetCheckpointRisk/", body), wrong.fault);
   }
+}
+
+TEST(ContractTest, tellsEveryFaultWithItsPlace) {
+  const Contract contract = builtInContract();
+  const ServiceCall* call = contract.find("/qrsk-med/3.0/GetCheckpointRisk/");
+  Json body = sample::checkpointBody(sample::transaction());
+  body["keys"].erase("requestID");
+  body["version"] = 7;
+  body["TRANSACTION"]["amount"] = "12";
+  body["checkpoint_additional_data"]["permissions"] = sample::parsed(R"(["CAMERA", 1, 2])");
+  body["a.b"] = 1;
+  std::string places;
+  for (const Mismatch& mismatch : call->body->mismatchesOf(body)) {
+    places += placeToJson(mismatch.place).dump() + "\n";
+  }
+  EXPECT_EQ(places,
+            "[\"keys\",\"requestID\"]\n[\"version\"]\n"
+            "[\"checkpoint_additional_data\",\"permissions\",1]\n"
+            "[\"checkpoint_additional_data\",\"permissions\",2]\n"
+            "[\"TRANSACTION\",\"amount\"]\n[\"a.b\"]\n");
+  for (int i = 0; i < 300; ++i) body["checkpoint_additional_data"]["permissions"].push_back(i);
+  EXPECT_EQ(call->body->mismatchesOf(body).size(), kMaxMismatches);
 }
 
 TEST(ContractTest, refusesWhatOnlyOtherCallsCarry) {

@@ -1,6 +1,7 @@
 // Faults on demand: what goes wrong, and for which calls.
 //
-// fault_reader.h explains how they are written, fault_list.h decides whom they strike.
+// fault_reader.h explains how they are written, fault_list.h decides to which calls they are
+// applied.
 #pragma once
 
 #include <cstdint>
@@ -22,7 +23,7 @@ struct Fault {
   Json given;        // as it was written
   std::string name;  // in the log
 
-  // Whom it strikes.
+  // To which calls it is applied.
   std::string path = kEveryPath;  // the full path, or kEveryPath
   bool atAccept = false;          // connections instead of calls; nothing else is done to them
   std::uint64_t skip = 0;

@@ -80,7 +80,7 @@ void readEmptyBody(Fault& fault, const Json& value, const std::string& place) {
   fault.body = fixedBody("");
 }
 
-// --- head and way of the reply
+// --- head and transfer of the reply
 
 bool isHeaderName(const std::string& name) {
   return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
@@ -88,14 +88,12 @@ bool isHeaderName(const std::string& name) {
   });
 }
 
-// What the parser writes by itself would stand twice, and the client would lose its way.
-bool framesTheReply(std::string name) {
+// What the parser writes by itself would stand twice, and the client would misread what follows.
+bool framesTheReply(const std::string& name) {
   constexpr std::array<std::string_view, 4> kFraming = {"content-length", "transfer-encoding",
                                                         "connection", "keep-alive"};
-  for (char& c : name) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return std::find(kFraming.begin(), kFraming.end(), name) != kFraming.end();
+  return std::any_of(kFraming.begin(), kFraming.end(),
+                     [&](std::string_view framing) { return equalWithoutCase(name, framing); });
 }
 
 void readHeaders(Fault& fault, const Json& value, const std::string& place) {
@@ -131,26 +129,28 @@ void readTrickle(Fault& fault, const Json& value, const std::string& place) {
 // --- the language
 
 FaultKey switchKey(Transfer transfer) {
-  return {KeyRole::kWay, [transfer](Fault& fault, const Json& value, const std::string& place) {
+  return {KeyRole::kTransfer,
+          [transfer](Fault& fault, const Json& value, const std::string& place) {
             requireTrue(value, place);
             fault.delivery.transfer = transfer;
           }};
 }
 
 FaultKey cutKey(Transfer transfer) {
-  return {KeyRole::kWay, [transfer](Fault& fault, const Json& value, const std::string& place) {
+  return {KeyRole::kTransfer,
+          [transfer](Fault& fault, const Json& value, const std::string& place) {
             readCut(fault, transfer, value, place);
           }};
 }
 
 FaultKey countKey(std::uint64_t Fault::*count, std::uint64_t least) {
-  return {KeyRole::kWhom, [=](Fault& fault, const Json& value, const std::string& place) {
+  return {KeyRole::kScope, [=](Fault& fault, const Json& value, const std::string& place) {
             fault.*count = faultNumber(value, place, least, kUnlimited);
           }};
 }
 
 FaultKey textKey(std::string Fault::*text) {
-  return {KeyRole::kWhom, [=](Fault& fault, const Json& value, const std::string& place) {
+  return {KeyRole::kScope, [=](Fault& fault, const Json& value, const std::string& place) {
             fault.*text = faultText(value, place);
           }};
 }
@@ -189,8 +189,8 @@ std::map<std::string, FaultKey> makeFaultKeys() {
       {"hang", switchKey(Transfer::kHang)},
       {"resetInBody", cutKey(Transfer::kCutThenReset)},
       {"cutBody", cutKey(Transfer::kCutThenClose)},
-      {"trickle", {KeyRole::kWay, readTrickle}},
-      {"acceptAndClose", {KeyRole::kWay, readAcceptAndClose}},
+      {"trickle", {KeyRole::kTransfer, readTrickle}},
+      {"acceptAndClose", {KeyRole::kTransfer, readAcceptAndClose}},
   };
 }
 

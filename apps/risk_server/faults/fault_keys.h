@@ -13,16 +13,16 @@ namespace risk_server {
 inline constexpr std::uint64_t kMaxMadeBodyBytes = std::uint64_t{32} << 20;
 inline constexpr std::uint64_t kMaxTrickle = 1'000'000;
 
-// A fault has at most one body and one way.
+// A fault has at most one body and one transfer.
 enum class KeyRole {
-  kWhom,  // whom it strikes
-  kHead,  // when the reply comes and what its head says
-  kBody,  // another body
-  kWay,   // how the reply breaks
+  kScope,     // to which calls it is applied
+  kHead,      // when the reply comes and what its head says
+  kBody,      // another body
+  kTransfer,  // how the reply breaks
 };
 
 struct FaultKey {
-  KeyRole role = KeyRole::kWhom;
+  KeyRole role = KeyRole::kScope;
   // Throws InputError naming the place.
   std::function<void(Fault& fault, const Json& value, const std::string& place)> read;
 };

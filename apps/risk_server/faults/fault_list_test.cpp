@@ -17,20 +17,20 @@ std::vector<Fault> faultsOf(const std::string& json) {
   return readFaults(sample::parsed(json), contract);
 }
 
-// Which faults strike successive calls of the path: the first letters of their names.
-std::string strikesOn(FaultList& list, int calls, const std::string& path = kMapPath) {
-  std::string strikes;
+// Which faults successive calls of the path get: the first letters of their names.
+std::string faultsOn(FaultList& list, int calls, const std::string& path = kMapPath) {
+  std::string applied;
   for (int i = 0; i < calls; ++i) {
-    const auto fault = list.strikeCall(path);
-    strikes += fault ? fault->name.substr(0, 1) : ".";
+    const auto fault = list.applyToCall(path);
+    applied += fault ? fault->name.substr(0, 1) : ".";
   }
-  return strikes;
+  return applied;
 }
 
-TEST(FaultListTest, strikesByTheNumberOfTheCall) {
+TEST(FaultListTest, appliesByTheNumberOfTheCall) {
   const struct {
     const char* faults;
-    const char* strikes;
+    const char* applied;
   } kCases[] = {
       {R"([{"path": "*", "name": "a", "hang": true, "skip": 1, "times": 2}])", ".aa..."},
       {R"([{"path": "*", "name": "a", "hang": true, "skip": 1, "first": 2}])", ".a...."},
@@ -48,17 +48,17 @@ TEST(FaultListTest, strikesByTheNumberOfTheCall) {
   for (const auto& listed : kCases) {
     FaultList list;
     list.replace(faultsOf(listed.faults));
-    EXPECT_EQ(strikesOn(list, 6), listed.strikes) << listed.faults;
+    EXPECT_EQ(faultsOn(list, 6), listed.applied) << listed.faults;
   }
 }
 
 TEST(FaultListTest, countsConnectionsApartFromCalls) {
   FaultList list;
   list.replace(faultsOf(R"([{"path": "*", "acceptAndClose": true, "skip": 1, "times": 1}])"));
-  EXPECT_EQ(strikesOn(list, 3), "...");
-  EXPECT_FALSE(list.strikeConnection());
-  EXPECT_TRUE(list.strikeConnection());
-  EXPECT_FALSE(list.strikeConnection());
+  EXPECT_EQ(faultsOn(list, 3), "...");
+  EXPECT_FALSE(list.applyToConnection());
+  EXPECT_TRUE(list.applyToConnection());
+  EXPECT_FALSE(list.applyToConnection());
 }
 
 }  // namespace

@@ -13,14 +13,14 @@ struct Effects {
   std::string names;  // in the order of the file, joined by "+"
   std::string head;   // the last
   std::string body;
-  std::string way;
+  std::string transfer;
 };
 
 void noteEffect(Effects& effects, KeyRole role, const std::string& key, const std::string& place) {
-  if (role == KeyRole::kWhom) return;
+  if (role == KeyRole::kScope) return;
   std::string& slot = role == KeyRole::kHead   ? effects.head
                       : role == KeyRole::kBody ? effects.body
-                                               : effects.way;
+                                               : effects.transfer;
   if (role != KeyRole::kHead && !slot.empty()) {
     throw InputError(place + "." + key + ": cannot stand beside \"" + slot + "\"");
   }
@@ -40,7 +40,7 @@ Effects readKeys(Fault& fault, const std::string& place) {
   return effects;
 }
 
-void checkWhom(const Fault& fault, const Contract& contract, const std::string& place) {
+void checkScope(const Fault& fault, const Contract& contract, const std::string& place) {
   if (!fault.given.contains("path")) throw InputError(place + ".path: missing");
   if (fault.path != kEveryPath && contract.find(fault.path) == nullptr) {
     throw InputError(place + ".path: " + contract.reasonForUnknown(fault.path));
@@ -51,8 +51,9 @@ void checkWhom(const Fault& fault, const Contract& contract, const std::string& 
 // A connection is neither of a path nor replied to.
 void checkAtAccept(const Fault& fault, const Effects& effects, const std::string& place) {
   if (!fault.atAccept) return;
-  const std::string own = place + "." + effects.way;
-  if (effects.names != effects.way) throw InputError(own + ": is the only effect of its fault");
+  const std::string own = place + "." + effects.transfer;
+  if (effects.names != effects.transfer)
+    throw InputError(own + ": is the only effect of its fault");
   if (fault.path != kEveryPath) throw InputError(own + ": its path is \"*\"");
   if (fault.first == kUnlimited && fault.times == kUnlimited) {
     throw InputError(own +
@@ -61,17 +62,17 @@ void checkAtAccept(const Fault& fault, const Effects& effects, const std::string
 }
 
 void checkReply(const Fault& fault, const Effects& effects, const std::string& place) {
-  const std::string way = place + "." + effects.way;
+  const std::string transfer = place + "." + effects.transfer;
   const bool saysSomething = fault.status || !fault.headers.empty() || fault.body;
   if (fault.delivery.sendsNothing() && saysSomething) {
-    throw InputError(way + ": nothing is sent that could have a status, headers or a body");
+    throw InputError(transfer + ": nothing is sent that could have a status, headers or a body");
   }
   const bool isBodiless = fault.status && statusForbidsBody(*fault.status);
   if (isBodiless && fault.body) {
     throw InputError(place + "." + effects.body + ": replies of that status have no body");
   }
   if (fault.delivery.cutsBody() && (isBodiless || (fault.body && fault.body().empty()))) {
-    throw InputError(way + ": there is no body to cut");
+    throw InputError(transfer + ": there is no body to cut");
   }
 }
 
@@ -82,7 +83,7 @@ Fault readFault(const Json& json, const Contract& contract, const std::string& p
   Fault fault;
   fault.given = json;
   const Effects effects = readKeys(fault, place);
-  checkWhom(fault, contract, place);
+  checkScope(fault, contract, place);
   if (effects.names.empty()) throw InputError(place + ": says nothing that goes wrong");
   checkAtAccept(fault, effects, place);
   checkReply(fault, effects, place);

@@ -1,6 +1,6 @@
 // Reads faults: the same JSON in a file, over the control path and in the process.
 //
-// An array of objects. Whom a fault strikes:
+// An array of objects. To which calls a fault is applied:
 //   "path": PATH       the full path of a call, or "*" for every service call; required
 //   "skip": N          not the first N calls of the path
 //   "first": N         none after the first N calls of the path
@@ -20,7 +20,7 @@
 //   "resetInBody": N, "cutBody": N     the announced length stays, N bytes of the body are sent, at
 //                                      most all but one
 //   "trickle": N       N bytes of the body a second
-//   "acceptAndClose": true             strikes connections instead of calls, hence with no other
+//   "acceptAndClose": true             is applied to connections, not to calls, hence with no other
 //                                      effect, the path "*", and bounds: the control path uses
 //                                      connections too
 #pragma once

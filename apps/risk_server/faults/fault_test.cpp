@@ -26,6 +26,11 @@ class FaultTest : public ServedTest {
     return sample::rawPost(kEnrichPath, sample::commonBody().dump(), headers);
   }
   Received call() const { return callWith(enrichCall()); }
+  // What the server tells of its newest exchange. It is told to readers in the order of changes.
+  std::string deliveryOfLast() const {
+    return findText(get("/control/exchanges").json()["rows"].back(), "delivery")
+        .value_or("under way");
+  }
   // The limit is for slow machines, and less than any reply would be held back.
   bool stopsAtOnce() {
     const auto begin = Clock::now();
@@ -64,13 +69,14 @@ TEST_F(FaultTest, breaksTheConnectionTheWayThatIsAskedFor) {
     Ending ending;
     std::string body;
     bool hasHead;
+    const char* delivery;
   } kCases[] = {
-      {R"("resetBeforeReply": true)", Ending::kReset, "", false},
-      {R"("closeWithoutReply": true)", Ending::kClosed, "", false},
-      {R"("resetInBody": 5)", Ending::kReset, R"({"res)", true},
-      {R"("cutBody": 5)", Ending::kClosed, R"({"res)", true},
-      {R"("cutBody": 1000)", Ending::kClosed, R"({"response":"OK")", true},
-      {R"("cutBody": 2, "body": "abc", "status": 500)", Ending::kClosed, "ab", true},
+      {R"("resetBeforeReply": true)", Ending::kReset, "", false, "reset"},
+      {R"("closeWithoutReply": true)", Ending::kClosed, "", false, "closed"},
+      {R"("resetInBody": 5)", Ending::kReset, R"({"res)", true, "reset"},
+      {R"("cutBody": 5)", Ending::kClosed, R"({"res)", true, "cut"},
+      {R"("cutBody": 1000)", Ending::kClosed, R"({"response":"OK")", true, "cut"},
+      {R"("cutBody": 2, "body": "abc", "status": 500)", Ending::kClosed, "ab", true, "cut"},
   };
   for (const auto& asked : kCases) {
     server_.setFaults(R"([{"path": "*", )" + std::string(asked.keys) + "}]");
@@ -78,6 +84,7 @@ TEST_F(FaultTest, breaksTheConnectionTheWayThatIsAskedFor) {
     const Received received = callWith(enrichCall(""));
     EXPECT_EQ(received.ending, asked.ending) << asked.keys;
     EXPECT_EQ(received.body, asked.body) << asked.keys;
+    EXPECT_EQ(deliveryOfLast(), asked.delivery) << asked.keys;
     const auto length = received.head.find("Content-Length: ");
     ASSERT_EQ(length != std::string::npos, asked.hasHead) << asked.keys;
     if (!asked.hasHead) continue;
@@ -89,7 +96,7 @@ TEST_F(FaultTest, latencyDelaysItsOwnReplyAndNoOther) {
   server_.setFaults(kVeryLate);
   std::list<RawClient> late;
   for (int i = 0; i < 16; ++i) late.emplace_back(server_.url()).send(enrichCall());
-  ASSERT_TRUE(server_.waitForStrikes(16, kPatience));
+  ASSERT_TRUE(server_.waitForAppliedFaults(16, kTestTimeout));
   server_.setFaults(R"([{"path": "*", "latency": 50}])");
   const auto begin = Clock::now();
   const Received received = call();
@@ -148,7 +155,7 @@ TEST_F(FaultTest, stopsAtOnceWhileRepliesAreHeldBack) {
   std::list<RawClient> clients;
   for (std::uint64_t i = 1; i <= 4; ++i) {
     clients.emplace_back(server_.url()).send(enrichCall(""));
-    ASSERT_TRUE(server_.waitForStrikes(i, kPatience));
+    ASSERT_TRUE(server_.waitForAppliedFaults(i, kTestTimeout));
   }
   // Its reply is more than the sockets take: the server waits for this client, who has begun.
   EXPECT_NE(clients.back().receiveSome(), "");
@@ -165,7 +172,7 @@ TEST_F(FaultTest, aClientThatGivesUpFreesItsPlace) {
   for (std::uint64_t i = 1; i <= kWorkers + 1; ++i) {
     RawClient impatient(server_.url());
     impatient.send(enrichCall(""));
-    ASSERT_TRUE(server_.waitForStrikes(i, kPatience));
+    ASSERT_TRUE(server_.waitForAppliedFaults(i, kTestTimeout));
   }
   server_.clearFaults();
   EXPECT_EQ(call().body, kOkBody);
@@ -176,7 +183,7 @@ TEST_F(FaultTest, isDownUntilItComesUpOnTheSamePort) {
   server_.setFaults(R"([{"path": "*", "hang": true, "times": 1}])");
   RawClient held(url);
   held.send(enrichCall(""));
-  ASSERT_TRUE(server_.waitForStrikes(1, kPatience));
+  ASSERT_TRUE(server_.waitForAppliedFaults(1, kTestTimeout));
   RawClient kept(url);
   kept.send(enrichCall(""));
   EXPECT_TRUE(kept.receiveUntil(kOkBody).ends_with(kOkBody));
@@ -198,6 +205,7 @@ TEST_F(FaultTest, controlSwitchesFaultsAndRestarts) {
   const auto control = [&](const std::string& method, const std::string& verb,
                            const std::string& body) {
     return callWith(method + " /control/" + verb + " HTTP/1.1\r\nConnection: close\r\n" +
+                    sample::hostHeader(server_.url()) +
                     "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
   };
   const std::string faults = R"([{"path":"*","status":503,"times":2}])";
@@ -212,7 +220,7 @@ TEST_F(FaultTest, controlSwitchesFaultsAndRestarts) {
   EXPECT_EQ(control("GET", "faults", "").body, "[]");
   EXPECT_EQ(control("POST", "restart", R"({"downMs":60001})").status(), "HTTP/1.1 400 Bad Request");
   EXPECT_EQ(control("POST", "restart", "").body, kOkBody);
-  ASSERT_TRUE(server_.waitUntilUp(kPatience));
+  ASSERT_TRUE(server_.waitUntilUp(kTestTimeout));
   EXPECT_EQ(call().body, kOkBody);
 }
 

@@ -29,7 +29,8 @@ void setTransferTimeout(int descriptor, std::chrono::seconds timeout) {
 
 }  // namespace
 
-ClientConnection::ClientConnection(int descriptor) : descriptor_(descriptor) {
+ClientConnection::ClientConnection(int descriptor, std::chrono::seconds idleTimeout)
+    : descriptor_(descriptor), idleTimeout_(idleTimeout) {
   const int on = 1;
   (void)setsockopt(descriptor_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
   setTransferTimeout(descriptor_, kTransferTimeout);
@@ -54,7 +55,7 @@ void ClientConnection::drain() {
 bool ClientConnection::waitForRequest() {
   if (begin_ < end_) return true;
   pollfd watched{descriptor_, POLLIN, 0};
-  const auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(kIdleTimeout).count();
+  const auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(idleTimeout_).count();
   int ready = 0;
   do {
     ready = ::poll(&watched, 1, static_cast<int>(limit));
@@ -123,20 +124,34 @@ std::string ClientConnection::takeHeldOutput() {
   return std::exchange(heldOutput_, {});
 }
 
-// Ending the reading half, by either side, is what poll() tells of; requests that wait are not.
 bool ClientConnection::pauseUntil(std::chrono::steady_clock::time_point time) {
+  return waitUntil(time, -1);
+}
+
+// Always false, for the callers to return. Going down ends reading, too.
+bool ClientConnection::noteClientLeft() {
+  clientLeft_ = clientLeft_ || !readingEnded_;
+  return false;
+}
+
+// Ending the reading half, by either side, is what poll() tells of; requests that wait are not.
+bool ClientConnection::waitUntil(std::chrono::steady_clock::time_point time, int descriptor) {
   using std::chrono::milliseconds;
   for (;;) {
     // Rounded up: never before its time.
     const auto left = std::chrono::ceil<milliseconds>(time - std::chrono::steady_clock::now());
     if (left <= milliseconds::zero()) return true;
-    pollfd watched{descriptor_, POLLRDHUP, 0};
-    const int ready = ::poll(&watched, 1, static_cast<int>(left.count()));
-    if (ready > 0 || (ready < 0 && errno != EINTR)) return false;
+    // A descriptor below 0 is passed over.
+    pollfd watched[] = {{descriptor_, POLLRDHUP, 0}, {descriptor, POLLIN, 0}};
+    const int ready = ::poll(watched, 2, static_cast<int>(left.count()));
+    if (ready < 0 && errno != EINTR) return noteClientLeft();
+    if (ready <= 0) continue;
+    if (watched[0].revents != 0) return noteClientLeft();
+    return true;
   }
 }
 
-bool ClientConnection::sendAll(std::string_view bytes) {
+bool ClientConnection::send(std::string_view bytes) {
   constexpr auto kLimit = std::chrono::milliseconds(kTransferTimeout).count();
   while (!bytes.empty()) {
     const ssize_t sent =
@@ -146,9 +161,9 @@ bool ClientConnection::sendAll(std::string_view bytes) {
     } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
       pollfd watched{descriptor_, POLLOUT | POLLRDHUP, 0};
       const int ready = ::poll(&watched, 1, static_cast<int>(kLimit));
-      if (ready == 0 || (ready > 0 && (watched.revents & ~POLLOUT) != 0)) return false;
+      if (ready == 0 || (ready > 0 && (watched.revents & ~POLLOUT) != 0)) return noteClientLeft();
     } else if (errno != EINTR) {
-      return false;
+      return noteClientLeft();
     }
   }
   return true;
@@ -169,6 +184,7 @@ ssize_t ClientConnection::write(const char* bytes, size_t size) {
   do {
     sent = ::send(descriptor_, bytes, size, MSG_NOSIGNAL);
   } while (sent < 0 && errno == EINTR);
+  if (sent < 0) noteClientLeft();
   return sent;
 }
 

@@ -16,17 +16,15 @@ namespace risk_server {
 
 // Request line, headers and chunk frames beside the body.
 inline constexpr std::size_t kMaxFramingBytes = std::size_t{1} << 20;
-// How long a client may keep an unused connection; its uploads come every 30 s.
-inline constexpr std::chrono::seconds kIdleTimeout{120};
 // The longest pause inside of a request, and of a reply that the client does not take.
 inline constexpr std::chrono::seconds kTransferTimeout{10};
 
 // Used by the thread that serves the connection; endReading() by any thread.
 // Life: waitForRequest, beginRequest, the parser reads and writes; again;
 // drain; closed by the destructor.
-class ClientConnection : public httplib::Stream {
+class ClientConnection : public httplib::Stream, public ReplySink {
  public:
-  explicit ClientConnection(int descriptor);  // owns it
+  ClientConnection(int descriptor, std::chrono::seconds idleTimeout);  // owns the descriptor
   ~ClientConnection() override;
   ClientConnection(const ClientConnection&) = delete;
   ClientConnection& operator=(const ClientConnection&) = delete;
@@ -57,10 +55,14 @@ class ClientConnection : public httplib::Stream {
   // For replies that are sent in an unusual way. False when the client ended the connection, be it
   // its own half, or when reading was ended.
   bool pauseUntil(std::chrono::steady_clock::time_point time);
+  bool waitUntil(std::chrono::steady_clock::time_point time, int descriptor) override;
   // Never blocks for longer than kTransferTimeout.
-  bool sendAll(std::string_view bytes);
+  bool send(std::string_view bytes) override;
   // Closing will make the client's reads and writes fail.
   void resetWhenClosed();
+
+  // Whether sending failed, or waiting ended early, because of the client, not of the server.
+  bool clientLeft() const { return clientLeft_; }
 
   // The next read finds the end, and held replies are given up; others are still written.
   void endReading();
@@ -78,7 +80,10 @@ class ClientConnection : public httplib::Stream {
   void noteRequestLine(const char* bytes, std::size_t size);
   std::string requestLinePart(int index) const;
 
+  bool noteClientLeft();
+
   const int descriptor_;
+  const std::chrono::seconds idleTimeout_;
   std::atomic<bool> readingEnded_{false};
   std::array<char, 16384> buffer_{};
   std::size_t begin_ = 0;
@@ -88,6 +93,7 @@ class ClientConnection : public httplib::Stream {
   bool requestLineWhole_ = false;
   bool closing_ = false;
   bool resetting_ = false;
+  bool clientLeft_ = false;
   bool holdsOutput_ = false;
   std::string heldOutput_;
 };

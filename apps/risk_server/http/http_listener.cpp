@@ -13,6 +13,7 @@
 #include "apps/risk_server/http/client_connection.h"
 #include "apps/risk_server/http/listening_socket.h"
 #include "apps/risk_server/http/request_dispatcher.h"
+#include "apps/risk_server/http/text_codecs.h"
 
 namespace risk_server {
 namespace {
@@ -27,8 +28,12 @@ constexpr std::chrono::milliseconds kShortagePause{100};
 // see that the time is over listens again. mutex_ guards what stands below it.
 class HttpListener::Workers {
  public:
-  Workers(Handler handler, Door door)
-      : dispatcher_(RequestDispatcher::make(std::move(handler))), door_(std::move(door)) {}
+  Workers(Handler handler, ConnectionFilter acceptsConnection, StateObserver stateChanged,
+          ListenerLimits limits)
+      : dispatcher_(RequestDispatcher::make(std::move(handler), limits.idle)),
+        acceptsConnection_(std::move(acceptsConnection)),
+        stateChanged_(std::move(stateChanged)),
+        limits_(limits) {}
 
   void start(int port) {
     {
@@ -36,7 +41,7 @@ class HttpListener::Workers {
       socket_ = std::make_unique<ListeningSocket>(port);
       isUp_ = true;
     }
-    for (int i = 0; i < kWorkers; ++i) threads_.emplace_back([this] { work(); });
+    for (int i = 0; i < limits_.workers; ++i) threads_.emplace_back([this] { work(); });
   }
 
   int port() const {
@@ -66,11 +71,20 @@ class HttpListener::Workers {
       if (downTime) upAt_ = Clock::now() + std::min(*downTime, kMaxDownTime);
     }
     changed_.notify_all();
+    tellState();
   }
 
   void comeUp() {
+    {
+      const std::lock_guard lock(mutex_);
+      if (socket_ && !stopping_ && !isUp_) listenAgain();
+    }
+    tellState();
+  }
+
+  bool isUp() const {
     const std::lock_guard lock(mutex_);
-    if (socket_ && !stopping_ && !isUp_) listenAgain();
+    return isUp_;
   }
 
   bool waitUntilUp(std::chrono::milliseconds timeout) const {
@@ -105,6 +119,9 @@ class HttpListener::Workers {
         changed_.wait_until(lock, Clock::time_point(*upAt_));
       } else {
         tryToListenAgain();
+        lock.unlock();
+        tellState();
+        lock.lock();
       }
     }
     return !stopping_;
@@ -117,6 +134,10 @@ class HttpListener::Workers {
       // Another server took the port meanwhile, and may leave it.
       upAt_ = Clock::now() + kShortagePause;
     }
+  }
+
+  void tellState() const {
+    if (stateChanged_) stateChanged_();
   }
 
   void listenAgain() {
@@ -133,8 +154,8 @@ class HttpListener::Workers {
   }
 
   void serve(int descriptor) {
-    ClientConnection connection(descriptor);
-    if (!door_()) return;
+    ClientConnection connection(descriptor, limits_.idle);
+    if (!acceptsConnection_()) return;
     {
       const std::lock_guard lock(mutex_);
       live_.insert(&connection);
@@ -149,7 +170,9 @@ class HttpListener::Workers {
   }
 
   const std::unique_ptr<RequestDispatcher> dispatcher_;
-  const Door door_;
+  const ConnectionFilter acceptsConnection_;
+  const StateObserver stateChanged_;
+  const ListenerLimits limits_;
   std::vector<std::thread> threads_;
   mutable std::mutex mutex_;
   mutable std::condition_variable changed_;
@@ -160,8 +183,18 @@ class HttpListener::Workers {
   std::optional<Clock::time_point> upAt_;  // while down; none: comeUp() ends it
 };
 
-HttpListener::HttpListener(Handler handler, Door door)
-    : workers_(std::make_unique<Workers>(std::move(handler), std::move(door))) {}
+std::vector<std::string> HttpRequest::headersNamed(std::string_view name) const {
+  std::vector<std::string> values;
+  for (const auto& [key, value] : headers) {
+    if (equalWithoutCase(key, name)) values.push_back(value);
+  }
+  return values;
+}
+
+HttpListener::HttpListener(Handler handler, ConnectionFilter acceptsConnection,
+                           StateObserver stateChanged, ListenerLimits limits)
+    : workers_(std::make_unique<Workers>(std::move(handler), std::move(acceptsConnection),
+                                         std::move(stateChanged), limits)) {}
 
 HttpListener::~HttpListener() { stop(); }
 
@@ -176,6 +209,8 @@ void HttpListener::goDown() { workers_->goDown(std::nullopt); }
 void HttpListener::comeUp() { workers_->comeUp(); }
 
 void HttpListener::restart(std::chrono::milliseconds downTime) { workers_->goDown(downTime); }
+
+bool HttpListener::isUp() const { return workers_->isUp(); }
 
 bool HttpListener::waitUntilUp(std::chrono::milliseconds timeout) const {
   return workers_->waitUntilUp(timeout);

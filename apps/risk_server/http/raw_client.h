@@ -27,9 +27,9 @@ class RawClient {
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     address.sin_port = htons(static_cast<std::uint16_t>(std::stoi(url.substr(url.rfind(':') + 1))));
     // Only so that a server that never answers fails the test instead of stopping it.
-    timeval patience{};
-    patience.tv_sec = 30;
-    setsockopt(descriptor_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    timeval timeout{};
+    timeout.tv_sec = 30;
+    setsockopt(descriptor_, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
     if (::connect(descriptor_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
       ending_ = Ending::kOpen;
     }
@@ -72,9 +72,16 @@ class RawClient {
   Ending ending_ = Ending::kRefused;
 };
 
+// "Host: 127.0.0.1:PORT" and the end of the line, of "http://127.0.0.1:PORT/".
+inline std::string hostHeader(const std::string& url) {
+  const auto begin = url.find("//") + 2;
+  return "Host: " + url.substr(begin, url.find('/', begin) - begin) + "\r\n";
+}
+
 inline std::string rawPost(const std::string& target, const std::string& body,
-                           const std::string& headers = {}) {
-  return "POST " + target + " HTTP/1.1\r\nHost: x\r\nContent-Type: " + kContentType + "\r\n" +
+                           const std::string& headers = {},
+                           const std::string& host = "Host: x\r\n") {
+  return "POST " + target + " HTTP/1.1\r\n" + host + "Content-Type: " + kContentType + "\r\n" +
          headers + "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
 }
 

@@ -38,6 +38,20 @@ struct ReplyDelivery {
   }
 };
 
+// How a reply went out in the end.
+enum class Delivery {
+  kWhole,
+  kCut,         // a part of it, then the connection was closed
+  kReset,       // a part of it or nothing, then the connection was reset
+  kClosed,      // nothing, then the connection was closed
+  kClientLeft,  // the client did not wait for it, or took it not to its end
+};
+
+constexpr const char* wordOf(Delivery delivery) {
+  constexpr const char* kWords[] = {"whole", "cut", "reset", "closed", "clientLeft"};
+  return kWords[static_cast<std::size_t>(delivery)];
+}
+
 using HttpHeaders = std::vector<std::pair<std::string, std::string>>;
 
 }  // namespace risk_server

@@ -25,7 +25,7 @@ bool trickleBody(ClientConnection& connection, std::string_view body, std::size_
                                             static_cast<double>(bytesPerSecond));
     if (due > kMaxReplyHold) return false;
     if (!connection.pauseUntil(begin + std::chrono::duration_cast<Clock::duration>(due)) ||
-        !connection.sendAll(body.substr(sent, piece))) {
+        !connection.send(body.substr(sent, piece))) {
       return false;
     }
   }
@@ -35,43 +35,45 @@ bool trickleBody(ClientConnection& connection, std::string_view body, std::size_
 bool sendPart(ClientConnection& connection, std::string_view head, std::string_view body,
               std::size_t bodyBytes) {
   const std::size_t most = body.empty() ? 0 : body.size() - 1;
-  return connection.sendAll(head) && connection.sendAll(body.substr(0, std::min(bodyBytes, most)));
+  return connection.send(head) && connection.send(body.substr(0, std::min(bodyBytes, most)));
 }
 
 }  // namespace
 
-void sendReply(ClientConnection& connection, std::string_view reply,
-               const ReplyDelivery& delivery) {
+Delivery sendReply(ClientConnection& connection, std::string_view reply,
+                   const ReplyDelivery& delivery) {
   const std::string_view head = reply.substr(0, headBytes(reply));
   const std::string_view body = reply.substr(head.size());
-  bool keeps = false;
-  bool resets = false;
+  Delivery sent = Delivery::kClosed;
   if (connection.pauseUntil(Clock::now() + delivery.latency)) {
     switch (delivery.transfer) {
       case Transfer::kWhole:
-        keeps = connection.sendAll(reply);
+        if (connection.send(reply)) sent = Delivery::kWhole;
         break;
       case Transfer::kTrickle:
-        keeps = connection.sendAll(head) && trickleBody(connection, body, delivery.bytesPerSecond);
+        if (connection.send(head) && trickleBody(connection, body, delivery.bytesPerSecond)) {
+          sent = Delivery::kWhole;
+        }
         break;
       case Transfer::kCutThenClose:
-        sendPart(connection, head, body, delivery.bodyBytes);
+        if (sendPart(connection, head, body, delivery.bodyBytes)) sent = Delivery::kCut;
         break;
       case Transfer::kCutThenReset:
-        resets = sendPart(connection, head, body, delivery.bodyBytes);
+        if (sendPart(connection, head, body, delivery.bodyBytes)) sent = Delivery::kReset;
         break;
       case Transfer::kClose:
         break;
       case Transfer::kReset:
-        resets = true;
+        sent = Delivery::kReset;
         break;
       case Transfer::kHang:
         (void)connection.pauseUntil(Clock::now() + kMaxReplyHold);
         break;
     }
   }
-  if (resets) connection.resetWhenClosed();
-  if (!keeps) connection.closeAfterReply();
+  if (sent == Delivery::kReset) connection.resetWhenClosed();
+  if (sent != Delivery::kWhole) connection.closeAfterReply();
+  return connection.clientLeft() ? Delivery::kClientLeft : sent;
 }
 
 }  // namespace risk_server

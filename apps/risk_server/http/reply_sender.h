@@ -11,6 +11,7 @@ namespace risk_server {
 // `reply` is the whole reply, head and body. Blocks as long as the delivery takes; returns early
 // when the client is gone or reading was ended. Afterwards the connection knows whether it is to be
 // closed or reset.
-void sendReply(ClientConnection& connection, std::string_view reply, const ReplyDelivery& delivery);
+Delivery sendReply(ClientConnection& connection, std::string_view reply,
+                   const ReplyDelivery& delivery);
 
 }  // namespace risk_server

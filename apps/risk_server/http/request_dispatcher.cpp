@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "apps/risk_server/http/reply_sender.h"
+#include "apps/risk_server/server_clock.h"
 
 namespace risk_server {
 namespace {
@@ -13,20 +14,24 @@ constexpr const char* kReplyContentType = "application/json; charset=utf-8";
 // A client that is busy never meets the bound.
 constexpr std::size_t kMaxRequestsPerConnection = 10'000'000;
 
+using SteadyClock = std::chrono::steady_clock;
+
 // The parser's callbacks do not say which connection they are about.
 struct ServedRequest {
   ClientConnection* connection = nullptr;
+  SteadyClock::time_point begin;
+  std::int64_t received = 0;
   bool delivered = false;  // the handler has answered
-  ReplyDelivery delivery;
+  HttpReply reply;         // without what the parser has got of it
 };
 thread_local ServedRequest served;
 
 HttpRequest requestOf(const httplib::Request& request) {
   HttpRequest made;
+  made.received = served.received;
   made.method = served.connection->method();
   made.target = served.connection->target();
-  const auto [begin, end] = request.headers.equal_range("Content-Type");
-  for (auto header = begin; header != end; ++header) made.contentTypes.push_back(header->second);
+  made.headers.assign(request.headers.begin(), request.headers.end());
   made.body = request.body;
   return made;
 }
@@ -46,17 +51,47 @@ std::string faultOfStatus(int status) {
   }
 }
 
-void deliver(const HttpReply& reply, httplib::Response& response) {
+// A stream's head is our own: the parser announces a length.
+std::string headOfStream(const HttpReply& reply) {
+  std::string head = "HTTP/1.1 " + std::to_string(reply.status) + " OK\r\nConnection: close\r\n";
+  for (const auto& [name, value] : reply.headers) head += name + ": " + value + "\r\n";
+  return head + "\r\n";
+}
+
+bool isOrdinary(const HttpReply& reply) { return reply.delivery.isPlain() && !reply.stream; }
+
+void deliver(HttpReply reply, httplib::Response& response) {
   response.status = reply.status;
-  response.set_content(reply.body, kReplyContentType);
+  response.set_content(std::move(reply.body), kReplyContentType);
   if (!reply.allow.empty()) response.set_header("Allow", reply.allow);
   for (const auto& [name, value] : reply.headers) {
     response.headers.erase(name);
     response.set_header(name, value);
   }
+  if (!isOrdinary(reply)) served.connection->holdOutput();
   served.delivered = true;
-  served.delivery = reply.delivery;
-  if (!reply.delivery.isPlain()) served.connection->holdOutput();
+  served.reply = std::move(reply);
+}
+
+Delivery sendStream(ClientConnection& connection, const HttpReply& reply) {
+  connection.closeAfterReply();
+  if (connection.send(headOfStream(reply))) reply.stream(connection);
+  return connection.clientLeft() ? Delivery::kClientLeft : Delivery::kWhole;
+}
+
+// Sends what was held back; else the parser has sent it already.
+Delivery sendRest(ClientConnection& connection, const HttpReply& reply) {
+  if (isOrdinary(reply)) return connection.clientLeft() ? Delivery::kClientLeft : Delivery::kWhole;
+  const std::string held = connection.takeHeldOutput();
+  if (reply.stream) return sendStream(connection, reply);
+  return sendReply(connection, held, reply.delivery);
+}
+
+void tellWhenSent(const HttpReply& reply, Delivery delivery, SteadyClock::time_point begin) {
+  if (!reply.whenSent) return;
+  const auto took = SteadyClock::now() - begin;
+  reply.whenSent({delivery, millisecondsNow(),
+                  std::chrono::duration_cast<std::chrono::microseconds>(took).count()});
 }
 
 bool carriesBody(const httplib::Request& request) {
@@ -67,17 +102,19 @@ bool carriesBody(const httplib::Request& request) {
 
 }  // namespace
 
-std::unique_ptr<RequestDispatcher> RequestDispatcher::make(HttpListener::Handler handler) {
+std::unique_ptr<RequestDispatcher> RequestDispatcher::make(HttpListener::Handler handler,
+                                                           std::chrono::seconds idle) {
   struct sigaction kept {};
   sigaction(SIGPIPE, nullptr, &kept);
-  std::unique_ptr<RequestDispatcher> made(new RequestDispatcher(std::move(handler)));
+  std::unique_ptr<RequestDispatcher> made(new RequestDispatcher(std::move(handler), idle));
   sigaction(SIGPIPE, &kept, nullptr);
   return made;
 }
 
-RequestDispatcher::RequestDispatcher(HttpListener::Handler handler) : handler_(std::move(handler)) {
+RequestDispatcher::RequestDispatcher(HttpListener::Handler handler, std::chrono::seconds idle)
+    : handler_(std::move(handler)) {
   set_keep_alive_max_count(kMaxRequestsPerConnection);
-  set_keep_alive_timeout(kIdleTimeout.count());
+  set_keep_alive_timeout(idle.count());
   set_payload_max_length(kMaxBodyBytes);
   const auto answer = [this](const httplib::Request& request, httplib::Response& response) {
     answerWhole(request, response);
@@ -99,8 +136,9 @@ RequestDispatcher::RequestDispatcher(HttpListener::Handler handler) : handler_(s
 }
 
 bool RequestDispatcher::serveOne(ClientConnection& connection) {
-  served = {&connection, false, {}};
+  served = {&connection, SteadyClock::now(), millisecondsNow(), false, {}};
   connection.beginRequest();
+  const SteadyClock::time_point begin = served.begin;
   bool clientCloses = false;
   bool headersRead = false;
   const auto prepare = [&](httplib::Request& request) {
@@ -111,10 +149,8 @@ bool RequestDispatcher::serveOne(ClientConnection& connection) {
     request.headers.erase("Accept-Encoding");
   };
   const bool written = process_request(connection, false, clientCloses, prepare);
-  served.connection = nullptr;
-  if (!served.delivery.isPlain()) {
-    sendReply(connection, connection.takeHeldOutput(), served.delivery);
-  }
+  const HttpReply reply = std::exchange(served, {}).reply;
+  tellWhenSent(reply, sendRest(connection, reply), begin);
   if (!headersRead) connection.closeAfterReply();
   return written && !clientCloses && !connection.closesAfterReply();
 }

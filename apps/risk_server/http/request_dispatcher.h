@@ -4,6 +4,7 @@
 
 #include <httplib.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -17,7 +18,9 @@ class RequestDispatcher : private httplib::Server {
  public:
   // The parser's server ignores SIGPIPE for the whole process when it is made; this puts the
   // process's own choice back.
-  static std::unique_ptr<RequestDispatcher> make(HttpListener::Handler handler);
+  // Kept connections are told the idle time.
+  static std::unique_ptr<RequestDispatcher> make(HttpListener::Handler handler,
+                                                 std::chrono::seconds idle);
 
   // Reads one request and writes its reply. False when the connection is to be closed.
   bool serveOne(ClientConnection& connection);
@@ -29,7 +32,7 @@ class RequestDispatcher : private httplib::Server {
   HandlerResponse refuseUnreadable(const httplib::Request& request, httplib::Response& response);
   HandlerResponse answerFailure(const httplib::Request& request, httplib::Response& response);
 
-  explicit RequestDispatcher(HttpListener::Handler handler);
+  RequestDispatcher(HttpListener::Handler handler, std::chrono::seconds idle);
 
   HttpListener::Handler handler_;
 };

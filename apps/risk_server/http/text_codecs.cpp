@@ -1,5 +1,6 @@
 #include "apps/risk_server/http/text_codecs.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace risk_server {
@@ -51,6 +52,29 @@ std::string base64Url(std::string_view bytes) {
   return encoded;
 }
 
+std::string base64(std::string_view bytes) {
+  std::string encoded = base64Url(bytes);
+  for (char& c : encoded) c = c == '-' ? '+' : c == '_' ? '/' : c;
+  encoded.append((4 - encoded.size() % 4) % 4, '=');
+  return encoded;
+}
+
+std::optional<std::string> bytesFromBase64Url(std::string_view text) {
+  std::string bytes;
+  std::uint32_t window = 0;
+  unsigned bits = 0;
+  for (const char c : text) {
+    const auto value = kBase64UrlAlphabet.find(c);
+    if (value == std::string_view::npos) return std::nullopt;
+    window = (window << 6U) | static_cast<std::uint32_t>(value);
+    bits += 6;
+    if (bits < 8) continue;
+    bits -= 8;
+    bytes.push_back(static_cast<char>((window >> bits) & 0xFFU));
+  }
+  return bytes;
+}
+
 std::string hexText(std::string_view bytes) {
   std::string text;
   text.reserve(bytes.size() * 2);
@@ -76,6 +100,14 @@ std::optional<std::string> bytesFromHex(std::string_view text) {
     i += 2;
   }
   return bytes;
+}
+
+bool equalWithoutCase(std::string_view one, std::string_view other) {
+  const auto lower = [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  };
+  return std::equal(one.begin(), one.end(), other.begin(), other.end(),
+                    [&](char a, char b) { return lower(a) == lower(b); });
 }
 
 std::string squeezeSlashes(std::string_view path) {

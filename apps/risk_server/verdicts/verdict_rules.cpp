@@ -155,6 +155,7 @@ VerdictRules VerdictRules::fromJson(const Json& json) {
   if (json.size() > kMaxRules)
     throw InputError("more than " + std::to_string(kMaxRules) + " rules");
   VerdictRules rules;
+  rules.given_ = json;
   for (std::size_t i = 0; i < json.size(); ++i) {
     rules.rules_.push_back(readRule(json[i], "[" + std::to_string(i) + "]"));
   }
@@ -178,12 +179,13 @@ VerdictRules::Rule VerdictRules::readRule(const Json& json, const std::string& p
   return rule;
 }
 
-int VerdictRules::decide(const VerdictQuestion& question) const {
+VerdictDecision VerdictRules::decide(const VerdictQuestion& question) const {
   const auto holds = [&](const VerdictCondition& condition) { return condition(question); };
-  for (const Rule& rule : rules_) {
-    if (std::all_of(rule.conditions.begin(), rule.conditions.end(), holds)) return rule.risk;
+  for (std::size_t i = 0; i < rules_.size(); ++i) {
+    const Rule& rule = rules_[i];
+    if (std::all_of(rule.conditions.begin(), rule.conditions.end(), holds)) return {rule.risk, i};
   }
-  return kUndefinedRisk;
+  return {kUndefinedRisk, std::nullopt};
 }
 
 }  // namespace risk_server

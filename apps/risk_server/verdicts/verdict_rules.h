@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,11 @@ struct VerdictQuestion {
   std::string user;                        // percent-decoded
   const Json* checkpointObject = nullptr;  // the checkpoint itself: amounts, currencies, countries
   std::uint64_t call = 1;  // its number among those of its path and checkpoint, from 1
+};
+
+struct VerdictDecision {
+  int risk = -1;                    // "undefined" when no rule applies
+  std::optional<std::size_t> rule;  // the index of the rule that decided
 };
 
 using VerdictCondition = std::function<bool(const VerdictQuestion&)>;
@@ -35,8 +41,11 @@ class VerdictRules {
   // the place.
   static VerdictRules fromJson(const Json& json);
 
-  // -1 ("undefined") when no rule applies.
-  int decide(const VerdictQuestion& question) const;
+  VerdictDecision decide(const VerdictQuestion& question) const;
+
+  // As they were written.
+  const Json& asJson() const { return given_; }
+  std::size_t size() const { return rules_.size(); }
 
  private:
   struct Rule {
@@ -45,6 +54,7 @@ class VerdictRules {
   };
   static Rule readRule(const Json& json, const std::string& place);
 
+  Json given_ = Json::array();
   std::vector<Rule> rules_;
 };
 

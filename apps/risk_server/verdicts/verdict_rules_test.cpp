@@ -8,14 +8,14 @@ namespace risk_server {
 namespace {
 
 int riskOf(const VerdictRules& rules, const std::string& checkpoint, const std::string& user) {
-  return rules.decide({checkpoint, user, nullptr, 1});
+  return rules.decide({checkpoint, user, nullptr, 1}).risk;
 }
 
 // Whether a rule with this condition holds for the checkpoint.
 bool conditionHolds(const std::string& condition, const Json& checkpoint, std::uint64_t call = 1) {
   const VerdictRules rules =
       VerdictRules::fromJson(sample::parsed("[{" + condition + R"(, "risk": "HIGH"}])"));
-  return rules.decide({"TRANSACTION", "a", &checkpoint, call}) == 2;
+  return rules.decide({"TRANSACTION", "a", &checkpoint, call}).risk == 2;
 }
 
 TEST(VerdictRulesTest, firstRuleWhoseConditionsAllHoldDecides) {

@@ -172,11 +172,12 @@ TEST_F(JsonFileStoreTest, WhatCannotBeWrittenStaysInMemoryAndIsTriedAgainWithThe
     EXPECT_EQ(one->read("a").text, "1");
   }
   obstructDisk(false);
+  putState(R"({"c":"0"})");
   homeless.write("a", "2");
   EXPECT_EQ(lane_->waiting(), 0U);
   store.write("a", "2");
   lane_->run();
-  EXPECT_EQ(stateText(), R"({"a":"2","b":"1"})");
+  EXPECT_EQ(stateText(), R"({"c":"0","a":"2","b":"1"})");
 }
 
 }  // namespace

@@ -9,6 +9,8 @@
 #include <future>
 #include <string>
 
+#include "platform/testing/forked_child_test_support.h"
+
 namespace quorvance {
 namespace {
 
@@ -62,6 +64,15 @@ TEST(LibraryThreadTest, KeepsItsAlternateStackPastTheHostsThreadLocalObjects) {
   EXPECT_EQ(atEnd.ss_flags & SS_DISABLE, 0);
   EXPECT_GE(atEnd.ss_size, 64U * 1024);
   EXPECT_GE(atEnd.ss_size, static_cast<std::size_t>(sysconf(_SC_SIGSTKSZ)));
+}
+
+TEST(LibraryThreadTest, IsLetGoInAForkedChild) {
+  std::promise<void> mayEnd;
+  LibraryThread thread;
+  ASSERT_TRUE(thread.start("qv-test", [end = mayEnd.get_future().share()] { end.wait(); }));
+  // Waiting for a thread that the child does not have would never end.
+  EXPECT_TRUE(childEndsWell([&] { thread.finish(); }));
+  mayEnd.set_value();
 }
 
 }  // namespace

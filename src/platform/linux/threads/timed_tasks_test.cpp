@@ -37,5 +37,14 @@ TEST_F(TimedTasksTest, DelaysBeyondTheClockAreClamped) {
   EXPECT_EQ(runDueAt(TimePoint::max()), "b");
 }
 
+TEST_F(TimedTasksTest, ATicketHidesWhatIsAddedLater) {
+  add(milliseconds(0), 'a');
+  const auto ticket = tasks_.ticket();
+  add(milliseconds(0), 'b');
+  ASSERT_TRUE(tasks_.takeDue(start_, ticket));
+  EXPECT_FALSE(tasks_.takeDue(start_, ticket));
+  EXPECT_EQ(runDueAt(start_), "b");
+}
+
 }  // namespace
 }  // namespace quorvance

@@ -1,0 +1,51 @@
+#include "apps/demo_host/demo_report.h"
+
+#include <spawn.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "apps/demo_host/demo_errors.h"
+
+extern char** environ;  // NOLINT: POSIX declares it nowhere
+
+namespace demo_host {
+
+ReportLog::ReportLog(const DemoOptions& options) : file_(options.logFile) {
+  if (file_ || !options.report) return;
+  std::error_code error;
+  std::string name = std::filesystem::temp_directory_path(error) / "quorvance-calls-XXXXXX";
+  const int descriptor = error ? -1 : mkstemp(name.data());
+  if (descriptor < 0) throw RunError("no temporary file for the report's log");
+  close(descriptor);
+  file_ = name;
+  isOwn_ = true;
+}
+
+ReportLog::~ReportLog() {
+  std::error_code ignored;  // what is left lies among other temporary files
+  if (isOwn_) std::filesystem::remove(*file_, ignored);
+}
+
+void writeReport(const DemoOptions& options, const std::filesystem::path& log) {
+  std::vector<std::string> words = {options.riskServer.string(), "--report-from", log.string(),
+                                    options.report->string()};
+  if (options.reportIsPlain) words.emplace_back("--plain");
+  std::vector<char*> command;
+  for (std::string& word : words) command.push_back(word.data());
+  command.push_back(nullptr);
+  pid_t child = -1;
+  const int code = posix_spawn(&child, command[0], nullptr, nullptr, command.data(), environ);
+  if (code != 0) throw RunError("the report: " + std::generic_category().message(code));
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) throw RunError("the report was not made");
+}
+
+}  // namespace demo_host

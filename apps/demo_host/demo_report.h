@@ -1,0 +1,31 @@
+// The page that shows a run of the demo to somebody who was not there.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+
+#include "apps/demo_host/demo_arguments.h"
+
+namespace demo_host {
+
+// The log from which the report is made: the one that is asked for, or a temporary one.
+class ReportLog {
+ public:
+  // Throws RunError when there can be no temporary file.
+  explicit ReportLog(const DemoOptions& options);
+  ~ReportLog();
+  ReportLog(const ReportLog&) = delete;
+  ReportLog& operator=(const ReportLog&) = delete;
+
+  // Absent when neither log nor report is wanted.
+  const std::optional<std::filesystem::path>& file() const { return file_; }
+
+ private:
+  std::optional<std::filesystem::path> file_;
+  bool isOwn_ = false;
+};
+
+// Has the risk server's program make the report of the log. Throws RunError when it fails.
+void writeReport(const DemoOptions& options, const std::filesystem::path& log);
+
+}  // namespace demo_host
