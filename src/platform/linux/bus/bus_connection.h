@@ -11,9 +11,6 @@ namespace quorvance {
 
 using BusClock = std::chrono::steady_clock;
 
-/// How long a service, or a bus, may take to answer.
-inline constexpr std::chrono::milliseconds kBusTimeout{500};
-
 /// A connection to one bus. One thread at a time; nothing waits for the other end but `call`.
 class BusConnection {
  public:

@@ -6,12 +6,11 @@
 namespace quorvance {
 
 /// Decides when somebody who asks has a bus followed (again): at the first question, and at one
-/// that comes a minute after the bus went away or did not answer, so that a session that starts
-/// late is found and a missing one costs nothing. Any thread.
+/// that comes some time after the bus went away or did not answer, so that a session that starts
+/// late is found and a missing one costs little. Any thread.
 class BusFollowed {
  public:
   using Clock = std::chrono::steady_clock;
-  static constexpr std::chrono::seconds kPause{60};
 
   /// True when the caller is to begin now; the same is not asked of another before `ended`.
   bool shouldBegin() {
@@ -20,8 +19,8 @@ class BusFollowed {
     return !isFollowed_.exchange(true);
   }
   /// What followed is gone.
-  void ended() {
-    notBefore_ = Clock::now() + kPause;
+  void ended(std::chrono::milliseconds pause) {
+    notBefore_ = Clock::now() + pause;
     isFollowed_ = false;
   }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <span>
 #include <string>
 #include <string_view>
@@ -10,11 +11,18 @@
 
 namespace quorvance {
 
-/// Where a bus is and by which library it is spoken to.
+/// How long a service, or a bus, may take to answer.
+inline constexpr std::chrono::milliseconds kBusTimeout{500};
+/// How long a bus that went away, or did not answer, is left alone.
+inline constexpr std::chrono::milliseconds kBusPause{60'000};
+
+/// Where a bus is and how it is spoken to.
 struct BusPlace {
   /// As D-Bus writes addresses; empty when there is no bus.
   std::string address;
   std::span<const char* const> libraryNames = kSdBusNames;
+  std::chrono::milliseconds timeout = kBusTimeout;
+  std::chrono::milliseconds pause = kBusPause;
 };
 
 /// The bus of the machine: DBUS_SYSTEM_BUS_ADDRESS, else the usual socket under the root.

@@ -7,12 +7,13 @@
 
 namespace quorvance {
 
-/// A few questions to one bus, all of them in kBusTimeout from its making on. Fact lane only: it
+/// A few questions to one bus, all of them in its timeout from its making on. Fact lane only: it
 /// waits.
 class BusQuery {
  public:
   explicit BusQuery(const BusPlace& place)
-      : bus_(place.address.empty() ? nullptr : openSdBus(place.libraryNames)),
+      : deadline_(BusClock::now() + place.timeout),
+        bus_(place.address.empty() ? nullptr : openSdBus(place.libraryNames)),
         connection_(bus_ ? BusConnection::open(bus_, place.address) : nullptr) {}
 
   /// No message for an error, for no answer in time, and without a bus. Starts no service.
@@ -21,7 +22,7 @@ class BusQuery {
   }
 
  private:
-  const BusClock::time_point deadline_ = BusClock::now() + kBusTimeout;
+  const BusClock::time_point deadline_;
   const std::shared_ptr<const SdBus> bus_;
   const std::unique_ptr<BusConnection> connection_;
 };

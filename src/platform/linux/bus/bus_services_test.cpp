@@ -104,7 +104,7 @@ TEST(BusQueryTest, WhatHangsCostsItsTimeoutAndNoMore) {
     const TalkingProcess& hung = isDaemon ? bus.daemon() : bus.mock();
     hung.signalWith(SIGSTOP);
     const auto start = Clock::now();
-    EXPECT_EQ(modemOn(bus.place()), kNothing);
+    EXPECT_EQ(modemOn(bus.place(kBusTimeout)), kNothing);
     const auto cost = Clock::now() - start;
     EXPECT_GE(cost, kBusTimeout);
     EXPECT_LT(cost, 2 * kBusTimeout);

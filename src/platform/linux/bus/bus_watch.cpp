@@ -6,6 +6,12 @@
 #include "base/out_of_memory.h"
 
 namespace quorvance {
+namespace {
+
+// What the library itself answers with when time is up.
+constexpr const char* kNoReply = "org.freedesktop.DBus.Error.NoReply";
+
+}  // namespace
 
 bool BusWatch::begin(const BusPlace& place) {
   if (auto bus = openSdBus(place.libraryNames)) {
@@ -15,7 +21,8 @@ bool BusWatch::begin(const BusPlace& place) {
     ended();
     return false;
   }
-  readyUntil_ = BusClock::now() + kBusTimeout;
+  timeout_ = place.timeout;
+  readyUntil_ = BusClock::now() + timeout_;
   begun();
   return true;
 }
@@ -28,7 +35,7 @@ Watch::Need BusWatch::need() {
 }
 
 bool BusWatch::isAlive() {
-  if (!connection_->process()) return false;
+  if (!connection_->process() || isUnanswered_) return false;
   if (!wasReady_) wasReady_ = connection_->isReady();
   return wasReady_ || BusClock::now() < readyUntil_;
 }
@@ -49,6 +56,7 @@ int BusWatch::handle(SdBusMessage* message, void* user, SdBusError* /*error*/) n
   if (handler->isOnce) {
     watch.handlers_.remove_if([&](const Handler& other) { return &other == handler; });
   }
+  watch.isUnanswered_ |= bus.message_is_method_error(message, kNoReply) > 0;
   hasMemoryFor([&] {
     BusReader reader(bus, message);
     answer(bus.message_is_method_error(message, nullptr) > 0 ? nullptr : &reader);
@@ -61,8 +69,7 @@ void BusWatch::call(const BusCall& call, Answer answer) {
   const BusMessage request = BusMessage::of(bus, connection_->get(), call);
   handlers_.push_back({this, std::move(answer), true});
   Handler& handler = handlers_.back();
-  const auto microseconds =
-      static_cast<std::uint64_t>(std::chrono::microseconds(kBusTimeout).count());
+  const auto microseconds = static_cast<std::uint64_t>(std::chrono::microseconds(timeout_).count());
   if (request && bus->call_async(connection_->get(), nullptr, request.get(), &BusWatch::handle,
                                  &handler, microseconds) >= 0) {
     return;

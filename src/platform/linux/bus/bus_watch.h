@@ -15,8 +15,9 @@ namespace quorvance {
 ///
 /// Its life: `begin` connects and lets the subclass ask its first questions; then answers and
 /// signals come until the bus goes away, which `ended` tells once, or until the thread goes. A call
-/// that is not answered in kBusTimeout, or whose answer is an error, is answered with null. Watch
-/// thread only.
+/// that is not answered in time, or whose answer is an error, is answered with null; in the first
+/// case that is the end, too, since what hung would go on being told as it was then. Watch thread
+/// only.
 class BusWatch : public Watch {
  public:
   using Answer = std::function<void(BusReader* reader)>;
@@ -46,10 +47,12 @@ class BusWatch : public Watch {
   static int handle(SdBusMessage* message, void* user, SdBusError* error) noexcept;
   bool isAlive();
 
+  std::chrono::milliseconds timeout_ = kBusTimeout;
   std::list<Handler> handlers_;
   // Goes first: it holds pointers to the handlers.
   std::unique_ptr<BusConnection> connection_;
   bool wasReady_ = false;
+  bool isUnanswered_ = false;
   BusClock::time_point readyUntil_{};
 };
 

@@ -84,7 +84,7 @@ struct GeoClue::State {
 class GeoClue::ServiceWatch : public BusWatch {
  public:
   explicit ServiceWatch(std::shared_ptr<State> state) : state_(std::move(state)) {}
-  ~ServiceWatch() override { state_->followed.ended(); }
+  ~ServiceWatch() override { state_->followed.ended(state_->systemBus.pause); }
   ServiceWatch(const ServiceWatch&) = delete;
   ServiceWatch& operator=(const ServiceWatch&) = delete;
 

@@ -79,7 +79,7 @@ class PermissionStore::StoreWatch : public BusWatch {
     state_->change(
         [this](StoredPermissions& permissions) { permissions.isSandboxed = sandbox_.isSandboxed; });
   }
-  ~StoreWatch() override { state_->followed.ended(); }
+  ~StoreWatch() override { state_->followed.ended(state_->sessionBus.pause); }
   StoreWatch(const StoreWatch&) = delete;
   StoreWatch& operator=(const StoreWatch&) = delete;
 

@@ -101,16 +101,19 @@ class PrivateBus {
         "/bin/sh", "-c",
         "exec /usr/bin/dbus-daemon --nofork --nopidfile --print-address=1 --config-file=" +
             folder_.at("bus.conf") + " 2>/dev/null"});
-    place_.address = daemon_->hear();
+    address_ = daemon_->hear();
     mock_ = std::make_unique<TalkingProcess>(
-        std::vector<std::string>{"/usr/bin/python3", kBusMock, place_.address});
+        std::vector<std::string>{"/usr/bin/python3", kBusMock, address_});
     EXPECT_EQ(mock_->hear(), "ready");
   }
   ~PrivateBus() { unsetenv("XDG_DATA_HOME"); }
   PrivateBus(const PrivateBus&) = delete;
   PrivateBus& operator=(const PrivateBus&) = delete;
 
-  const BusPlace& place() const { return place_; }
+  /// The timeout is long, for a machine that is busy with other tests.
+  BusPlace place(std::chrono::milliseconds timeout = std::chrono::seconds(20)) const {
+    return {.address = address_, .timeout = timeout, .pause = {}};
+  }
   TalkingProcess& daemon() { return *daemon_; }
   TalkingProcess& mock() { return *mock_; }
   /// Has the mock run a statement, and waits until it has.
@@ -130,7 +133,7 @@ class PrivateBus {
 
  private:
   TemporaryFolder folder_;
-  BusPlace place_;
+  std::string address_;
   std::unique_ptr<TalkingProcess> daemon_;
   std::unique_ptr<TalkingProcess> mock_;
 };

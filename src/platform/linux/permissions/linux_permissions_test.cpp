@@ -24,11 +24,11 @@ class PermissionsTest : public testing::Test {
  protected:
   std::shared_ptr<PermissionStore> makeStore(bool mayStart = false) {
     return std::make_shared<PermissionStore>(
-        bus_.place(), [this] { return sandbox_; }, mayStart, thread_);
+        bus_.place(timeout_), [this] { return sandbox_; }, mayStart, thread_);
   }
   std::shared_ptr<GeoClue> makeGeoClue(bool mayStart = false) {
     return std::make_shared<GeoClue>(
-        bus_.place(), [this] { return sandbox_; }, mayStart, thread_);
+        bus_.place(timeout_), [this] { return sandbox_; }, mayStart, thread_);
   }
   PermissionSources makeSources() {
     return {.host = nullptr,
@@ -42,6 +42,7 @@ class PermissionsTest : public testing::Test {
     return holdsInTime(*thread_, condition);
   }
 
+  std::chrono::milliseconds timeout_ = std::chrono::seconds(20);
   Sandbox sandbox_{true, "com.bank.app"};
   TemporaryFolder root_;
   PrivateBus bus_;
@@ -85,6 +86,7 @@ TEST_F(PermissionsTest, TheRealStoreIsFollowed) {
 TEST_F(PermissionsTest, OnlyWithTheHostsLeaveAQuestionStartsAService) {
   bus_.makeStartable(kStoreName, kStoreProgram);
   bus_.makeStartable("org.freedesktop.GeoClue2", "/bin/touch " + bus_.folder().at("started"));
+  timeout_ = std::chrono::seconds(2);  // what is started here for GeoClue never answers
   const auto hasOwner = [&] {
     bus_.mock().say("say(bus.name_has_owner('" + std::string(kStoreName) + "'))");
     const std::string answer = bus_.mock().hear();
@@ -152,6 +154,7 @@ TEST_F(PermissionsTest, AServiceThatGoesTellsNothingAndOneThatComesBackIsAskedAg
 
 // Until the first reading has ended, which a service that hangs puts off by its timeout.
 TEST_F(PermissionsTest, WhileNobodyAnswersLocationIsOnAndNothingDetermined) {
+  timeout_ = kBusTimeout;
   bus_.play("geo_clue(8)");
   for (const bool isDaemon : {false, true}) {
     const TalkingProcess& hung = isDaemon ? bus_.daemon() : bus_.mock();
@@ -168,6 +171,17 @@ TEST_F(PermissionsTest, WhileNobodyAnswersLocationIsOnAndNothingDetermined) {
     EXPECT_TRUE(holds([&] { return sources.store->permissions().isRead; }));
     hung.signalWith(SIGCONT);
   }
+}
+
+TEST_F(PermissionsTest, AServiceThatHungIsAskedAgainByALaterQuestion) {
+  timeout_ = kBusTimeout;
+  bus_.play("geo_clue(8)");
+  bus_.mock().signalWith(SIGSTOP);
+  const auto service = makeGeoClue();
+  EXPECT_TRUE(holds([&] { return service->service().isRead; }));
+  EXPECT_FALSE(service->service().isOn);
+  bus_.mock().signalWith(SIGCONT);
+  EXPECT_TRUE(holds([&] { return service->service().isOn; }));
 }
 
 class FixedAuthorization : public HostAuthorization {
