@@ -31,6 +31,18 @@ std::optional<std::string> dumpJson(const Json& value, int indent) {
   return value.dump(indent, ' ', false, Json::error_handler_t::replace);
 }
 
+// What lies deeper than the library writes is left to the JSON library: this recurses.
+void discardParts(Json& value, std::size_t depth) noexcept {
+  if (depth == kMaxJsonDepth) return;
+  if (auto* const object = value.get_ptr<Json::object_t*>()) {
+    for (auto& [key, member] : *object) discardParts(member, depth + 1);
+    object->clear();
+  } else if (auto* const array = value.get_ptr<Json::array_t*>()) {
+    for (Json& element : *array) discardParts(element, depth + 1);
+    array->clear();
+  }
+}
+
 }  // namespace
 
 bool isNestedTooDeep(const Json& value) { return !fitsDepth(value, 0); }
@@ -42,6 +54,11 @@ std::optional<std::string> writeJson(const Json& value) { return dumpJson(value,
 std::optional<std::string> writeJsonIndented(const Json& value) { return dumpJson(value, kIndent); }
 
 std::string textOf(const Json& value) { return writeJson(value).value_or("nil"); }
+
+void discardJson(Json& value) noexcept {
+  discardParts(value, 0);
+  value = nullptr;
+}
 
 Json makeObject(std::size_t members) {
   Json object = Json::object();
@@ -60,8 +77,18 @@ void setMember(Json& object, std::string_view key, Json value) {
   if (found == members.end()) {
     putMember(object, key, std::move(value));
   } else {
-    found->second = std::move(value);
+    found->second.swap(value);
+    discardJson(value);
   }
+}
+
+void reserveMembers(Json& object, std::size_t further) {
+  auto& members = object.get_ref<Json::object_t&>();
+  if (members.capacity() - members.size() >= further) return;
+  Json::object_t grown;
+  grown.reserve(members.size() + further);
+  for (auto& [key, value] : members) grown.emplace_back(key, std::move(value));
+  members.swap(grown);
 }
 
 const Json* findMember(const Json& object, std::string_view key) {

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "core/context.h"
+#include "core/pending_verdict.h"
 #include "core/retried_exchange.h"
 #include "core/trace_uploader.h"
 #include "network/quorvance_network_manager.h"
@@ -46,7 +47,8 @@ class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this
 
   // Checkpoints (manager_checkpoints.cpp).
   void configureUserId(const CheckPoint& checkPoint);
-  void getRiskForCheckPoint(const CheckPoint& checkPoint, RiskCompletion completion);
+  /// False, and the completion is untouched, when there is no memory at all.
+  bool getRiskForCheckPoint(const CheckPoint& checkPoint, RiskCompletion&& completion);
   void arriveToCheckPoint(const CheckPoint& checkPoint);
   void updateCheckPointStatus(CheckPointType type, const std::string& requestID,
                               CheckPointStatus status,
@@ -95,6 +97,7 @@ class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this
   bool isDataSendAfterSession() const;
   void configureUserId(const CheckPoint& checkPoint, const Json& json);
   Json checkPointBody(const CheckPoint& checkPoint, Json json);
+  void askForRisk(const CheckPoint& checkPoint, const std::shared_ptr<PendingVerdict>& verdict);
   void announceScreen(ScreenListenerType type, std::int64_t actionId);
   void storeStartApp(std::int64_t now);
 
@@ -108,7 +111,8 @@ class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this
   const RetriedExchange configuration_;
   const RetriedExchange deviceId_;
   const RetriedExchange session_;
-  const TraceUploader traceUploader_;
+  TraceUploader traceUploader_;
+  PendingVerdicts verdicts_;
   Flags flags_;
   /// Idle: nothing is ever added to it.
   std::deque<Task> initialCallsOperationQueue;

@@ -1,6 +1,7 @@
 #include <chrono>
 #include <utility>
 
+#include "base/out_of_memory.h"
 #include "core/manager_core.h"
 #include "core/response_text.h"
 #include "diagnostics/activity_map.h"
@@ -50,9 +51,9 @@ void ManagerCore::storeStartApp(std::int64_t now) {
 
 void ManagerCore::checkSensorForEmulator() {
   const OperationTrace trace(*context_->tracing, "checkSensorForEmulator");
-  context_->platform.mainQueue->postAfter(kEmulatorProbeDelay, [self = shared_from_this()] {
-    self->context_->screens->probeSensors();
-  });
+  context_->platform.mainQueue->postAfter(
+      kEmulatorProbeDelay,
+      withinMemory([self = shared_from_this()] { self->context_->screens->probeSensors(); }));
 }
 
 void ManagerCore::onRequestAccess(MobilePermission type) {
@@ -70,8 +71,9 @@ void ManagerCore::setPendingUserData(Json userData) {
 void ManagerCore::crashEyeDidCatchCrash(const CrashModel& crash) {
   if (crash.isStored) return;
   // The process may be gone a moment later: the report is on the disk when this returns.
-  context_->reportStore->storeReport(crashReport(crash, context_->state->now()).getJson(),
-                                     ReportCategory::crash);
+  Json report = crashReport(crash, context_->state->now()).getJson();
+  const JsonDiscarder discarder(report);
+  context_->reportStore->storeReport(report, ReportCategory::crash);
 }
 
 }  // namespace quorvance
