@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
+#include "platform/testing/temporary_folder_test_support.h"
+#include "test/child_process.h"
 #include "test/child_programs.h"
-#include "test/crash/watched_process.h"
 #include "test/real_world_test_support.h"
 
 namespace quorvance {
@@ -18,14 +20,12 @@ class OutOfMemoryTest : public testing::Test {
 
   /// Whether the host ended normally, and each of its verdicts had come once.
   testing::AssertionResult endsWell(std::vector<std::string> how) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder;
     how.insert(how.begin(), {kMemoryChildProgram, world_.server.url(), folder.path()});
-    const ProcessWords words = {folder.path() + "/output", folder.path() + "/complaints"};
-    const ProcessEnd end = runToItsEnd(std::move(how), words, {});
+    const ProcessEnd end = ChildProcess(std::move(how)).waitForEnd();
     if (end.exitStatus == 0) return testing::AssertionSuccess();
-    return testing::AssertionFailure()
-           << "signal " << end.signal << ", status " << end.exitStatus << ", hanging "
-           << end.wasHanging << ": " << textOfFile(words.complaints);
+    return testing::AssertionFailure() << "signal " << end.signal << ", status " << end.exitStatus
+                                       << ", hanging " << end.wasHanging;
   }
 
   RealWorld world_;
