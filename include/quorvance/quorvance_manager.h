@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -149,6 +150,9 @@ class QuorvanceManager {
   void crashEyeDidCatchCrash(const CrashModel& crash);
 
  private:
+  explicit QuorvanceManager(std::nullptr_t core) noexcept;
+  static std::shared_ptr<QuorvanceManager> idle() noexcept;
+
   std::shared_ptr<ManagerCore> core_;
 };
 

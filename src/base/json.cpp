@@ -47,6 +47,18 @@ Json withShortTexts(const Json& value) {
   return copy;
 }
 
+// What lies deeper than the library writes is left to the JSON library: this recurses.
+void discardParts(Json& value, std::size_t depth) noexcept {
+  if (depth == kMaxJsonDepth) return;
+  if (auto* const object = value.get_ptr<Json::object_t*>()) {
+    for (auto& [key, member] : *object) discardParts(member, depth + 1);
+    object->clear();
+  } else if (auto* const array = value.get_ptr<Json::array_t*>()) {
+    for (Json& element : *array) discardParts(element, depth + 1);
+    array->clear();
+  }
+}
+
 }  // namespace
 
 bool isNestedTooDeep(const Json& value) { return !fitsDepth(value, 0); }
@@ -61,6 +73,11 @@ std::string textOf(const Json& value) { return writeJson(value).value_or("nil");
 
 std::string debugTextOf(const Json& value) {
   return isNestedTooDeep(value) ? "nil" : textOf(withShortTexts(value));
+}
+
+void discardJson(Json& value) noexcept {
+  discardParts(value, 0);
+  value = nullptr;
 }
 
 Json makeObject(std::size_t members) {
@@ -80,8 +97,18 @@ void setMember(Json& object, std::string_view key, Json value) {
   if (found == members.end()) {
     putMember(object, key, std::move(value));
   } else {
-    found->second = std::move(value);
+    found->second.swap(value);
+    discardJson(value);
   }
+}
+
+void reserveMembers(Json& object, std::size_t further) {
+  auto& members = object.get_ref<Json::object_t&>();
+  if (members.capacity() - members.size() >= further) return;
+  Json::object_t grown;
+  grown.reserve(members.size() + further);
+  for (auto& [key, value] : members) grown.emplace_back(key, std::move(value));
+  members.swap(grown);
 }
 
 const Json* findMember(const Json& object, std::string_view key) {

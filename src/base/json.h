@@ -49,8 +49,35 @@ std::string debugTextOf(const Json& value);
 /// above. Of members with one key the last value stands, in the place of the first.
 std::optional<Json> parseJson(std::string_view text);
 
+/// Takes the value apart, innermost parts first, and leaves null. The JSON library's own destructor
+/// wants memory for that and ends the process where there is none, so what may hold much goes this
+/// way. Needs none.
+void discardJson(Json& value) noexcept;
+
+/// Discards the value at the end of a scope, be it left by an exception.
+class JsonDiscarder {
+ public:
+  explicit JsonDiscarder(Json& value) : value_(&value) {}
+  /// What it holds at the end.
+  explicit JsonDiscarder(std::optional<Json>& value) : optional_(&value) {}
+  ~JsonDiscarder() {
+    if (value_ != nullptr) discardJson(*value_);
+    if (optional_ != nullptr && *optional_) discardJson(**optional_);
+  }
+  JsonDiscarder(const JsonDiscarder&) = delete;
+  JsonDiscarder& operator=(const JsonDiscarder&) = delete;
+
+ private:
+  Json* const value_ = nullptr;
+  std::optional<Json>* const optional_ = nullptr;
+};
+
 /// A JSON object with room for `members`: growing an object that holds others copies them all.
 Json makeObject(std::size_t members);
+
+/// Makes room for further members without copying those that are there. Without memory the object
+/// is spoilt.
+void reserveMembers(Json& object, std::size_t further);
 
 /// Appends a member whose key is new: nothing is looked up.
 void putMember(Json& object, std::string_view key, Json value);

@@ -18,6 +18,13 @@ constexpr std::size_t kMaxComparedKeys = 32;
 /// stack of entries, and an object or an array is made when it closes.
 class JsonBuilder {
  public:
+  JsonBuilder() = default;
+  ~JsonBuilder() {
+    for (Entry& entry : entries_) discardJson(entry.value);
+  }
+  JsonBuilder(const JsonBuilder&) = delete;
+  JsonBuilder& operator=(const JsonBuilder&) = delete;
+
   // What the parser calls; false ends the reading.
   bool null() { return take(Json()); }
   bool boolean(bool value) { return take(Json(value)); }

@@ -21,6 +21,12 @@ bool hasMemoryFor(Step&& step) {
   }
 }
 
+/// The step as a task for a queue, be it the host's: its want of memory ends with it.
+template <class Step>
+auto withinMemory(Step step) {
+  return [step = std::move(step)]() mutable { hasMemoryFor(step); };
+}
+
 /// Calls code of the host's: whatever that throws ends the process, as on a thread of the host's.
 /// Its want of memory must not pass for the library's; for other exceptions nobody has a handler,
 /// and they keep the stack on which they were thrown.

@@ -28,7 +28,7 @@ struct FaceWorld : ScreenWorld {
     response.output = std::move(output);
     const ReplyHandler handler = owner->waiting.back();
     owner->waiting.pop_back();
-    handler.complete(std::move(response));
+    handler.complete(response);
   }
 };
 

@@ -5,18 +5,6 @@
 #include "biometrics/capturing_screen_listener.h"
 
 namespace quorvance {
-namespace {
-
-class InertScreenListener : public QuorvanceScreenListener {
- public:
-  void resumeListen() override {}
-  void pauseListenToSensors() override {}
-  void finishScreenListener() override {}
-  void handleTouches(const QuorvanceGestureRecognizer& /*recognizer*/) override {}
-};
-
-}  // namespace
-
 SensorProbe::SensorProbe(std::shared_ptr<const ScreenServices> services)
     : capture_(std::move(services)) {}
 
@@ -37,10 +25,6 @@ std::shared_ptr<QuorvanceScreenListener> ScreenListenerMaker::makeListener(
 
 std::shared_ptr<SensorProbe> ScreenListenerMaker::startProbe() {
   return std::make_shared<SensorProbe>(services_);
-}
-
-std::shared_ptr<QuorvanceScreenListener> makeInertListener() {
-  return std::make_shared<InertScreenListener>();
 }
 
 }  // namespace quorvance

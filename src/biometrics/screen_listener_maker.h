@@ -42,7 +42,4 @@ class ScreenListenerMaker {
   const std::shared_ptr<const ScreenServices> services_;
 };
 
-/// A listener that captures nothing, for processes in which the library does nothing.
-std::shared_ptr<QuorvanceScreenListener> makeInertListener();
-
 }  // namespace quorvance

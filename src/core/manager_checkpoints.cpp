@@ -1,3 +1,4 @@
+#include <exception>
 #include <utility>
 
 #include "base/debug.h"
@@ -5,7 +6,6 @@
 #include "core/manager_core.h"
 #include "core/response_text.h"
 #include "model/transaction_update.h"
-#include "network/risk_verdict.h"
 #include "quorvance/account_check_points.h"
 
 namespace quorvance {
@@ -18,27 +18,12 @@ const User* userSigningIn(const CheckPoint& checkPoint) {
   return registration == nullptr ? nullptr : registration->user().get();
 }
 
-void deliver(const RiskCompletion& completion, RiskVerdict verdict) {
-  if (completion) {
-    completion(verdict.risk, std::move(verdict.signedRisk), std::move(verdict.requestId));
-  }
-}
-
-// Host code runs on the background queue alone, also when its call was thrown away.
-ReplyHandler verdictHandler(std::shared_ptr<BackgroundQueue> queue, RiskCompletion completion,
-                            std::string requestId) {
-  auto shared = std::make_shared<const RiskCompletion>(std::move(completion));
-  return {[shared](const ResponceObject& response) { deliver(*shared, readVerdict(response)); },
-          [shared, queue = std::move(queue), requestId = std::move(requestId)] {
-            queue->post(WorkLane::completions,
-                        [shared, requestId] { deliver(*shared, answerlessVerdict(requestId)); });
-          }};
-}
-
 }  // namespace
 
 void ManagerCore::configureUserId(const CheckPoint& checkPoint) {
-  configureUserId(checkPoint, checkPoint.getJson());
+  Json json = checkPoint.getJson();
+  const JsonDiscarder discarder(json);
+  configureUserId(checkPoint, json);
 }
 
 void ManagerCore::configureUserId(const CheckPoint& checkPoint, const Json& json) {
@@ -57,15 +42,31 @@ Json ManagerCore::checkPointBody(const CheckPoint& checkPoint, Json json) {
   return body;
 }
 
-void ManagerCore::getRiskForCheckPoint(const CheckPoint& checkPoint, RiskCompletion completion) {
+bool ManagerCore::getRiskForCheckPoint(const CheckPoint& checkPoint, RiskCompletion&& completion) {
+  const std::shared_ptr<PendingVerdict> verdict = verdicts_.take();
+  if (!verdict) return false;
+  verdict->waitFor(std::move(completion));
+  try {
+    askForRisk(checkPoint, verdict);
+  } catch (const std::exception&) {
+    PendingVerdict::giveUp(verdict);
+  }
+  return true;
+}
+
+void ManagerCore::askForRisk(const CheckPoint& checkPoint,
+                             const std::shared_ptr<PendingVerdict>& verdict) {
   Json json = checkPoint.getJson();
+  const JsonDiscarder discarder(json);
   const OperationTrace trace(*context_->tracing, "getRiskForCheckPoint",
                              [&] { return std::vector{textOf(json)}; });
   Json body = checkPointBody(checkPoint, std::move(json));
+  const JsonDiscarder bodyDiscarder(body);
   const PreparedCall call = networkManager_->prepare(Service::getCheckpointRisk, checkPoint.type());
-  networkManager_->send(
-      call, std::move(body),
-      verdictHandler(context_->platform.backgroundQueue, std::move(completion), call.requestId));
+  verdict->setRequestId(call.requestId);
+  networkManager_->send(call, std::move(body),
+                        {[verdict](const ResponceObject& response) { verdict->answer(response); },
+                         [verdict] { PendingVerdict::giveUp(verdict); }});
 }
 
 void ManagerCore::arriveToCheckPoint(const CheckPoint& checkPoint) {

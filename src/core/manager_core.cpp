@@ -16,7 +16,8 @@ ManagerCore::ManagerCore(std::shared_ptr<Context> context)
       configuration_(context_, networkManager_, configurationRules()),
       deviceId_(context_, networkManager_, deviceIdRules()),
       session_(context_, networkManager_, sessionRules()),
-      traceUploader_(context_, networkManager_) {}
+      traceUploader_(context_, networkManager_),
+      verdicts_(context_->platform.backgroundQueue) {}
 
 std::optional<std::string> ManagerCore::getDeviceId() const {
   return context_->state->readText(StoredKey::deviceId);

@@ -10,6 +10,7 @@
 
 #include "biometrics/screen_listener_owner.h"
 #include "core/context.h"
+#include "core/pending_verdict.h"
 #include "core/retried_exchange.h"
 #include "core/trace_uploader.h"
 #include "network/quorvance_network_manager.h"
@@ -49,7 +50,8 @@ class ManagerCore : public CrashEyeDelegate,
 
   // Checkpoints (manager_checkpoints.cpp).
   void configureUserId(const CheckPoint& checkPoint);
-  void getRiskForCheckPoint(const CheckPoint& checkPoint, RiskCompletion completion);
+  /// False, and the completion is untouched, when there is no memory at all.
+  bool getRiskForCheckPoint(const CheckPoint& checkPoint, RiskCompletion&& completion);
   void arriveToCheckPoint(const CheckPoint& checkPoint);
   void updateCheckPointStatus(CheckPointType type, const std::string& requestID,
                               CheckPointStatus status,
@@ -104,6 +106,7 @@ class ManagerCore : public CrashEyeDelegate,
   bool isDataSendAfterSession() const;
   void configureUserId(const CheckPoint& checkPoint, const Json& json);
   Json checkPointBody(const CheckPoint& checkPoint, Json json);
+  void askForRisk(const CheckPoint& checkPoint, const std::shared_ptr<PendingVerdict>& verdict);
   void announceScreen(ScreenListenerType type, std::int64_t actionId);
   void storeStartApp(std::int64_t now);
   void probeSensors();
@@ -118,7 +121,8 @@ class ManagerCore : public CrashEyeDelegate,
   const RetriedExchange configuration_;
   const RetriedExchange deviceId_;
   const RetriedExchange session_;
-  const TraceUploader traceUploader_;
+  TraceUploader traceUploader_;
+  PendingVerdicts verdicts_;
   Flags flags_;
   /// Idle: nothing is ever added to it.
   std::deque<Task> initialCallsOperationQueue;

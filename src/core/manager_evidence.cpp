@@ -1,6 +1,7 @@
 #include <chrono>
 #include <utility>
 
+#include "base/out_of_memory.h"
 #include "core/manager_core.h"
 #include "core/response_text.h"
 #include "diagnostics/activity_map.h"
@@ -61,8 +62,8 @@ void ManagerCore::storeStartApp(std::int64_t now) {
 
 void ManagerCore::checkSensorForEmulator() {
   const OperationTrace trace(*context_->tracing, "checkSensorForEmulator");
-  context_->platform.mainQueue->postAfter(kEmulatorProbeDelay,
-                                          [self = shared_from_this()] { self->probeSensors(); });
+  context_->platform.mainQueue->postAfter(
+      kEmulatorProbeDelay, withinMemory([self = shared_from_this()] { self->probeSensors(); }));
 }
 
 // What the sensors said is dropped; whether they said anything is kept.
@@ -71,9 +72,9 @@ void ManagerCore::probeSensors() {
   device.setSensorCheck({.isListening = true, .hasSensorsData = std::nullopt});
   context_->platform.mainQueue->postAfter(
       kEmulatorProbeTime,
-      [&device, self = shared_from_this(), probe = context_->screens->startProbe()] {
+      withinMemory([&device, self = shared_from_this(), probe = context_->screens->startProbe()] {
         device.setSensorCheck({.isListening = false, .hasSensorsData = probe->stop()});
-      });
+      }));
 }
 
 void ManagerCore::onRequestAccess(MobilePermission type) {
@@ -91,8 +92,9 @@ void ManagerCore::setPendingUserData(Json userData) {
 void ManagerCore::crashEyeDidCatchCrash(const CrashModel& crash) {
   if (crash.isStored) return;
   // The process may be gone a moment later: the report is on the disk when this returns.
-  context_->reportStore->storeReport(crashReport(crash, context_->state->now()).getJson(),
-                                     ReportCategory::crash);
+  Json report = crashReport(crash, context_->state->now()).getJson();
+  const JsonDiscarder discarder(report);
+  context_->reportStore->storeReport(report, ReportCategory::crash);
 }
 
 }  // namespace quorvance

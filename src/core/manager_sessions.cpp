@@ -1,5 +1,6 @@
 #include <utility>
 
+#include "base/out_of_memory.h"
 #include "core/manager_core.h"
 #include "core/response_text.h"
 
@@ -55,9 +56,10 @@ bool ManagerCore::isDataSendAfterSession() const {
 
 void ManagerCore::logout() {
   const OperationTrace trace(*context_->tracing, "logout()");
-  uploadStoredReports(ReportCategory::activity);
-  identity().forgetUser();
-  context_->state->startNewSession();
+  // Whatever finds no memory keeps nothing else from ending.
+  hasMemoryFor([&] { uploadStoredReports(ReportCategory::activity); });
+  hasMemoryFor([&] { identity().forgetUser(); });
+  hasMemoryFor([&] { context_->state->startNewSession(); });
   sendDataWithNewSession();
   flags_.logoutEventNow = true;
   if (const auto& face = context_->platform.faceDetection) face->reset();

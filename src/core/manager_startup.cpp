@@ -1,6 +1,7 @@
 #include <utility>
 
 #include "base/debug.h"
+#include "base/out_of_memory.h"
 #include "base/text.h"
 #include "core/manager_core.h"
 #include "core/response_text.h"
@@ -86,9 +87,10 @@ bool ManagerCore::takeConfiguration(const RetriedExchange::Answer& answer) {
   const ResponceObject& response = answer.response;
   if (!response.succeeded() || !response.output) return false;
   flags_.repeatSdkConfig = false;
-  appendResponse(answer.trace, response);
-  saveSdkConfiguration(*response.output);
-  return true;
+  hasMemoryFor([&] { appendResponse(answer.trace, response); });
+  if (hasMemoryFor([&] { saveSdkConfiguration(*response.output); })) return true;
+  flags_.repeatSdkConfig = true;
+  return false;
 }
 
 void ManagerCore::getSdkConfigurationThread() { configuration_.askLater(shared_from_this()); }
@@ -116,7 +118,7 @@ RetriedExchange::Rules ManagerCore::deviceIdRules() {
 bool ManagerCore::takeDeviceId(const RetriedExchange::Answer& answer) {
   const ResponceObject& response = answer.response;
   if (!response.succeeded()) return false;
-  appendResponse(answer.trace, response);
+  hasMemoryFor([&] { appendResponse(answer.trace, response); });
   const std::string* deviceId = response.output ? deviceIdIn(*response.output) : nullptr;
   if (deviceId != nullptr && *deviceId != kNoDeviceId) acceptDeviceId(*deviceId);
   return true;
@@ -129,10 +131,13 @@ void ManagerCore::getDeviceIdThread() { deviceId_.askLater(shared_from_this()); 
 // The same identifier again does all of it again.
 void ManagerCore::acceptDeviceId(const std::string& deviceId) {
   configureDeviceId(deviceId);
-  uploadStoredReports(ReportCategory::communicationError);
-  uploadStoredReports(ReportCategory::crash);
+  // Reports that find no memory wait for the next identifier, the session does not.
+  hasMemoryFor([&] { uploadStoredReports(ReportCategory::communicationError); });
+  hasMemoryFor([&] { uploadStoredReports(ReportCategory::crash); });
   sendDataWithNewSession();
-  if (isInDebugMode()) checkSensorForEmulator();
+  hasMemoryFor([&] {
+    if (isInDebugMode()) checkSensorForEmulator();
+  });
 }
 
 void ManagerCore::sendingTracingData() { traceUploader_.start(shared_from_this()); }

@@ -1,17 +1,22 @@
 #include "quorvance/quorvance_manager.h"
 
+#include <cstddef>
+#include <exception>
 #include <mutex>
+#include <new>
 #include <utility>
 
 #include "base/debug.h"
 #include "base/forked_child.h"
 #include "core/manager_core.h"
+#include "core/pending_verdict.h"
 #include "quorvance/alternate_stack.h"
 #include "state/class_flags.h"
 
-// Every operation first asks whether this process is a fork of the host's: there the library's
-// threads are gone, and it does nothing. The thread that calls is one whose crash may have to be
-// reported, hence its signal stack.
+// Every operation goes through enter(). It asks whether this process is a fork of the host's: there
+// the library's threads are gone, and it does nothing. The thread that calls is one whose crash may
+// have to be reported, hence its signal stack. What is thrown inside, for want of memory, ends
+// here.
 
 namespace quorvance {
 namespace {
@@ -21,54 +26,110 @@ struct SharedManager {
   std::shared_ptr<QuorvanceManager> manager;
 };
 
-// In a forked child, where no lock may be taken: nothing stands behind it. Leaked on purpose.
-const std::shared_ptr<QuorvanceManager>& managerOfForkedChild() {
-  static auto* const manager =
-      new std::shared_ptr<QuorvanceManager>(std::make_shared<QuorvanceManager>());
-  return *manager;
-}
-
 // Leaked on purpose, as the context that it stands over.
 SharedManager& sharedManager() {
   static auto* const holder = new SharedManager();
   return *holder;
 }
 
-bool mayEnter() {
+bool mayEnter() noexcept {
   if (isForkedChild()) return false;
   ensureAlternateStack();
   return true;
 }
 
+/// The operation's result, or `otherwise` where it cannot be had.
+template <class Result, class Operation>
+Result enter(Result otherwise, Operation operation) noexcept {
+  if (!mayEnter()) return otherwise;
+  try {
+    return operation();
+  } catch (const std::exception&) {
+    return otherwise;
+  }
+}
+
+template <class Operation>
+void enter(Operation operation) noexcept {
+  enter(nullptr, [&] {
+    operation();
+    return nullptr;
+  });
+}
+
+// Without a core, which a manager lacks that was made without memory, there is nothing to do.
+template <class Result, class Operation>
+Result enter(const std::shared_ptr<ManagerCore>& core, Result otherwise,
+             Operation operation) noexcept {
+  if (!core) return otherwise;
+  return enter(std::move(otherwise), [&] { return Result(operation(*core)); });
+}
+
+template <class Operation>
+void enter(const std::shared_ptr<ManagerCore>& core, Operation operation) noexcept {
+  enter([&] {
+    if (core) operation(*core);
+  });
+}
+
+class IdleScreenListener : public QuorvanceScreenListener {
+ public:
+  void resumeListen() override {}
+  void pauseListenToSensors() override {}
+  void finishScreenListener() override {}
+  void handleTouches(const QuorvanceGestureRecognizer& /*recognizer*/) override {}
+};
+
+// Needs no memory. Never destroyed.
+std::shared_ptr<QuorvanceScreenListener> idleScreenListener() noexcept {
+  alignas(IdleScreenListener) static std::byte memory[sizeof(IdleScreenListener)];
+  static auto* const listener = new (memory) IdleScreenListener();
+  return {std::shared_ptr<void>(), listener};
+}
+
 }  // namespace
 
 QuorvanceManager::QuorvanceManager() {
-  if (mayEnter()) core_ = ManagerCore::make(processContext());
+  enter([&] { core_ = ManagerCore::make(processContext()); });
 }
 
 QuorvanceManager::QuorvanceManager(Platform platform) {
-  if (mayEnter()) core_ = ManagerCore::make(std::make_shared<Context>(std::move(platform)));
+  enter([&] { core_ = ManagerCore::make(std::make_shared<Context>(std::move(platform))); });
 }
+
+QuorvanceManager::QuorvanceManager(std::nullptr_t /*core*/) noexcept {}
 
 QuorvanceManager::~QuorvanceManager() { leakInForkedChild(core_); }
 
+// In a forked child, where no lock may be taken, and without memory: it does nothing. Never
+// destroyed.
+std::shared_ptr<QuorvanceManager> QuorvanceManager::idle() noexcept {
+  alignas(QuorvanceManager) static std::byte memory[sizeof(QuorvanceManager)];
+  static auto* const manager = new (memory) QuorvanceManager(nullptr);
+  return {std::shared_ptr<void>(), manager};
+}
+
 std::shared_ptr<QuorvanceManager> QuorvanceManager::shared() {
-  if (!mayEnter()) return managerOfForkedChild();
-  SharedManager& holder = sharedManager();
-  const std::lock_guard lock(holder.mutex);
-  if (!holder.manager) holder.manager = std::make_shared<QuorvanceManager>();
-  return holder.manager;
+  return enter(idle(), [] {
+    SharedManager& holder = sharedManager();
+    const std::lock_guard lock(holder.mutex);
+    if (holder.manager) return holder.manager;
+    auto manager = std::make_shared<QuorvanceManager>();
+    if (!manager->core_) return idle();  // the next call tries again
+    return holder.manager = std::move(manager);
+  });
 }
 
 void QuorvanceManager::setShared(std::shared_ptr<QuorvanceManager> manager) {
-  if (!mayEnter()) return;
-  SharedManager& holder = sharedManager();
-  const std::lock_guard lock(holder.mutex);
-  holder.manager.swap(manager);
+  enter([&] {
+    SharedManager& holder = sharedManager();
+    const std::lock_guard lock(holder.mutex);
+    holder.manager.swap(manager);
+  });
 }
 
 bool QuorvanceManager::usePlatform(Platform platform) {
-  return mayEnter() && chooseProcessPlatform(std::move(platform));
+  return enter(false, [&] { return chooseProcessPlatform(std::move(platform)); });
 }
 
 bool QuorvanceManager::isInDebugMode() { return quorvance::isInDebugMode(); }
@@ -80,128 +141,146 @@ bool QuorvanceManager::sessionDataCollect() { return quorvance::sessionDataColle
 void QuorvanceManager::setSessionDataCollect(bool on) { quorvance::setSessionDataCollect(on); }
 
 void QuorvanceManager::log(const std::optional<std::string>& value) {
-  if (value && mayEnter()) debugPrint(*value);
+  enter([&] {
+    if (value) debugPrint(*value);
+  });
 }
 
 void QuorvanceManager::exceptionQV(const std::optional<PlatformError>& error) {
-  if (error && mayEnter()) processContext()->exceptions->logException(*error);
+  enter([&] {
+    if (error) processContext()->exceptions->logException(*error);
+  });
 }
 
 std::optional<std::string> QuorvanceManager::serverUrl() const {
-  return mayEnter() ? core_->identity().serverUrl() : std::nullopt;
+  return enter(core_, std::optional<std::string>(),
+               [](ManagerCore& core) { return core.identity().serverUrl(); });
 }
 
 void QuorvanceManager::setServerUrl(std::optional<std::string> serverUrl) {
-  if (mayEnter()) core_->identity().setServerUrl(std::move(serverUrl));
+  enter(core_, [&](ManagerCore& core) { core.identity().setServerUrl(std::move(serverUrl)); });
 }
 
 std::optional<std::string> QuorvanceManager::userId() const {
-  return mayEnter() ? core_->identity().userId() : std::nullopt;
+  return enter(core_, std::optional<std::string>(),
+               [](ManagerCore& core) { return core.identity().userId(); });
 }
 
 void QuorvanceManager::setUserId(std::optional<std::string> userId) {
-  if (mayEnter()) core_->identity().setUserId(std::move(userId));
+  enter(core_, [&](ManagerCore& core) { core.identity().setUserId(std::move(userId)); });
 }
 
-bool QuorvanceManager::logoutEventNow() const { return mayEnter() && core_->logoutEventNow(); }
+bool QuorvanceManager::logoutEventNow() const {
+  return enter(core_, false, [](ManagerCore& core) { return core.logoutEventNow(); });
+}
 
 void QuorvanceManager::setLogoutEventNow(bool logoutEventNow) {
-  if (mayEnter()) core_->setLogoutEventNow(logoutEventNow);
+  enter(core_, [&](ManagerCore& core) { core.setLogoutEventNow(logoutEventNow); });
 }
 
 bool QuorvanceManager::setupWithServerUrl(const std::string& serverUrl,
                                           const std::optional<std::string>& userId,
                                           PlatformError* error) {
-  return mayEnter() && core_->setup(serverUrl, userId, error);
+  return enter(core_, false,
+               [&](ManagerCore& core) { return core.setup(serverUrl, userId, error); });
 }
 
 void QuorvanceManager::configureWithServerUrl(const std::optional<std::string>& serverUrl) {
-  if (mayEnter()) core_->configureServerUrl(serverUrl);
+  enter(core_, [&](ManagerCore& core) { core.configureServerUrl(serverUrl); });
 }
 
 void QuorvanceManager::configureWithUserId(const std::optional<std::string>& userId) {
-  if (mayEnter()) core_->configureUserId(userId);
+  enter(core_, [&](ManagerCore& core) { core.configureUserId(userId); });
 }
 
 void QuorvanceManager::configureUserId(const CheckPoint& checkPoint) {
-  if (mayEnter()) core_->configureUserId(checkPoint);
+  enter(core_, [&](ManagerCore& core) { core.configureUserId(checkPoint); });
 }
 
 void QuorvanceManager::getSdkConfigurationThread() {
-  if (mayEnter()) core_->getSdkConfigurationThread();
+  enter(core_, [](ManagerCore& core) { core.getSdkConfigurationThread(); });
 }
 
 void QuorvanceManager::initializeDeviceId() {
-  if (mayEnter()) core_->initializeDeviceId();
+  enter(core_, [](ManagerCore& core) { core.initializeDeviceId(); });
 }
 
 void QuorvanceManager::getDeviceIdThread() {
-  if (mayEnter()) core_->getDeviceIdThread();
+  enter(core_, [](ManagerCore& core) { core.getDeviceIdThread(); });
 }
 
 std::optional<std::string> QuorvanceManager::getDeviceId() const {
-  return mayEnter() ? core_->getDeviceId() : std::nullopt;
+  return enter(core_, std::optional<std::string>(),
+               [](ManagerCore& core) { return core.getDeviceId(); });
 }
 
 std::optional<std::string> QuorvanceManager::getSessionId() const {
-  return mayEnter() ? core_->getSessionId() : std::nullopt;
+  return enter(core_, std::optional<std::string>(),
+               [](ManagerCore& core) { return core.getSessionId(); });
 }
 
 void QuorvanceManager::sendDataWithNewSession() {
-  if (mayEnter()) core_->sendDataWithNewSession();
+  enter(core_, [](ManagerCore& core) { core.sendDataWithNewSession(); });
 }
 
 void QuorvanceManager::sendDataWithNewSessionThread() {
-  if (mayEnter()) core_->sendDataWithNewSessionThread();
+  enter(core_, [](ManagerCore& core) { core.sendDataWithNewSessionThread(); });
 }
 
 void QuorvanceManager::sendingTracingData() {
-  if (mayEnter()) core_->sendingTracingData();
+  enter(core_, [](ManagerCore& core) { core.sendingTracingData(); });
 }
 
 void QuorvanceManager::logout() {
-  if (mayEnter()) core_->logout();
+  enter(core_, [](ManagerCore& core) { core.logout(); });
 }
 
 void QuorvanceManager::getRiskForCheckPoint(const CheckPoint& checkPoint,
                                             RiskCompletion completion) {
-  if (mayEnter()) core_->getRiskForCheckPoint(checkPoint, std::move(completion));
+  const bool isTaken = enter(core_, isForkedChild(), [&](ManagerCore& core) {
+    return core.getRiskForCheckPoint(checkPoint, std::move(completion));
+  });
+  // Last of all resorts: not a byte is left to deliver the completion with.
+  if (!isTaken) deliverAnswerless(completion);
 }
 
 void QuorvanceManager::arriveToCheckPoint(const CheckPoint& checkPoint) {
-  if (mayEnter()) core_->arriveToCheckPoint(checkPoint);
+  enter(core_, [&](ManagerCore& core) { core.arriveToCheckPoint(checkPoint); });
 }
 
 void QuorvanceManager::updateCheckPointStatus(CheckPointType type, const std::string& requestID,
                                               CheckPointStatus status,
                                               const std::optional<std::string>& transactionID) {
-  if (mayEnter()) core_->updateCheckPointStatus(type, requestID, status, transactionID);
+  enter(core_, [&](ManagerCore& core) {
+    core.updateCheckPointStatus(type, requestID, status, transactionID);
+  });
 }
 
 std::shared_ptr<QuorvanceScreenListener> QuorvanceManager::startNewScreenListener(
     ScreenListenerType type, std::int64_t actionId, std::shared_ptr<View> view) {
-  if (!mayEnter()) return makeInertListener();
-  return core_->startNewScreenListener(type, actionId, std::move(view));
+  return enter(core_, idleScreenListener(), [&](ManagerCore& core) {
+    return core.startNewScreenListener(type, actionId, std::move(view));
+  });
 }
 
 void QuorvanceManager::checkSensorForEmulator() {
-  if (mayEnter()) core_->checkSensorForEmulator();
+  enter(core_, [](ManagerCore& core) { core.checkSensorForEmulator(); });
 }
 
 void QuorvanceManager::onRequestAccessWithTypeMobilePermission(MobilePermission type) {
-  if (mayEnter()) core_->onRequestAccess(type);
+  enter(core_, [&](ManagerCore& core) { core.onRequestAccess(type); });
 }
 
 bool QuorvanceManager::ifAuthorizedWithTypeMobilePermission(MobilePermission type) const {
-  return mayEnter() && core_->ifAuthorized(type);
+  return enter(core_, false, [&](ManagerCore& core) { return core.ifAuthorized(type); });
 }
 
 void QuorvanceManager::setPendingUserData(Json userData) {
-  if (mayEnter()) core_->setPendingUserData(std::move(userData));
+  enter(core_, [&](ManagerCore& core) { core.setPendingUserData(std::move(userData)); });
 }
 
 void QuorvanceManager::crashEyeDidCatchCrash(const CrashModel& crash) {
-  if (mayEnter()) core_->crashEyeDidCatchCrash(crash);
+  enter(core_, [&](ManagerCore& core) { core.crashEyeDidCatchCrash(crash); });
 }
 
 }  // namespace quorvance

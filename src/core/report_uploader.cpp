@@ -1,17 +1,42 @@
 #include "core/report_uploader.h"
 
+#include <string>
 #include <utility>
+#include <vector>
 
+#include "base/out_of_memory.h"
 #include "base/uuid.h"
 
 namespace quorvance {
+
+/// One pass through the files of a category, held by the step that is under way.
+struct ReportUploader::Run : std::enable_shared_from_this<Run> {
+  Run(std::shared_ptr<ReportUploader> owner, Ask what)
+      : uploader(std::move(owner)), ask(std::move(what)) {}
+  ~Run() {
+    lock.reset();  // before a further run wants it
+    uploader->end(ask.category);
+  }
+  Run(const Run&) = delete;
+  Run& operator=(const Run&) = delete;
+
+  const std::shared_ptr<ReportUploader> uploader;
+  const Ask ask;
+  std::unique_ptr<DocumentsLock> lock;
+  std::vector<std::string> names;
+  /// The file that is tried next; the one before it was tried last.
+  std::size_t next = 0;
+  bool wasLastTaken = false;
+  /// Goes on with the next file.
+  std::shared_ptr<PreparedTask> step;
+};
 
 ReportUploader::ReportUploader(std::shared_ptr<ReportStore> store,
                                std::shared_ptr<BackgroundQueue> backgroundQueue)
     : store_(std::move(store)), backgroundQueue_(std::move(backgroundQueue)) {}
 
-ReportUploader::Category& ReportUploader::categoryOf(const Ask& ask) {
-  return categories_[static_cast<std::size_t>(ask.category)];
+ReportUploader::Category& ReportUploader::categoryOf(ReportCategory category) {
+  return categories_[static_cast<std::size_t>(category)];
 }
 
 void ReportUploader::uploadStoredReports(ReportCategory category,
@@ -20,7 +45,7 @@ void ReportUploader::uploadStoredReports(ReportCategory category,
   Ask ask{category, std::move(client), std::move(identity)};
   {
     const std::lock_guard lock(mutex_);
-    Category& state = categoryOf(ask);
+    Category& state = categoryOf(category);
     if (state.isRunning) {
       if (!state.waiting) state.waiting = std::move(ask);
       return;
@@ -30,53 +55,62 @@ void ReportUploader::uploadStoredReports(ReportCategory category,
   begin(std::move(ask));
 }
 
-void ReportUploader::begin(Ask ask) {
-  auto run = std::make_shared<Run>(Run{std::move(ask), {}, 0, nullptr});
-  backgroundQueue_->post(WorkLane::files, [self = shared_from_this(), run] {
-    run->lock = self->store_->lockUpload(run->ask.category);
-    if (run->lock) run->names = self->store_->reportsOf(run->ask.category);
-    self->tryNext(run);
+// Without memory the reports wait for the next ask.
+void ReportUploader::begin(Ask ask) noexcept {
+  const ReportCategory category = ask.category;
+  SharedRun run;
+  if (!hasMemoryFor([&] { run = std::make_shared<Run>(shared_from_this(), std::move(ask)); })) {
+    return end(category);
+  }
+  run->step = backgroundQueue_->prepare(WorkLane::files, [run = run.get()](const auto& /*owner*/) {
+    run->uploader->goOn(run->shared_from_this());
   });
+  if (run->step) run->step->start(run);
 }
 
-// On the file lane.
-void ReportUploader::tryNext(const std::shared_ptr<Run>& run) {
+// On the file lane, as what follows.
+void ReportUploader::goOn(const SharedRun& run) {
+  if (!run->lock) {
+    run->lock = store_->lockUpload(run->ask.category);
+    if (run->lock) run->names = store_->reportsOf(run->ask.category);
+  } else if (std::exchange(run->wasLastTaken, false)) {
+    hasMemoryFor([&] { store_->removeReport(run->names[run->next - 1]); });
+  }
+  tryNext(run);
+}
+
+void ReportUploader::tryNext(const SharedRun& run) {
   while (run->next < run->names.size()) {
     const std::string& name = run->names[run->next++];
-    if (auto report = store_->readReport(name)) {
-      send(run, name, std::move(*report));
-      return;
-    }
+    const bool isHandedOver = hasMemoryFor([&] {
+      // With an answer or without one: the run goes on when the handler ends.
+      const ReplyHandler handler = {[run](const ResponceObject& response) {
+                                      run->wasLastTaken = response.succeeded();
+                                      run->step->start(run);
+                                    },
+                                    [run] { run->step->start(run); }};
+      hasMemoryFor([&] { send(run, name, handler); });
+    });
+    if (isHandedOver) return;
   }
-  end(*run);
 }
 
-void ReportUploader::send(const std::shared_ptr<Run>& run, const std::string& name, Json report) {
+void ReportUploader::send(const SharedRun& run, const std::string& name,
+                          const ReplyHandler& handler) {
+  std::optional<Json> report = store_->readReport(name);
+  if (!report) return;
+  const JsonDiscarder discarder(report);
   PreparedCall call = run->ask.identity;
   call.requestId = randomUuid();
   call.keys.requestId = call.requestId;
-  run->ask.client->send(
-      call, std::move(report),
-      {[self = shared_from_this(), run, name](const ResponceObject& response) {
-         self->finish(run, name, response.succeeded());
-       },
-       [self = shared_from_this(), run, name] { self->finish(run, name, false); }});
+  run->ask.client->send(call, std::move(*report), handler);
 }
 
-void ReportUploader::finish(const std::shared_ptr<Run>& run, const std::string& name,
-                            bool wasTaken) {
-  backgroundQueue_->post(WorkLane::files, [self = shared_from_this(), run, name, wasTaken] {
-    if (wasTaken) self->store_->removeReport(name);
-    self->tryNext(run);
-  });
-}
-
-void ReportUploader::end(Run& run) {
-  run.lock.reset();
+void ReportUploader::end(ReportCategory category) noexcept {
   std::optional<Ask> further;
   {
     const std::lock_guard lock(mutex_);
-    Category& state = categoryOf(run.ask);
+    Category& state = categoryOf(category);
     further = std::exchange(state.waiting, std::nullopt);
     state.isRunning = further.has_value();
   }

@@ -4,8 +4,6 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "diagnostics/report_store.h"
 #include "network/quorvance_network_manager.h"
@@ -17,9 +15,9 @@ namespace quorvance {
 /// Any thread, guarded by one mutex; the disk is touched on the file lane alone.
 ///
 /// A category's life: idle, until an ask begins a run. A run lists the files once and tries each,
-/// whatever became of the one before. Asks made meanwhile become one further run, under the
-/// identity of the earliest of them, so runs of one category never overlap. A run that another
-/// process has under way is left to that one.
+/// whatever became of the one before, be it lost for want of memory. Asks made meanwhile become one
+/// further run, under the identity of the earliest of them, so runs of one category never overlap.
+/// A run that another process has under way is left to that one. It ends when nobody holds it.
 class ReportUploader : public std::enable_shared_from_this<ReportUploader> {
  public:
   ReportUploader(std::shared_ptr<ReportStore> store,
@@ -36,23 +34,19 @@ class ReportUploader : public std::enable_shared_from_this<ReportUploader> {
     std::shared_ptr<QuorvanceNetworkManager> client;
     PreparedCall identity;
   };
-  struct Run {
-    Ask ask;
-    std::vector<std::string> names;
-    std::size_t next = 0;
-    std::unique_ptr<DocumentsLock> lock;
-  };
+  struct Run;
+  using SharedRun = std::shared_ptr<Run>;
   struct Category {
     bool isRunning = false;
     std::optional<Ask> waiting;
   };
 
-  Category& categoryOf(const Ask& ask);
-  void begin(Ask ask);
-  void tryNext(const std::shared_ptr<Run>& run);
-  void send(const std::shared_ptr<Run>& run, const std::string& name, Json report);
-  void finish(const std::shared_ptr<Run>& run, const std::string& name, bool wasTaken);
-  void end(Run& run);
+  Category& categoryOf(ReportCategory category);
+  void begin(Ask ask) noexcept;
+  void goOn(const SharedRun& run);
+  void tryNext(const SharedRun& run);
+  void send(const SharedRun& run, const std::string& name, const ReplyHandler& handler);
+  void end(ReportCategory category) noexcept;
 
   const std::shared_ptr<ReportStore> store_;
   const std::shared_ptr<BackgroundQueue> backgroundQueue_;

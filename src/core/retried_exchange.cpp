@@ -1,7 +1,10 @@
 #include "core/retried_exchange.h"
 
 #include <chrono>
+#include <new>
 #include <utility>
+
+#include "base/out_of_memory.h"
 
 namespace quorvance {
 namespace {
@@ -10,26 +13,76 @@ constexpr std::chrono::seconds kRetryDelay{10};
 
 }  // namespace
 
+/// One turn of an exchange, held by the work that it waits for. Lost together with that work, it
+/// brings about the next turn.
+class RetriedExchange::Attempt {
+ public:
+  Attempt(const RetriedExchange& exchange, std::shared_ptr<const void> owner)
+      : exchange_(exchange), owner_(std::move(owner)) {}
+  ~Attempt() {
+    if (!isOver_) exchange_.retry_->start(std::move(owner_), kRetryDelay);
+  }
+  Attempt(const Attempt&) = delete;
+  Attempt& operator=(const Attempt&) = delete;
+
+  const std::shared_ptr<const void>& owner() const { return owner_; }
+  void end() { isOver_ = true; }
+
+ private:
+  const RetriedExchange& exchange_;
+  std::shared_ptr<const void> owner_;
+  bool isOver_ = false;
+};
+
 RetriedExchange::RetriedExchange(std::shared_ptr<Context> context,
                                  std::shared_ptr<QuorvanceNetworkManager> client, Rules rules)
-    : context_(std::move(context)), client_(std::move(client)), rules_(std::move(rules)) {}
+    : context_(std::move(context)),
+      client_(std::move(client)),
+      rules_(std::move(rules)),
+      retry_(context_->platform.mainQueue->prepare(
+          [this](const PreparedTask::Owner& owner) { continueIfNeeded(owner); })) {
+  if (!retry_) throw std::bad_alloc();
+}
 
-void RetriedExchange::ask(std::shared_ptr<const void> owner) const {
+void RetriedExchange::ask(const std::shared_ptr<const void>& owner) const noexcept {
+  std::shared_ptr<Attempt> attempt;
+  if (!hasMemoryFor([&] { attempt = std::make_shared<Attempt>(*this, owner); })) {
+    return retry_->start(owner, kRetryDelay);
+  }
+  hasMemoryFor([&] { begin(attempt); });
+}
+
+void RetriedExchange::begin(const std::shared_ptr<Attempt>& attempt) const {
   const OperationTrace trace(*context_->tracing, rules_.traceName);
-  rules_.whenReady([this, owner = std::move(owner), kept = trace.continuation(),
-                    call = client_->prepare(rules_.service)] {
-    client_->send(
-        call, rules_.makeBody(),
-        [this, owner, kept, session = call.session](const ResponceObject& response) mutable {
-          if (!rules_.take({response, session, kept})) askLater(owner);
-        });
+  rules_.whenReady(withinMemory(
+      [this, attempt, kept = trace.continuation(), call = client_->prepare(rules_.service)] {
+        const auto take = [this, attempt, kept,
+                           session = call.session](const ResponceObject& response) mutable {
+          const bool isTaken = rules_.take({response, session, kept});
+          attempt->end();
+          if (!isTaken) askLater(attempt->owner());
+        };
+        client_->send(call, rules_.makeBody(), {take, [attempt] { attempt->end(); }, nullptr});
+      }));
+}
+
+void RetriedExchange::askLater(const std::shared_ptr<const void>& owner) const noexcept {
+  std::shared_ptr<Attempt> attempt;
+  if (!hasMemoryFor([&] { attempt = std::make_shared<Attempt>(*this, owner); })) {
+    return retry_->start(owner, kRetryDelay);
+  }
+  hasMemoryFor([&] {
+    context_->platform.mainQueue->postAfter(kRetryDelay, [this, attempt] {
+      attempt->end();
+      continueIfNeeded(attempt->owner());
+    });
   });
 }
 
-void RetriedExchange::askLater(std::shared_ptr<const void> owner) const {
-  context_->platform.mainQueue->postAfter(kRetryDelay, [this, owner = std::move(owner)] {
-    if (rules_.isNeeded()) ask(owner);
-  });
+void RetriedExchange::continueIfNeeded(const std::shared_ptr<const void>& owner) const {
+  bool isNeeded = true;
+  hasMemoryFor([&] { isNeeded = rules_.isNeeded(); });
+  if (isNeeded) ask(owner);
 }
 
 }  // namespace quorvance

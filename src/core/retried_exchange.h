@@ -17,6 +17,7 @@ namespace quorvance {
 /// its body can be made, and hands the answer over. 10 s after a failure, on the main queue, it is
 /// asked whether the answer is still needed; if so, everything begins anew. There is no limit and
 /// no cancellation, and asks may overlap. A call that ends without an answer by contract ends it.
+/// Work that is lost on the way, for want of memory above all, is a failure too.
 class RetriedExchange {
  public:
   struct Answer {
@@ -41,15 +42,22 @@ class RetriedExchange {
   RetriedExchange(std::shared_ptr<Context> context, std::shared_ptr<QuorvanceNetworkManager> client,
                   Rules rules);
 
-  // `owner` holds this exchange and all that its rules use; the work holds it until it has run.
-  void ask(std::shared_ptr<const void> owner) const;
+  // Nothing is thrown. `owner` holds this exchange and all that its rules use; the work holds it
+  // until it has run.
+  void ask(const std::shared_ptr<const void>& owner) const noexcept;
   /// In 10 s, if the answer is needed then.
-  void askLater(std::shared_ptr<const void> owner) const;
+  void askLater(const std::shared_ptr<const void>& owner) const noexcept;
 
  private:
+  class Attempt;
+  void begin(const std::shared_ptr<Attempt>& attempt) const;
+  void continueIfNeeded(const std::shared_ptr<const void>& owner) const;
+
   const std::shared_ptr<Context> context_;
   const std::shared_ptr<QuorvanceNetworkManager> client_;
   const Rules rules_;
+  // For what is lost: needs no memory.
+  const std::shared_ptr<PreparedTask> retry_;
 };
 
 }  // namespace quorvance

@@ -1,7 +1,10 @@
 #include "core/trace_uploader.h"
 
 #include <chrono>
+#include <new>
 #include <utility>
+
+#include "base/out_of_memory.h"
 
 namespace quorvance {
 namespace {
@@ -10,41 +13,73 @@ constexpr std::chrono::seconds kTraceUploadDelay{30};
 
 }  // namespace
 
+/// One loop, held by the work that its round waits for. Lost together with that work, it is begun
+/// anew.
+class TraceUploader::Loop {
+ public:
+  Loop(TraceUploader& uploader, std::shared_ptr<const void> owner)
+      : uploader_(uploader), owner_(std::move(owner)) {}
+  ~Loop() { uploader_.resumeLost(owner_); }
+  Loop(const Loop&) = delete;
+  Loop& operator=(const Loop&) = delete;
+
+ private:
+  TraceUploader& uploader_;
+  const std::shared_ptr<const void> owner_;
+};
+
 TraceUploader::TraceUploader(std::shared_ptr<Context> context,
                              std::shared_ptr<QuorvanceNetworkManager> client)
-    : context_(std::move(context)), client_(std::move(client)) {}
+    : context_(std::move(context)),
+      client_(std::move(client)),
+      resumption_(context_->platform.mainQueue->prepare(
+          [this](const PreparedTask::Owner& owner) { resume(owner); })) {
+  if (!resumption_) throw std::bad_alloc();
+}
 
-void TraceUploader::start(std::shared_ptr<const void> owner) const {
+void TraceUploader::start(const std::shared_ptr<const void>& owner) noexcept {
+  SharedLoop loop;
+  if (!hasMemoryFor([&] { loop = std::make_shared<Loop>(*this, owner); })) return resumeLost(owner);
+  hasMemoryFor([&] { scheduleRound(loop); });
+}
+
+void TraceUploader::resumeLost(const std::shared_ptr<const void>& owner) noexcept {
+  ++lostLoops_;
+  resumption_->start(owner, kTraceUploadDelay);
+}
+
+void TraceUploader::resume(const std::shared_ptr<const void>& owner) noexcept {
+  for (std::size_t lost = lostLoops_.exchange(0); lost > 0; --lost) start(owner);
+}
+
+void TraceUploader::scheduleRound(const SharedLoop& loop) {
   context_->platform.mainQueue->postAfter(kTraceUploadDelay,
-                                          [this, owner = std::move(owner)] { upload(owner); });
+                                          withinMemory([this, loop] { upload(loop); }));
 }
 
 // The entries become JSON off the main queue.
-void TraceUploader::upload(const std::shared_ptr<const void>& owner) const {
-  if (context_->tracing->isEmpty()) {
-    start(owner);
-    return;
-  }
+void TraceUploader::upload(const SharedLoop& loop) {
+  if (context_->tracing->isEmpty()) return scheduleRound(loop);
   context_->platform.backgroundQueue->post(
       WorkLane::completions,
-      [this, owner, call = client_->prepare(Service::tracingData)] { send(call, owner); });
+      withinMemory(
+          [this, loop, call = client_->prepare(Service::tracingData)] { send(call, loop); }));
 }
 
-void TraceUploader::send(const PreparedCall& call, const std::shared_ptr<const void>& owner) const {
+void TraceUploader::send(const PreparedCall& call, const SharedLoop& loop) {
   Json entries = context_->tracing->entries();
-  if (entries.empty()) {  // another loop's upload has cleared the buffer since
-    start(owner);
-    return;
-  }
+  const JsonDiscarder discarder(entries);
+  // Another loop's upload may have cleared the buffer since.
+  if (entries.empty()) return scheduleRound(loop);
   // Room for "keys", "session" and "version".
   Json body = makeObject(4);
   putMember(body, "tracingData", std::move(entries));
   client_->send(call, std::move(body),
-                {[this, owner](const ResponceObject& response) {
+                {[this, loop](const ResponceObject& response) {
                    if (response.succeeded()) context_->tracing->clear();
-                   start(owner);
+                   scheduleRound(loop);
                  },
-                 [this, owner] { start(owner); }});
+                 [this, loop] { scheduleRound(loop); }});
 }
 
 }  // namespace quorvance

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+#include <cstddef>
 #include <memory>
 
 #include "core/context.h"
@@ -11,20 +13,30 @@ namespace quorvance {
 /// round, be the buffer empty, sent or refused. Any thread.
 ///
 /// A buffer that was sent is cleared; what is added between the copy and the clear is lost with it,
-/// and that is accepted. Loops are not merged: each start begins one more.
+/// and that is accepted. Loops are not merged: each start begins one more. A round that is lost,
+/// for want of memory above all, counts as a refused one.
 class TraceUploader {
  public:
   TraceUploader(std::shared_ptr<Context> context, std::shared_ptr<QuorvanceNetworkManager> client);
 
-  /// `owner` holds this uploader; the loop holds the owner.
-  void start(std::shared_ptr<const void> owner) const;
+  /// `owner` holds this uploader; the loop holds the owner. Nothing is thrown.
+  void start(const std::shared_ptr<const void>& owner) noexcept;
 
  private:
-  void upload(const std::shared_ptr<const void>& owner) const;
-  void send(const PreparedCall& call, const std::shared_ptr<const void>& owner) const;
+  class Loop;
+  using SharedLoop = std::shared_ptr<Loop>;
+
+  void scheduleRound(const SharedLoop& loop);
+  void upload(const SharedLoop& loop);
+  void send(const PreparedCall& call, const SharedLoop& loop);
+  void resume(const std::shared_ptr<const void>& owner) noexcept;
+  void resumeLost(const std::shared_ptr<const void>& owner) noexcept;
 
   const std::shared_ptr<Context> context_;
   const std::shared_ptr<QuorvanceNetworkManager> client_;
+  // For what is lost: needs no memory.
+  std::atomic<std::size_t> lostLoops_{0};
+  const std::shared_ptr<PreparedTask> resumption_;
 };
 
 }  // namespace quorvance

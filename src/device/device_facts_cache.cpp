@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/debug.h"
+#include "base/out_of_memory.h"
 
 namespace quorvance {
 
@@ -63,7 +64,8 @@ void DeviceFactsCache::join(NextRound& next, Task task, void (DeviceFactsCache::
       const std::lock_guard lock(self->mutex_);
       next.reset();
     }
-    (*self.*step)();
+    // What there is no memory for stays unknown.
+    hasMemoryFor([&] { (*self.*step)(); });
     for (const auto& released : round->waiters) released->release();
   });
 }
@@ -105,11 +107,13 @@ void DeviceFactsCache::readInto(Group DeviceFacts::*member,
 void DeviceFactsCache::readSystemOnce() {
   {
     const std::lock_guard lock(mutex_);
-    if (std::exchange(isSystemKnown_, true)) return;
+    if (isSystemKnown_) return;
   }
   SystemFacts system = readSystem(sources_, *texts_);
   texts_->setSystemVersion(system.systemVersion);
   change([&](DeviceFacts& facts) { facts.system = std::move(system); });
+  const std::lock_guard lock(mutex_);
+  isSystemKnown_ = true;
 }
 
 void DeviceFactsCache::readFontsOnce() {

@@ -22,6 +22,7 @@ void CrashDelegates::add(const std::weak_ptr<CrashEyeDelegate>& delegate) {
     return present.delegate.expired() || isSameDelegate(present, delegate);
   });
   next->push_back({delegate});
+  retired_.reserve(retired_.size() + 1);
   std::unique_ptr<const List> old(list_.exchange(next.release()));
   // Somebody may still be reading it; that is at most once a crash.
   if (isRead_.load()) retired_.push_back(std::move(old));

@@ -39,8 +39,9 @@ bool isFilledIn(CrashPlaceholder placeholder, CrashModelType type) {
 CrashReportTemplate templateOf(const CrashModel& model) {
   constexpr std::int64_t kNoTime = 0;
   constexpr std::string_view kNoTimeText = "0";
-  const std::string text =
-      writeJsonIndented(crashReport(model, kNoTime).getJson()).value_or(std::string());
+  Json report = crashReport(model, kNoTime).getJson();
+  const JsonDiscarder discarder(report);
+  const std::string text = writeJsonIndented(report).value_or(std::string());
   std::string_view rest = text;
   CrashReportTemplate reportTemplate;
   for (const PlaceholderMark& mark : kPlaceholderMarks) {

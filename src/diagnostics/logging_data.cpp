@@ -1,5 +1,6 @@
 #include "diagnostics/logging_data.h"
 
+#include <sstream>
 #include <utility>
 
 #include "base/milliseconds.h"
@@ -13,10 +14,20 @@ struct VocabularyTable<StatusLogginType> {
   static constexpr StatusLogginType kLast = StatusLogginType::middle;
 };
 
+namespace {
+
+std::string textOf(std::thread::id thread) {
+  std::ostringstream text;
+  text << "thread " << thread;
+  return text.str();
+}
+
+}  // namespace
+
 Json LoggingData::getJson() const {
   Json object = makeObject(5);
   putMember(object, "date", dateText(timestamp));
-  if (call->threadName) putMember(object, "threadName", *call->threadName);
+  if (call->thread) putMember(object, "threadName", textOf(*call->thread));
   if (call->methodName) putMember(object, "methodName", *call->methodName);
   // The key says "Logging", the type "Loggin".
   if (statusLogginType) {

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "base/json.h"
@@ -18,8 +19,8 @@ enum class StatusLogginType : std::int64_t { start = 0, end = 1, middle = 2 };
 struct LoggingData {
   /// What is traced; the same for every entry of one operation.
   struct Call {
-    /// Null when unknown; one text a thread, shared by its records.
-    std::shared_ptr<const std::string> threadName;
+    /// Absent when unknown.
+    std::optional<std::thread::id> thread;
     std::optional<std::string> methodName;
     std::vector<std::string> paramList;
   };

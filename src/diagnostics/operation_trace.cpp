@@ -1,15 +1,10 @@
 #include "diagnostics/operation_trace.h"
 
-#include <new>
-
 namespace quorvance {
 
 void OperationTrace::end() noexcept {
-  try {
-    tracing_.traceEnd(true, record_);
-  } catch (const std::bad_alloc&) {
-    // The end of an entry is not worth the host's process.
-  }
+  // Nor is its end.
+  hasMemoryFor([&] { tracing_.traceEnd(true, record_); });
 }
 
 }  // namespace quorvance

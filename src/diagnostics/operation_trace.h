@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/out_of_memory.h"
 #include "diagnostics/tracing_manager.h"
 
 namespace quorvance {
@@ -36,9 +37,12 @@ class OperationTrace {
   template <class MakeArguments>
   OperationTrace(TracingManager& tracing, std::string_view name, MakeArguments&& makeArguments)
       : tracing_(tracing) {
-    if (!name.empty() && tracing.isOn(TraceLevel::qvManager)) {
-      record_ = tracing.traceStart(true, name, makeArguments());
-    }
+    // An entry that finds no memory is not worth the operation.
+    hasMemoryFor([&] {
+      if (!name.empty() && tracing.isOn(TraceLevel::qvManager)) {
+        record_ = tracing.traceStart(true, name, makeArguments());
+      }
+    });
   }
   ~OperationTrace() {
     if (record_) end();

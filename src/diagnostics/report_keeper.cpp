@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "base/out_of_memory.h"
+
 namespace quorvance {
 
 ReportKeeper::ReportKeeper(std::shared_ptr<ReportStore> store,
@@ -11,22 +13,39 @@ ReportKeeper::ReportKeeper(std::shared_ptr<ReportStore> store,
       backgroundQueue_(std::move(backgroundQueue)),
       texts_(std::move(texts)) {}
 
+namespace {
+
+/// A report that waits for the disk.
+struct KeptJson {
+  explicit KeptJson(Json value) : report(std::move(value)) {}
+  ~KeptJson() { discardJson(report); }
+  KeptJson(const KeptJson&) = delete;
+  KeptJson& operator=(const KeptJson&) = delete;
+
+  Json report;
+};
+
+}  // namespace
+
+// The place among those that wait is given back with the task, be it lost.
 template <class MakeReport>
 void ReportKeeper::post(MakeReport makeReport, ReportCategory category) {
-  if (waiting_->fetch_add(1) >= kMaxWaitingReports) {
-    waiting_->fetch_sub(1);
-    return;
-  }
+  const bool isFull = waiting_->fetch_add(1) >= kMaxWaitingReports;
+  const std::shared_ptr<void> place(
+      nullptr, [waiting = waiting_](std::nullptr_t) { waiting->fetch_sub(1); });
+  if (isFull) return;
   backgroundQueue_->post(WorkLane::files,
-                         [store = store_, waiting = waiting_, makeReport, category] {
-                           store->storeReport(makeReport(), category);
-                           waiting->fetch_sub(1);
-                         });
+                         withinMemory([store = store_, place, makeReport, category] {
+                           Json report = makeReport();
+                           const JsonDiscarder discarder(report);
+                           store->storeReport(report, category);
+                         }));
 }
 
 void ReportKeeper::storeReport(Json report, ReportCategory category) {
-  auto kept = std::make_shared<const Json>(std::move(report));
-  post([kept]() -> const Json& { return *kept; }, category);
+  const JsonDiscarder discarder(report);
+  auto kept = std::make_shared<KeptJson>(std::move(report));
+  post([kept] { return std::move(kept->report); }, category);
 }
 
 void ReportKeeper::storeReport(ErrorLogData record, ReportCategory category) {

@@ -1,6 +1,5 @@
 #include "diagnostics/tracing_manager.h"
 
-#include <sstream>
 #include <thread>
 #include <utility>
 
@@ -8,16 +7,6 @@
 
 namespace quorvance {
 namespace {
-
-// Made once a thread: it does not change.
-const std::shared_ptr<const std::string>& currentThreadName() {
-  thread_local const auto name = [] {
-    std::ostringstream text;
-    text << "thread " << std::this_thread::get_id();
-    return std::make_shared<const std::string>(text.str());
-  }();
-  return name;
-}
 
 Json jsonOf(const LoggingData& record, SystemTexts& /*texts*/) { return record.getJson(); }
 
@@ -34,9 +23,10 @@ TracingManager::TracingManager(std::shared_ptr<InnerQuorvanceData> state,
 std::optional<LoggingData> TracingManager::traceStart(bool enabled, std::string_view methodName,
                                                       std::vector<std::string> paramList) {
   if (!enabled) return std::nullopt;
-  LoggingData record{state_->now(), StatusLogginType::start,
-                     std::make_shared<const LoggingData::Call>(LoggingData::Call{
-                         currentThreadName(), std::string(methodName), std::move(paramList)})};
+  LoggingData record{
+      state_->now(), StatusLogginType::start,
+      std::make_shared<const LoggingData::Call>(LoggingData::Call{
+          std::this_thread::get_id(), std::string(methodName), std::move(paramList)})};
   add(record);
   return record;
 }

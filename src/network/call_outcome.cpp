@@ -21,6 +21,7 @@ void takeBody(CallOutcome& outcome, const std::string& body) {
     outcome.parseError = parseFailure();
     return;
   }
+  const JsonDiscarder discarder(value);
   if (!value->is_object()) return;
   if (const std::string* requestId = findText(*value, "requestID")) {
     outcome.response.requestId = *requestId;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/debug.h"
+#include "base/out_of_memory.h"
 #include "network/call_outcome.h"
 #include "network/url_text.h"
 
@@ -45,6 +46,11 @@ struct Call {
   bool isTraced = false;
   std::optional<LoggingData> trace;
 
+  Call() = default;
+  ~Call() { discardJson(params); }
+  Call(const Call&) = delete;
+  Call& operator=(const Call&) = delete;
+
   void send(const std::shared_ptr<Call>& self);
   void receive(HttpReply reply, const std::shared_ptr<Call>& self);
   void finish(HttpReply reply);
@@ -52,7 +58,7 @@ struct Call {
 };
 
 void Call::send(const std::shared_ptr<Call>& self) {
-  if (!parsesAsUrl(url)) return;
+  if (!parsesAsUrl(url)) return handler.drop();
   if (!maker.expired()) setMember(params, "version", SystemTexts::sdkVersion());
   if (isInDebugMode()) debugPrint("jsonObj " + debugTextOf(params));
   HttpRequest request{url, std::string(kContentType), {}, kDefaultTimeout};
@@ -62,30 +68,38 @@ void Call::send(const std::shared_ptr<Call>& self) {
   std::optional<std::string> body = writeJson(params);
   if (!body) {
     services->exceptions->logException(bodyFailure());
-    return;
+    return handler.drop();
   }
-  params = Json();
+  discardJson(params);
   request.body = std::move(*body);
-  services->http->send(std::move(request),
-                       [self](HttpReply reply) { self->receive(std::move(reply), self); });
+  services->http->send(std::move(request), [self](HttpReply reply) {
+    hasMemoryFor([&] { self->receive(std::move(reply), self); });
+  });
 }
 
 void Call::receive(HttpReply reply, const std::shared_ptr<Call>& self) {
   auto kept = std::make_shared<HttpReply>(std::move(reply));
   services->backgroundQueue->post(WorkLane::completions,
-                                  [self, kept] { self->finish(std::move(*kept)); });
+                                  withinMemory([self, kept] { self->finish(std::move(*kept)); }));
 }
 
-// Reading the reply is a part of it: a large one holds up no other call's exchange.
+// Reading the reply is a part of it: a large one holds up no other call's exchange. What there is
+// no memory for of its report and its traces does not cost the answer.
 void Call::finish(HttpReply reply) {
   CallOutcome outcome = decideOutcome(std::move(reply), std::move(requestId), std::move(url));
-  if (outcome.isCommunicationError && reportErrors && !maker.expired()) report(outcome);
-  if (outcome.parseError) services->exceptions->logException(*outcome.parseError);
-  if (outcome.isPrinted && isInDebugMode()) {
-    debugPrint("Network Responce: " + outcome.response.text());
-  }
-  services->tracing->traceEnd(isTraced, trace);
-  handler.complete(std::move(outcome.response));
+  ResponceObject& response = outcome.response;
+  const JsonDiscarder discarder(response.output);
+  hasMemoryFor([&] {
+    if (outcome.isCommunicationError && reportErrors && !maker.expired()) report(outcome);
+  });
+  hasMemoryFor([&] {
+    if (outcome.parseError) services->exceptions->logException(*outcome.parseError);
+  });
+  hasMemoryFor([&] {
+    if (outcome.isPrinted && isInDebugMode()) debugPrint("Network Responce: " + response.text());
+  });
+  hasMemoryFor([&] { services->tracing->traceEnd(isTraced, trace); });
+  handler.complete(response);
 }
 
 void Call::report(const CallOutcome& outcome) const {
@@ -107,25 +121,38 @@ void Call::report(const CallOutcome& outcome) const {
 }  // namespace
 
 struct ReplyHandler::Waiting {
-  Waiting(Done whenDone, Dropped whenDropped)
-      : done(std::move(whenDone)), dropped(std::move(whenDropped)) {}
-  ~Waiting() {
-    if (done && dropped) dropped();
-  }
+  Waiting(Done whenDone, Dropped whenDropped, Dropped whenLost)
+      : done(std::move(whenDone)), dropped(std::move(whenDropped)), lost(std::move(whenLost)) {}
+  ~Waiting() { lose(); }
   Waiting(const Waiting&) = delete;
   Waiting& operator=(const Waiting&) = delete;
 
+  void lose() {
+    dropped = nullptr;
+    if (const Dropped tell = std::exchange(lost, nullptr)) hasMemoryFor(tell);
+  }
+
   Done done;
   Dropped dropped;
+  Dropped lost;
 };
 
-ReplyHandler::ReplyHandler(Done done, Dropped dropped)
-    : waiting_(std::make_shared<Waiting>(std::move(done), std::move(dropped))) {}
+ReplyHandler::ReplyHandler(Done done, Dropped dropped, Dropped lost)
+    : waiting_(std::make_shared<Waiting>(std::move(done), std::move(dropped), std::move(lost))) {}
 
-void ReplyHandler::complete(ResponceObject response) const {
+void ReplyHandler::complete(ResponceObject& response) const {
   if (!waiting_) return;
   const Done done = std::exchange(waiting_->done, nullptr);
-  if (done) done(std::move(response));
+  if (done && !hasMemoryFor([&] { done(response); })) return waiting_->lose();
+  waiting_->dropped = nullptr;
+  waiting_->lost = nullptr;
+}
+
+void ReplyHandler::drop() const {
+  if (!waiting_) return;
+  waiting_->done = nullptr;
+  waiting_->lost = nullptr;
+  if (const Dropped tell = std::exchange(waiting_->dropped, nullptr)) tell();
 }
 
 NetworkCallMaker::NetworkCallMaker(CallServices services)
@@ -133,6 +160,7 @@ NetworkCallMaker::NetworkCallMaker(CallServices services)
 
 void NetworkCallMaker::requestFromServer(std::string url, Json params, std::string requestId,
                                          std::optional<bool> reportErrors, ReplyHandler handler) {
+  const JsonDiscarder discarder(params);
   auto call = std::make_shared<Call>();
   call->services = services_;
   call->maker = weak_from_this();
@@ -141,7 +169,7 @@ void NetworkCallMaker::requestFromServer(std::string url, Json params, std::stri
   call->requestId = std::move(requestId);
   call->reportErrors = reportErrors.value_or(true);
   call->handler = std::move(handler);
-  services_->http->dispatch([call] { call->send(call); });
+  services_->http->dispatch(withinMemory([call] { call->send(call); }));
 }
 
 }  // namespace quorvance

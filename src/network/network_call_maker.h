@@ -19,13 +19,14 @@
 
 namespace quorvance {
 
-/// What waits for a call: exactly one of the two runs, once, however many copies there are.
-/// `done` runs on the background queue. `dropped` runs when the call ends without an answer by
-/// contract (a URL that does not parse, a body that cannot be JSON) or when the work that held it
-/// is thrown away; it runs wherever that happens and must only hand work on.
+/// What waits for a call: exactly one of the three runs, once, however many copies there are.
+/// `done` runs on the background queue; what it finds no memory for makes the call a lost one.
+/// `dropped` runs when the call ends without an answer by contract (a URL that does not parse, a
+/// body that cannot be JSON), `lost` when the work that held it is thrown away, for want of memory
+/// above all. Those two run wherever that happens, must only hand work on, and need no memory.
 class ReplyHandler {
  public:
-  using Done = std::function<void(ResponceObject)>;
+  using Done = std::function<void(ResponceObject&)>;
   using Dropped = std::function<void()>;
 
   /// Nobody waits.
@@ -34,9 +35,13 @@ class ReplyHandler {
   template <class Callable>
   requires std::constructible_from<Done, Callable> ReplyHandler(Callable done)
       : ReplyHandler(Done(std::move(done)), nullptr) {}
-  ReplyHandler(Done done, Dropped dropped);
+  /// A lost call is a dropped one.
+  ReplyHandler(Done done, const Dropped& dropped)
+      : ReplyHandler(std::move(done), dropped, dropped) {}
+  ReplyHandler(Done done, Dropped dropped, Dropped lost);
 
-  void complete(ResponceObject response) const;
+  void complete(ResponceObject& response) const;
+  void drop() const;
 
  private:
   struct Waiting;

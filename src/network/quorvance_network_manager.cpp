@@ -33,9 +33,9 @@ PreparedCall QuorvanceNetworkManager::prepare(Service service,
 }
 
 void QuorvanceNetworkManager::send(const PreparedCall& call, Json body, ReplyHandler handler) {
-  // Room for "keys", "session" and "version": an object that grows copies what it holds.
-  auto& members = body.get_ref<Json::object_t&>();
-  members.reserve(members.size() + 3);
+  const JsonDiscarder discarder(body);
+  constexpr std::size_t kOwnMembers = 3;  // "keys", "session" and "version"
+  reserveMembers(body, kOwnMembers);
   setMember(body, "keys", call.keys.getJson());
   call.session.putInto(body);
   callMaker_->requestFromServer(call.url, std::move(body), call.requestId,

@@ -131,10 +131,13 @@ void InnerQuorvanceData::write(StoredKey key, const StoredValue& value) {
 void InnerQuorvanceData::startNewSession() {
   StoredValue id = defaultValue(StoredKey::sessionId);
   StoredValue time = defaultValue(StoredKey::sessionTime);
-  // Under one lock: nobody reads the identifier of one session with the time of another.
+  // In one step: nobody reads the identifier of one session with the time of another, nor do they
+  // part where memory ends.
   const std::lock_guard lock(mutex_);
-  dictData_.insert_or_assign(std::string(rowOf(StoredKey::sessionId).name), std::move(id));
-  dictData_.insert_or_assign(std::string(rowOf(StoredKey::sessionTime).name), std::move(time));
+  auto changed = dictData_;
+  changed.insert_or_assign(std::string(rowOf(StoredKey::sessionId).name), std::move(id));
+  changed.insert_or_assign(std::string(rowOf(StoredKey::sessionTime).name), std::move(time));
+  dictData_.swap(changed);
 }
 
 Session InnerQuorvanceData::currentSession() {

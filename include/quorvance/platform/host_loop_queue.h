@@ -28,7 +28,7 @@ class HostLoopQueue : public MainQueue {
 
   void post(Task task) override;
   void postAfter(std::chrono::milliseconds delay, Task task) override;
-  std::shared_ptr<PreparedTask> prepare(Task task) override;
+  std::shared_ptr<PreparedTask> prepare(PreparedTask::Body body) override;
 
  private:
   class State;

@@ -36,7 +36,7 @@ using HttpCompletion = std::function<void(HttpReply)>;
 /// Sends requests, several at a time, each at most once: a request whose connection dies unanswered
 /// is a transport error and is never repeated. So is a URL with a user name, which would go out as
 /// a header. All of a session's work happens on one thread of its own. Called from any thread;
-/// returns at once, never throws.
+/// returns at once, never throws: what there is no memory for is dropped, outside of all locks.
 class HttpSession {
  public:
   virtual ~HttpSession() = default;

@@ -10,21 +10,26 @@ namespace quorvance {
 
 using Task = std::function<void()>;
 
-/// A task whose place in its queue exists already: starting it needs no memory and cannot fail.
-/// What must happen even when memory runs out is prepared while there still is some.
+/// A task that its queue has made room for beforehand: starting it needs no memory. For what must
+/// happen even when memory has run out.
 class PreparedTask {
  public:
+  using Owner = std::shared_ptr<const void>;
+  /// What the task does; it is given the owner with which it was started.
+  using Body = std::function<void(const Owner& owner)>;
+
   virtual ~PreparedTask() = default;
-  /// Posts the task, after `delay` where the queue knows delays. Any thread. `owner` is held until
-  /// the task has run or is dropped. Started again while it waits, it runs once.
-  virtual void start(std::shared_ptr<void> owner,
-                     std::chrono::milliseconds delay = {}) noexcept = 0;
+  /// Posts the task, after `delay` where the queue knows delays, and holds `owner` until it has run
+  /// or is dropped. Does nothing while the task waits already; once it runs, it can be started
+  /// again. Any thread.
+  virtual void start(Owner owner, std::chrono::milliseconds delay = {}) noexcept = 0;
 };
 
 /// The serial queue on which retries, periodic work and finishing work run. A host with an event
 /// loop of its own gives one that runs there; otherwise the platform runs a thread.
 /// All calls come from any thread, return at once, never run the task inside the call and never
 /// throw: what there is no memory for is dropped. A queue that is destroyed drops what waits.
+/// Tasks are dropped outside of all locks, since one that is dropped may post another.
 class MainQueue {
  public:
   virtual ~MainQueue() = default;
@@ -33,9 +38,9 @@ class MainQueue {
   /// Runs the task once when `delay` has passed on a monotonic clock; of equal times, in the order
   /// of the calls. There is no cancellation.
   virtual void postAfter(std::chrono::milliseconds delay, Task task) = 0;
-  /// Null without memory. Unless a queue does better, the task is merely posted when it is started,
-  /// and then needs memory after all. Must not be started after the end of the queue.
-  virtual std::shared_ptr<PreparedTask> prepare(Task task);
+  /// Null without memory. A queue need not override this: the task is then posted when it is
+  /// started, which needs memory after all. Not to be started after the end of the queue.
+  virtual std::shared_ptr<PreparedTask> prepare(PreparedTask::Body body);
 };
 
 /// What kind of background work a task is; it decides what the task may wait for.
@@ -49,13 +54,13 @@ enum class WorkLane {
 };
 
 /// Background work. Called from any thread, returns at once, never throws: what there is no memory
-/// for is dropped. A hung task of one lane holds up no task of another.
+/// for is dropped, outside of all locks. A hung task of one lane holds up no task of another.
 class BackgroundQueue {
  public:
   virtual ~BackgroundQueue() = default;
   virtual void post(WorkLane lane, Task task) = 0;
   /// As that of a main queue; delays are not kept.
-  virtual std::shared_ptr<PreparedTask> prepare(WorkLane lane, Task task);
+  virtual std::shared_ptr<PreparedTask> prepare(WorkLane lane, PreparedTask::Body body);
 };
 
 }  // namespace quorvance

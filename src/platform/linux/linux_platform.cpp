@@ -128,7 +128,7 @@ Platform makeLinuxPlatform(LinuxPlatformOptions options) {
   if (!platform.mainQueue) platform.mainQueue = std::make_shared<ThreadMainQueue>(retries);
   retries->useTimersOf(platform.mainQueue);
   platform.backgroundQueue = std::make_shared<WorkQueue>(WorkQueue::kIdleTime, retries);
-  platform.http = std::make_shared<CurlHttpSession>();
+  platform.http = std::make_shared<CurlHttpSession>(std::string(), retries);
   platform.documents = std::make_shared<LinuxDocumentsFolder>(options.dataFolder);
   platform.crashTrap = std::make_shared<LinuxCrashTrap>();
   platform.defaults =

@@ -12,7 +12,7 @@
 namespace quorvance {
 namespace {
 
-constexpr const char* kService = "org.freedesktop.GeoClue2";
+constexpr const char* kGeoClueService = "org.freedesktop.GeoClue2";
 constexpr const char* kManagerPath = "/org/freedesktop/GeoClue2/Manager";
 constexpr const char* kManager = "org.freedesktop.GeoClue2.Manager";
 constexpr const char* kClient = "org.freedesktop.GeoClue2.Client";
@@ -24,8 +24,8 @@ constexpr std::uint32_t kExact = 8;
 constexpr std::uint32_t kSecondsBetweenFixes = 60;
 
 std::string signalRule(const std::string& path, const char* member) {
-  return "type='signal',sender='" + std::string(kService) + "',path='" + path + "',member='" +
-         member + "'";
+  return "type='signal',sender='" + std::string(kGeoClueService) + "',path='" + path +
+         "',member='" + member + "'";
 }
 
 /// The properties of a location; those that it does not know stay unset.
@@ -98,7 +98,7 @@ class GeoClue::ServiceWatch : public BusWatch {
  protected:
   void begun() override {
     listen("type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='" +
-               std::string(kService) + "'",
+               std::string(kGeoClueService) + "'",
            [this](BusReader* reader) { ownerChanged(*reader); });
     listen(signalRule(kManagerPath, "PropertiesChanged"), [this](BusReader*) { askManager(); });
     askManager();
@@ -107,7 +107,10 @@ class GeoClue::ServiceWatch : public BusWatch {
 
  private:
   BusCall onService(std::string path, const char* interface, const char* member) const {
-    return {.service = kService, .path = std::move(path), .interface = interface, .member = member};
+    return {.service = kGeoClueService,
+            .path = std::move(path),
+            .interface = interface,
+            .member = member};
   }
 
   /// The name, its old and its new owner.

@@ -14,7 +14,7 @@
 namespace quorvance {
 namespace {
 
-constexpr const char* kService = "org.freedesktop.ModemManager1";
+constexpr const char* kModemService = "org.freedesktop.ModemManager1";
 constexpr std::string_view kModem = "org.freedesktop.ModemManager1.Modem";
 constexpr std::string_view kModem3gpp = "org.freedesktop.ModemManager1.Modem.Modem3gpp";
 constexpr std::string_view kVoice = "org.freedesktop.ModemManager1.Modem.Voice";
@@ -84,7 +84,7 @@ void readObject(BusReader& reader, ManagedObjects& objects) {
 
 ManagedObjects managedObjects(BusQuery& query) {
   ManagedObjects objects;
-  const BusMessage reply = query.ask({.service = kService,
+  const BusMessage reply = query.ask({.service = kModemService,
                                       .path = "/org/freedesktop/ModemManager1",
                                       .interface = "org.freedesktop.DBus.ObjectManager",
                                       .member = "GetManagedObjects"});
@@ -95,7 +95,7 @@ ManagedObjects managedObjects(BusQuery& query) {
 }
 
 std::string simProperty(BusQuery& query, const std::string& path, const char* name) {
-  const BusMessage reply = query.ask({.service = kService,
+  const BusMessage reply = query.ask({.service = kModemService,
                                       .path = path,
                                       .interface = "org.freedesktop.DBus.Properties",
                                       .member = "Get",

@@ -11,8 +11,8 @@
 namespace quorvance {
 namespace {
 
-constexpr const char* kService = "org.freedesktop.impl.portal.PermissionStore";
-constexpr const char* kPath = "/org/freedesktop/impl/portal/PermissionStore";
+constexpr const char* kStoreService = "org.freedesktop.impl.portal.PermissionStore";
+constexpr const char* kStorePath = "/org/freedesktop/impl/portal/PermissionStore";
 
 /// One entry of the store that is followed.
 struct Entry {
@@ -85,10 +85,10 @@ class PermissionStore::StoreWatch : public BusWatch {
 
  protected:
   void begun() override {
-    listen("type='signal',sender='" + std::string(kService) + "',member='Changed'",
+    listen("type='signal',sender='" + std::string(kStoreService) + "',member='Changed'",
            [this](BusReader* reader) { readChange(*reader); });
     listen("type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='" +
-               std::string(kService) + "'",
+               std::string(kStoreService) + "'",
            [this](BusReader*) { lookUpAll(); });
     lookUpAll();
   }
@@ -100,9 +100,9 @@ class PermissionStore::StoreWatch : public BusWatch {
   void lookUpAll() {
     for (const Entry& entry : kEntries) {
       ++unanswered_;
-      call({.service = kService,
-            .path = kPath,
-            .interface = kService,
+      call({.service = kStoreService,
+            .path = kStorePath,
+            .interface = kStoreService,
             .member = "Lookup",
             .texts = {entry.table, entry.id},
             .mayStart = state_->mayStart},

@@ -1,12 +1,12 @@
 #include "platform/linux/facts/root_files.h"
 
+#include <dirent.h>
 #include <limits.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
-#include <system_error>
+#include <memory>
 
 #include "base/text.h"
 #include "platform/linux/storage/private_files.h"
@@ -17,6 +17,10 @@ namespace {
 constexpr std::size_t kMaxNames = 4096;
 /// No name is longer.
 constexpr std::size_t kMaxTextBytes = 1024;
+
+struct DirectoryCloser {
+  void operator()(DIR* directory) const { closedir(directory); }
+};
 
 }  // namespace
 
@@ -40,13 +44,15 @@ std::optional<std::string> RootFiles::fact(std::string_view path) const {
   return whole ? cleanFact(*whole) : std::nullopt;
 }
 
+// Not by the standard library's iterator, which ends the process when it finds no memory.
 std::vector<std::string> RootFiles::names(std::string_view path) const {
   std::vector<std::string> names;
-  std::error_code error;
-  std::filesystem::directory_iterator entry(underRoot(path), error);
-  while (!error && entry != std::filesystem::directory_iterator() && names.size() < kMaxNames) {
-    names.push_back(entry->path().filename().string());
-    entry.increment(error);
+  const std::unique_ptr<DIR, DirectoryCloser> directory(opendir(underRoot(path).c_str()));
+  while (directory && names.size() < kMaxNames) {
+    const dirent* const entry = readdir(directory.get());
+    if (entry == nullptr) break;
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") names.emplace_back(name);
   }
   std::sort(names.begin(), names.end());
   return names;

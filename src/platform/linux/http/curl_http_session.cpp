@@ -13,11 +13,13 @@
 #include <vector>
 
 #include "base/forked_child.h"
+#include "base/out_of_memory.h"
 #include "platform/linux/http/curl_library.h"
 #include "platform/linux/http/curl_transfer.h"
 #include "platform/linux/http/curl_wakeup_pair.h"
 #include "platform/linux/http/url_check.h"
 #include "platform/linux/http/wake_up_event.h"
+#include "platform/linux/threads/library_thread.h"
 #include "platform/linux/threads/process_exit.h"
 
 namespace quorvance {
@@ -36,13 +38,19 @@ HttpReply failedReply(CURLcode code, std::string_view detail = {}) {
 
 }  // namespace
 
-struct CurlHttpSession::State : ExitParticipant {
+struct CurlHttpSession::State : ThreadSeeker, ExitParticipant, std::enable_shared_from_this<State> {
   struct Call {
     HttpRequest request;
     HttpCompletion completion;
   };
 
+  State(std::string trusted, std::shared_ptr<ThreadRetries> threadRetries)
+      : caFile(std::move(trusted)), retries(std::move(threadRetries)) {}
+
+  const std::string caFile;
+  const std::shared_ptr<ThreadRetries> retries;
   std::mutex mutex;
+  LibraryThread thread;
   std::deque<Task> tasks;
   std::deque<Call> waiting;
   // Open before the thread starts.
@@ -55,6 +63,11 @@ struct CurlHttpSession::State : ExitParticipant {
   bool isAtRest = false;
   // The thread has ended, or rests.
   std::condition_variable isDone;
+
+  /// Under the mutex, which is released: what waits reaches the thread.
+  void wake(std::unique_lock<std::mutex>& lock) noexcept;
+  void seekThread() noexcept override;
+  bool startThread() noexcept;
 
   /// Drops what waits, outside of the lock.
   void stop() {
@@ -98,8 +111,7 @@ struct CurlHttpSession::State : ExitParticipant {
 /// What runs on the thread.
 class CurlHttpSession::Worker {
  public:
-  Worker(std::shared_ptr<State> state, std::string caFile)
-      : state_(std::move(state)), caFile_(std::move(caFile)) {}
+  explicit Worker(std::shared_ptr<State> state) : state_(std::move(state)) {}
   ~Worker();
   Worker(const Worker&) = delete;
   Worker& operator=(const Worker&) = delete;
@@ -123,7 +135,6 @@ class CurlHttpSession::Worker {
   void keep(std::unique_ptr<CurlTransfer> transfer);
 
   const std::shared_ptr<State> state_;
-  const std::string caFile_;
   CURLM* multi_ = nullptr;
   std::unordered_map<CURL*, std::unique_ptr<CurlTransfer>> inFlight_;
   std::vector<std::unique_ptr<CurlTransfer>> idle_;
@@ -157,7 +168,7 @@ void CurlHttpSession::Worker::open() {
   if (multi_ != nullptr || !openCurlLibrary()) return;
   multi_ = curl_multi_init();
   if (multi_ == nullptr) return;
-  closeWakeupPairOnExec(multi_);
+  hasMemoryFor([&] { closeWakeupPairOnExec(multi_); });
   constexpr long kConnections = kMaxInFlight;
   curl_multi_setopt(multi_, CURLMOPT_MAX_TOTAL_CONNECTIONS, kConnections);
   curl_multi_setopt(multi_, CURLMOPT_MAXCONNECTS, kConnections);
@@ -173,7 +184,7 @@ void CurlHttpSession::Worker::runTasks() {
   for (; count > 0; --count) {
     const std::optional<Task> task = takeTask();
     if (!task) return;
-    (*task)();
+    hasMemoryFor(*task);
   }
 }
 
@@ -181,7 +192,7 @@ void CurlHttpSession::Worker::startWaiting() {
   while (inFlight_.size() < kMaxInFlight) {
     std::optional<State::Call> call = takeWaiting();
     if (!call) return;
-    startCall(std::move(*call));
+    hasMemoryFor([&] { startCall(std::move(*call)); });
   }
 }
 
@@ -204,11 +215,12 @@ void CurlHttpSession::Worker::startCall(State::Call call) {
   }
   CURL* const handle = transfer->handle();
   const CURLcode code = transfer->start(std::move(call.request), std::move(call.completion));
-  if (code != CURLE_OK || curl_multi_add_handle(multi_, handle) != CURLM_OK) {
-    transfer->takeCompletion()(failedReply(code != CURLE_OK ? code : CURLE_FAILED_INIT));
-    return;
-  }
-  inFlight_.emplace(handle, std::move(transfer));
+  // Before libcurl knows the handle: this needs memory.
+  const auto place = inFlight_.emplace(handle, std::move(transfer)).first;
+  if (code == CURLE_OK && curl_multi_add_handle(multi_, handle) == CURLM_OK) return;
+  const HttpCompletion completion = place->second->takeCompletion();
+  inFlight_.erase(place);
+  completion(failedReply(code != CURLE_OK ? code : CURLE_FAILED_INIT));
 }
 
 void CurlHttpSession::Worker::perform() {
@@ -224,7 +236,7 @@ void CurlHttpSession::Worker::finishDone() {
     const CURLMsg* const message = curl_multi_info_read(multi_, &left);
     if (message == nullptr) return;
     if (message->msg != CURLMSG_DONE) continue;
-    finishOne(message->easy_handle, message->data.result);
+    hasMemoryFor([&] { finishOne(message->easy_handle, message->data.result); });
   }
 }
 
@@ -277,64 +289,80 @@ std::optional<CurlHttpSession::State::Call> CurlHttpSession::Worker::takeWaiting
 }
 
 std::unique_ptr<CurlTransfer> CurlHttpSession::Worker::takeTransfer() {
-  if (idle_.empty()) return std::make_unique<CurlTransfer>(caFile_);
+  if (idle_.empty()) return std::make_unique<CurlTransfer>(state_->caFile);
   std::unique_ptr<CurlTransfer> transfer = std::move(idle_.back());
   idle_.pop_back();
   return transfer;
 }
 
 void CurlHttpSession::Worker::keep(std::unique_ptr<CurlTransfer> transfer) {
-  if (idle_.size() < kMaxIdleTransfers) idle_.push_back(std::move(transfer));
+  if (idle_.size() == kMaxIdleTransfers) return;
+  // At worst the next exchange makes another one.
+  hasMemoryFor([&] { idle_.push_back(std::move(transfer)); });
 }
 
-CurlHttpSession::CurlHttpSession(std::string caFile)
-    : state_(std::make_shared<State>()), caFile_(std::move(caFile)) {}
+// Without a thread or a descriptor everything waits until somebody tries again.
+void CurlHttpSession::State::wake(std::unique_lock<std::mutex>& lock) noexcept {
+  const bool isRefused = !isRunning && !startThread();
+  if (!isRefused && !thread.isCurrent()) wakeUp.signal();
+  lock.unlock();
+  isRefused ? retries->noteRefusal() : retries->retry();
+}
+
+void CurlHttpSession::State::seekThread() noexcept {
+  std::unique_lock lock(mutex);
+  const bool hasWork = !tasks.empty() || !waiting.empty();
+  const bool isRefused = hasWork && !isRunning && !startThread();
+  lock.unlock();
+  if (isRefused) retries->noteRefusal();
+}
+
+// Under the mutex.
+bool CurlHttpSession::State::startThread() noexcept {
+  if (!wakeUp.open()) return false;
+  if (!isWatchingExit) isWatchingExit = joinProcessExit(weak_from_this());
+  if (!isWatchingExit) return false;
+  hasMemoryFor([&] {
+    isRunning = thread.start("qv-net", [self = shared_from_this()] { Worker(self).run(); });
+  });
+  return isRunning;
+}
+
+CurlHttpSession::CurlHttpSession(std::string caFile, std::shared_ptr<ThreadRetries> retries)
+    : state_(std::make_shared<State>(std::move(caFile), retries)) {
+  retries->join(state_);
+}
 
 CurlHttpSession::~CurlHttpSession() {
   if (leakInForkedChild(state_)) return;
   state_->stop();
-  if (!thread_.isCurrent()) state_->awaitEnd();
-  thread_.detach();
+  if (!state_->thread.isCurrent()) state_->awaitEnd();
+  state_->thread.detach();
 }
 
 void CurlHttpSession::dispatch(Task task) {
   if (!task) return;
-  const std::lock_guard lock(state_->mutex);
+  std::unique_lock lock(state_->mutex);
   if (state_->isStopped) return;
-  state_->tasks.push_back(std::move(task));
-  wake();
+  if (hasMemoryFor([&] { state_->tasks.push_back(std::move(task)); })) state_->wake(lock);
 }
 
 void CurlHttpSession::send(HttpRequest request, HttpCompletion completion) {
   if (!completion) completion = [](const HttpReply&) {};
-  const std::lock_guard lock(state_->mutex);
+  // Not made under the lock: what is dropped there may come back here.
+  State::Call call{std::move(request), std::move(completion)};
+  std::unique_lock lock(state_->mutex);
   if (state_->isStopped) return;
   if (state_->waiting.size() < kMaxWaiting) {
-    state_->waiting.push_back({std::move(request), std::move(completion)});
-  } else {
-    state_->tasks.push_back([completion = std::move(completion)] {
+    if (hasMemoryFor([&] { state_->waiting.push_back(std::move(call)); })) state_->wake(lock);
+    return;
+  }
+  lock.unlock();
+  hasMemoryFor([&] {
+    dispatch([completion = std::move(call.completion)] {
       completion(failedReply(CURLE_AGAIN, "too many requests wait"));
     });
-  }
-  wake();
-}
-
-// Under the mutex.
-void CurlHttpSession::wake() {
-  if (!state_->isRunning) {
-    startThread();
-  } else if (!thread_.isCurrent()) {
-    state_->wakeUp.signal();
-  }
-}
-
-// Under the mutex. What cannot be had now is asked for again by the next use.
-void CurlHttpSession::startThread() {
-  if (!state_->wakeUp.open()) return;
-  if (!state_->isWatchingExit) state_->isWatchingExit = joinProcessExit(state_);
-  if (!state_->isWatchingExit) return;
-  state_->isRunning =
-      thread_.start("qv-net", [state = state_, caFile = caFile_] { Worker(state, caFile).run(); });
+  });
 }
 
 }  // namespace quorvance

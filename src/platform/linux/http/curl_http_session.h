@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/linux/threads/library_thread.h"
+#include "platform/linux/threads/thread_retries.h"
 #include "quorvance/platform/http.h"
 
 namespace quorvance {
@@ -12,7 +12,8 @@ namespace quorvance {
 /// HTTP and HTTPS over one thread, with kept connections.
 ///
 /// The thread starts with the first use; when the system has no thread or no descriptor to give,
-/// everything waits and the next use tries again. At most kMaxInFlight exchanges run, each on a
+/// everything waits, and `retries` or the next use tries again. What there is no memory for is
+/// dropped, its completion too. At most kMaxInFlight exchanges run, each on a
 /// connection of its own; more wait for their turn, and a time-out counts from it. Destroying the
 /// session drops every completion that waits, breaks off what is in flight and waits for the
 /// thread, except on the thread itself. When the process ends normally the thread comes to rest out
@@ -25,7 +26,8 @@ class CurlHttpSession : public HttpSession {
   static constexpr std::size_t kMaxWaiting = 1024;
 
   /// `caFile`: certificates to trust instead of the system's; empty stands for those.
-  explicit CurlHttpSession(std::string caFile = {});
+  explicit CurlHttpSession(std::string caFile = {}, std::shared_ptr<ThreadRetries> retries =
+                                                        std::make_shared<ThreadRetries>());
   ~CurlHttpSession() override;
   CurlHttpSession(const CurlHttpSession&) = delete;
   CurlHttpSession& operator=(const CurlHttpSession&) = delete;
@@ -36,13 +38,9 @@ class CurlHttpSession : public HttpSession {
  private:
   struct State;
   class Worker;
-  void wake();
-  void startThread();
 
   // Shared with the thread, which may outlive the session.
   std::shared_ptr<State> state_;
-  const std::string caFile_;
-  LibraryThread thread_;
 };
 
 }  // namespace quorvance

@@ -4,11 +4,13 @@
 #include <cstdio>
 #include <map>
 #include <mutex>
+#include <new>
 #include <set>
 #include <utility>
 
 #include "base/debug.h"
 #include "base/json.h"
+#include "base/out_of_memory.h"
 #include "platform/linux/storage/file_lock.h"
 #include "platform/linux/storage/private_files.h"
 
@@ -77,6 +79,7 @@ const char* JsonFileStore::StateFile::merge(const Keys& keys, const Entries& ent
   if (lock.outcome() != FileLock::Outcome::held) return "it cannot be locked";
   const SmallFile file = load();
   std::optional<Json> object = objectIn(file);
+  const JsonDiscarder discarder(object);
   const bool isNew = !object || file.outcome == SmallFile::Outcome::missing;
   if (!object) {
     if (!isSpoilt(file)) return "it cannot be read";
@@ -124,48 +127,59 @@ struct JsonFileStore::State {
   Entries entries;
   // Those whose texts the disk may not have.
   Keys unwritten;
-  // A task that will take `unwritten` waits on the file lane.
-  bool isDiskAsked = false;
+  // Flushes on the file lane. Made beforehand: asking for it needs no memory.
+  std::shared_ptr<PreparedTask> flushTask;
 
   bool load();
   void change(std::string_view key, std::string_view text);
-  void bringToDisk();
+  void flush();
 };
 
 // Under the mutex. Whether there is a file that cannot be used.
 bool JsonFileStore::State::load() {
-  if (std::exchange(isLoaded, true) || !file) return false;
-  const std::optional<Json> object = objectIn(file->load());
+  if (isLoaded) return false;
+  std::optional<Json> object = file ? objectIn(file->load()) : Json::object();
+  const JsonDiscarder discarder(object);
   if (object) entries = entriesOf(*object);
+  isLoaded = true;
   return !object;
 }
 
-// Under the mutex. What memory had before says nothing of the file, which others write too.
+// Under the mutex. What memory had before says nothing of the file, which others write too. Without
+// memory at most a key is written again whose text is the same.
 void JsonFileStore::State::change(std::string_view key, std::string_view text) {
-  entries[std::string(key)] = {StoredEntry::Kind::text, std::string(text)};
+  StoredEntry entry = {StoredEntry::Kind::text, std::string(text)};
   if (file) unwritten.emplace(key);
+  entries.insert_or_assign(std::string(key), std::move(entry));
 }
 
-void JsonFileStore::State::bringToDisk() {
+void JsonFileStore::State::flush() {
   Keys keys;
-  Entries known;
+  const char* problem = "it needs more memory than there is";
+  hasMemoryFor([&] {
+    Entries known;
+    {
+      const std::lock_guard lock(mutex);
+      known = entries;
+      keys.swap(unwritten);
+    }
+    problem = keys.empty() ? nullptr : file->merge(keys, known);
+  });
+  if (problem == nullptr) return;
   {
     const std::lock_guard lock(mutex);
-    isDiskAsked = false;
-    keys.swap(unwritten);
-    if (keys.empty()) return;
-    known = entries;
+    unwritten.merge(keys);
   }
-  const char* const problem = file->merge(keys, known);
-  if (problem == nullptr) return;
   sayOfState(file->path(), problem);
-  const std::lock_guard lock(mutex);
-  unwritten.merge(keys);
 }
 
 JsonFileStore::JsonFileStore(std::optional<std::string> folder,
                              std::shared_ptr<BackgroundQueue> queue)
-    : state_(std::make_shared<State>(std::move(folder))), queue_(std::move(queue)) {}
+    : state_(std::make_shared<State>(std::move(folder))), queue_(std::move(queue)) {
+  state_->flushTask = queue_->prepare(
+      WorkLane::files, [state = state_.get()](const PreparedTask::Owner&) { state->flush(); });
+  if (!state_->flushTask) throw std::bad_alloc();
+}
 
 void JsonFileStore::load() {
   bool isUnusable = false;
@@ -197,9 +211,9 @@ void JsonFileStore::synchronize() { askForDisk(); }
 void JsonFileStore::askForDisk() {
   {
     const std::lock_guard lock(state_->mutex);
-    if (state_->unwritten.empty() || std::exchange(state_->isDiskAsked, true)) return;
+    if (state_->unwritten.empty()) return;
   }
-  queue_->post(WorkLane::files, [state = state_] { state->bringToDisk(); });
+  state_->flushTask->start(state_);
 }
 
 }  // namespace quorvance

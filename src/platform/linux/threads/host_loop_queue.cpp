@@ -81,8 +81,8 @@ void HostLoopQueue::postAfter(std::chrono::milliseconds delay, Task task) {
   if (!isForkedChild()) state_->post(delay, std::move(task));
 }
 
-std::shared_ptr<PreparedTask> HostLoopQueue::prepare(Task task) {
-  return state_->prepare(std::move(task));
+std::shared_ptr<PreparedTask> HostLoopQueue::prepare(PreparedTask::Body body) {
+  return state_->prepare(std::move(body));
 }
 
 }  // namespace quorvance

@@ -72,8 +72,8 @@ void ThreadMainQueue::postAfter(std::chrono::milliseconds delay, Task task) {
   retries_->retry();
 }
 
-std::shared_ptr<PreparedTask> ThreadMainQueue::prepare(Task task) {
-  return state_->prepare(std::move(task));
+std::shared_ptr<PreparedTask> ThreadMainQueue::prepare(PreparedTask::Body body) {
+  return state_->prepare(std::move(body));
 }
 
 }  // namespace quorvance

@@ -13,7 +13,7 @@ void ThreadRetries::join(std::weak_ptr<ThreadSeeker> seeker) noexcept {
 
 void ThreadRetries::useTimersOf(const std::shared_ptr<MainQueue>& queue) {
   timers_ = queue;
-  timer_ = queue->prepare([weak = weak_from_this()] {
+  timer_ = queue->prepare([weak = weak_from_this()](const PreparedTask::Owner&) {
     if (const auto retries = weak.lock()) retries->retry();
   });
 }

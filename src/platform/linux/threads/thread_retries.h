@@ -42,7 +42,7 @@ class ThreadRetries : public std::enable_shared_from_this<ThreadRetries> {
  private:
   void retryAll() noexcept;
 
-  static constexpr std::size_t kMaxSeekers = 3;
+  static constexpr std::size_t kMaxSeekers = 4;
   std::array<std::weak_ptr<ThreadSeeker>, kMaxSeekers> seekers_;
   std::size_t seekerCount_ = 0;
   std::weak_ptr<MainQueue> timers_;

@@ -74,6 +74,9 @@ TEST(ThreadRetriesTest, WhateverRunsTriesAgain) {
     platform.backgroundQueue->post(WorkLane::facts, task);
   });
   EXPECT_TRUE(facts.isDone());
+  RefusedWork network([&](const Task& task) { platform.http->dispatch(task); });
+  platform.backgroundQueue->post(WorkLane::files, [] {});
+  EXPECT_TRUE(network.isDone());
 }
 
 TEST(ThreadRetriesTest, WhatIsWatchedIsToldOnceThereIsAThread) {

@@ -9,10 +9,10 @@ namespace quorvance {
 /// Has its node while it does not wait.
 class TimedQueue::Prepared : public PreparedTask, public std::enable_shared_from_this<Prepared> {
  public:
-  Prepared(std::weak_ptr<TimedQueue> queue, Task task)
-      : weakQueue_(std::move(queue)), task_(std::move(task)), node_(TimedTasks::makeNode({})) {}
+  Prepared(std::weak_ptr<TimedQueue> queue, Body body)
+      : weakQueue_(std::move(queue)), body_(std::move(body)), node_(TimedTasks::makeNode({})) {}
 
-  void start(std::shared_ptr<void> owner, std::chrono::milliseconds delay) noexcept override {
+  void start(Owner owner, std::chrono::milliseconds delay) noexcept override {
     const std::shared_ptr<TimedQueue> queue = weakQueue_.lock();
     if (!queue) return;
     const std::lock_guard lock(queue->mutex_);
@@ -24,11 +24,11 @@ class TimedQueue::Prepared : public PreparedTask, public std::enable_shared_from
 
   /// Under the queue's mutex.
   void takeBack(TimedTasks::Node node) noexcept { node_ = std::move(node); }
-  void run() const { task_(); }
+  void run(const Owner& owner) const { body_(owner); }
 
  private:
   const std::weak_ptr<TimedQueue> weakQueue_;
-  const Task task_;
+  const Body body_;
   TimedTasks::Node node_;
 };
 
@@ -47,9 +47,9 @@ void TimedQueue::add(std::chrono::milliseconds delay, TimedTasks::Node node) noe
   if (tasks_.nextDue() != before) onNewFirst();
 }
 
-std::shared_ptr<PreparedTask> TimedQueue::prepare(Task task) noexcept {
+std::shared_ptr<PreparedTask> TimedQueue::prepare(PreparedTask::Body body) noexcept {
   std::shared_ptr<PreparedTask> prepared;
-  hasMemoryFor([&] { prepared = std::make_shared<Prepared>(weak_from_this(), std::move(task)); });
+  hasMemoryFor([&] { prepared = std::make_shared<Prepared>(weak_from_this(), std::move(body)); });
   return prepared;
 }
 
@@ -69,7 +69,7 @@ bool TimedQueue::runDue(std::unique_lock<std::mutex>& lock, Clock::time_point no
   auto prepared = std::static_pointer_cast<Prepared>(std::move(item.prepared));
   if (prepared) prepared->takeBack(std::move(node));  // it may be started again
   lock.unlock();
-  hasMemoryFor([&] { prepared ? prepared->run() : item.task(); });
+  hasMemoryFor([&] { prepared ? prepared->run(item.owner) : item.task(); });
   // What they hold may call back into the queue.
   item = {};
   prepared.reset();

@@ -24,7 +24,7 @@ class TimedQueue : public std::enable_shared_from_this<TimedQueue> {
   /// Without memory the task is dropped.
   void post(std::chrono::milliseconds delay, Task task) noexcept;
   /// Null without memory.
-  std::shared_ptr<PreparedTask> prepare(Task task) noexcept;
+  std::shared_ptr<PreparedTask> prepare(PreparedTask::Body body) noexcept;
   /// Drops what waits and takes nothing more.
   void stop() noexcept;
 

@@ -21,7 +21,7 @@ class TimedTasks {
   struct Item {
     Task task;
     std::shared_ptr<PreparedTask> prepared;
-    std::shared_ptr<void> owner;
+    PreparedTask::Owner owner;
   };
 
  private:

@@ -36,7 +36,7 @@ class WorkQueue::State : public ThreadSeeker,
       : idleTime_(idleTime), retries_(std::move(retries)) {}
 
   void post(WorkLane lane, Task task) noexcept;
-  std::shared_ptr<PreparedTask> prepare(WorkLane lane, Task task) noexcept;
+  std::shared_ptr<PreparedTask> prepare(WorkLane lane, PreparedTask::Body body) noexcept;
   /// Drops what waits and, unless the caller is one of the threads, waits for what runs.
   void end() noexcept;
   void seekThread() noexcept override;
@@ -51,7 +51,7 @@ class WorkQueue::State : public ThreadSeeker,
   struct Item {
     Task task = nullptr;
     std::shared_ptr<Prepared> prepared = nullptr;
-    std::shared_ptr<void> owner = nullptr;
+    PreparedTask::Owner owner = nullptr;
     std::uint64_t number = 0;
   };
   /// One item in a node of its own, made beforehand: adding it needs no memory.
@@ -97,10 +97,10 @@ class WorkQueue::State : public ThreadSeeker,
 class WorkQueue::State::Prepared : public PreparedTask,
                                    public std::enable_shared_from_this<Prepared> {
  public:
-  Prepared(std::shared_ptr<State> state, WorkLane lane, Task task)
-      : state_(std::move(state)), lane_(lane), task_(std::move(task)), node_(1) {}
+  Prepared(std::shared_ptr<State> state, WorkLane lane, Body body)
+      : state_(std::move(state)), lane_(lane), body_(std::move(body)), node_(1) {}
 
-  void start(std::shared_ptr<void> owner, std::chrono::milliseconds /*delay*/) noexcept override {
+  void start(Owner owner, std::chrono::milliseconds /*delay*/) noexcept override {
     std::unique_lock lock(state_->mutex_);
     if (state_->isStopped_ || node_.empty()) return;
     node_.front().prepared = shared_from_this();
@@ -110,12 +110,12 @@ class WorkQueue::State::Prepared : public PreparedTask,
 
   /// Under the state's mutex.
   void takeBack(Node& node) noexcept { node_.splice(node_.begin(), node); }
-  void run() const { task_(); }
+  void run(const Owner& owner) const { body_(owner); }
 
  private:
   const std::shared_ptr<State> state_;
   const WorkLane lane_;
-  const Task task_;
+  const Body body_;
   Node node_;
 };
 
@@ -127,10 +127,11 @@ void WorkQueue::State::post(WorkLane lane, Task task) noexcept {
   if (!isStopped_) add(lane, node, lock);
 }
 
-std::shared_ptr<PreparedTask> WorkQueue::State::prepare(WorkLane lane, Task task) noexcept {
+std::shared_ptr<PreparedTask> WorkQueue::State::prepare(WorkLane lane,
+                                                        PreparedTask::Body body) noexcept {
   std::shared_ptr<PreparedTask> prepared;
   hasMemoryFor(
-      [&] { prepared = std::make_shared<Prepared>(shared_from_this(), lane, std::move(task)); });
+      [&] { prepared = std::make_shared<Prepared>(shared_from_this(), lane, std::move(body)); });
   return prepared;
 }
 
@@ -256,7 +257,7 @@ void WorkQueue::State::runNext(Lane& lane, std::unique_lock<std::mutex>& lock) {
   if (item.prepared) item.prepared->takeBack(node);  // it may be started again
   ++lane.running;
   lock.unlock();
-  hasMemoryFor([&] { item.prepared ? item.prepared->run() : item.task(); });
+  hasMemoryFor([&] { item.prepared ? item.prepared->run(item.owner) : item.task(); });
   item = {};  // what it holds may call back into the queue
   node.clear();
   retries_->retry();
@@ -275,8 +276,8 @@ WorkQueue::~WorkQueue() {
 
 void WorkQueue::post(WorkLane lane, Task task) { state_->post(lane, std::move(task)); }
 
-std::shared_ptr<PreparedTask> WorkQueue::prepare(WorkLane lane, Task task) {
-  return state_->prepare(lane, std::move(task));
+std::shared_ptr<PreparedTask> WorkQueue::prepare(WorkLane lane, PreparedTask::Body body) {
+  return state_->prepare(lane, std::move(body));
 }
 
 bool WorkQueue::drain(WorkLane lane, std::chrono::steady_clock::time_point deadline) {

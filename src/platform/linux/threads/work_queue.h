@@ -33,7 +33,7 @@ class WorkQueue : public BackgroundQueue {
   WorkQueue& operator=(const WorkQueue&) = delete;
 
   void post(WorkLane lane, Task task) override;
-  std::shared_ptr<PreparedTask> prepare(WorkLane lane, Task task) override;
+  std::shared_ptr<PreparedTask> prepare(WorkLane lane, PreparedTask::Body body) override;
   /// Waits until the lane has finished what was posted before, at once when there is nothing; false
   /// when `deadline` comes first. Only for a lane that runs one task at a time, and not from one of
   /// its tasks.

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "network/risk_verdict.h"
+#include "quorvance/platform/queues.h"
+#include "quorvance/quorvance_manager.h"
+
+namespace quorvance {
+
+/// A verdict that the host waits for. Its completion runs once, on the background queue: with the
+/// server's answer, or without one when the call is given up, which needs no memory.
+class PendingVerdict {
+ public:
+  explicit PendingVerdict(std::shared_ptr<BackgroundQueue> queue);
+  PendingVerdict(const PendingVerdict&) = delete;
+  PendingVerdict& operator=(const PendingVerdict&) = delete;
+
+  /// False when there was no memory to make it.
+  bool isUsable() const { return notice_ != nullptr; }
+  void waitFor(RiskCompletion completion) { completion_ = std::move(completion); }
+  /// Of the call; empty before.
+  void setRequestId(std::string requestId) { requestId_ = std::move(requestId); }
+
+  /// On the background queue.
+  void answer(const ResponceObject& response);
+  /// Any thread, again and again.
+  static void giveUp(const std::shared_ptr<PendingVerdict>& verdict) noexcept;
+
+ private:
+  void deliver(RiskVerdict verdict);
+
+  // Outlives the notice.
+  const std::shared_ptr<BackgroundQueue> queue_;
+  const std::shared_ptr<PreparedTask> notice_;
+  RiskCompletion completion_;
+  std::string requestId_;
+  std::atomic<bool> isDelivered_{false};
+};
+
+/// Makes pending verdicts, and has some ready for when memory is short. Any thread.
+class PendingVerdicts {
+ public:
+  /// So many host calls may find no memory at all at one time.
+  static constexpr std::size_t kReserve = 16;
+
+  /// Throws std::bad_alloc.
+  explicit PendingVerdicts(std::shared_ptr<BackgroundQueue> queue);
+  /// Null without memory and with the reserve used up.
+  std::shared_ptr<PendingVerdict> take();
+
+ private:
+  std::shared_ptr<PendingVerdict> make();
+
+  const std::shared_ptr<BackgroundQueue> queue_;
+  std::mutex mutex_;
+  std::vector<std::shared_ptr<PendingVerdict>> reserve_;
+};
+
+/// Hands the host a verdict without an answer and without a request.
+void deliverAnswerless(const RiskCompletion& completion) noexcept;
+
+}  // namespace quorvance

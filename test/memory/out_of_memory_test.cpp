@@ -1,0 +1,65 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/testing/temporary_folder_test_support.h"
+#include "test/child_process.h"
+#include "test/child_programs.h"
+#include "test/real_world_test_support.h"
+
+namespace quorvance {
+namespace {
+
+/// Runs hosts whose memory runs out, against a server that goes on.
+class OutOfMemoryTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (kMemoryChildProgram == nullptr) GTEST_SKIP() << "a sanitizer brings its own allocator";
+  }
+
+  /// Whether the host ended normally, and each of its verdicts had come once.
+  testing::AssertionResult endsWell(std::vector<std::string> how) {
+    const TemporaryFolder folder;
+    how.insert(how.begin(), {kMemoryChildProgram, world_.server.url(), folder.path()});
+    const ProcessEnd end = ChildProcess(std::move(how)).waitForEnd();
+    if (end.exitStatus == 0) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << "signal " << end.signal << ", status " << end.exitStatus
+                                       << ", hanging " << end.wasHanging;
+  }
+
+  RealWorld world_;
+};
+
+TEST_F(OutOfMemoryTest, AllocationsThatFailAtRandomCostNoVerdictAndThrowNothing) {
+  world_.server.setConfiguration(nlohmann::ordered_json::parse(
+      R"({"timeout_connection": 10,
+          "tracing_manager": {"level_qv_manager": true, "level_sending_data": true}})"));
+  for (const char* const oneIn : {"4", "40", "400"}) {
+    for (int seed = 0; seed < 20; ++seed) {
+      EXPECT_TRUE(endsWell({"random", std::to_string(seed), oneIn})) << seed << " in " << oneIn;
+    }
+  }
+}
+
+TEST_F(OutOfMemoryTest, LargeRepliesInLittleAddressSpaceCostNoVerdict) {
+  constexpr std::size_t kReplyBytes = 8'000'000;
+  constexpr std::size_t kTexts = 60'000;
+  const std::string large = R"({"risk":1,"more":")" + std::string(kReplyBytes, 'x') + "\"}";
+  std::string many = R"({"risk":1,"more":[1)";
+  for (std::size_t i = 0; i < kTexts; ++i) {
+    many += ",\"" + std::string(kReplyBytes / kTexts, 'x') + '"';
+  }
+  many += "]}";
+  for (const std::string& body : {many, large}) {
+    world_.server.setFaults(nlohmann::ordered_json::array(
+                                {{{"path", "/qrsk-med/3.0/GetCheckpointRisk/"}, {"body", body}}})
+                                .dump());
+    for (const char* const megabytes : {"20", "70"}) {
+      EXPECT_TRUE(endsWell({"limit", megabytes})) << megabytes;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace quorvance
