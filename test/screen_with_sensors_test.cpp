@@ -1,7 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <fstream>
-
 #include "test/motion/sensor_rows_test_support.h"
 
 namespace quorvance {
@@ -13,11 +11,9 @@ using testing::Pointwise;
 constexpr double kTolerance = 1e-6;
 
 /// A chip that is turned by a quarter about z, beside a compass.
-void putSensors(const std::filesystem::path& root) {
+void putSensors(const TemporaryFolder& root) {
   const auto put = [&](const std::string& name, const char* text) {
-    const auto file = root / ("sys/bus/iio/devices/iio:device" + name);
-    std::filesystem::create_directories(file.parent_path());
-    std::ofstream(file) << text;
+    root.put("sys/bus/iio/devices/iio:device" + name, text);
   };
   put("0/in_accel_x_raw", "-1000\n");
   put("0/in_accel_y_raw", "10\n");
@@ -38,11 +34,11 @@ void putSensors(const std::filesystem::path& root) {
 // The kernel tells m/s^2 of what holds the device against gravity, and gauss.
 TEST(ScreenWithSensorsTest, FilesOfTheKernelBecomeTheRowsOfTheBody) {
   const RealWorld world;
-  const ScratchFolder root;
-  putSensors(root.path());
+  const TemporaryFolder root;
+  putSensors(root);
   LinuxPlatformOptions options;
   options.root = root.path();
-  options.dataFolder = world.folder.path() + "/data";
+  options.dataFolder = world.folder.at("data");
   const Platform platform = makeLinuxPlatform(std::move(options));
   EXPECT_THAT(lastRowAtServer(world, platform),
               Pointwise(DoubleNear(kTolerance),
