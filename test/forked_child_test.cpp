@@ -8,6 +8,7 @@
 #include "platform/testing/forked_child_test_support.h"
 #include "platform/testing/test_world.h"
 #include "quorvance/account_check_points.h"
+#include "quorvance/platform/gesture.h"
 #include "quorvance/platform/host_loop_queue.h"
 #include "test/real_world_test_support.h"
 
@@ -30,11 +31,13 @@ TEST(ForkedChildTest, EveryOperationReturnsAtOnceAndDoesNothing) {
   static auto* const world = new TestWorld();
   static_cast<void>(QuorvanceManager::usePlatform(world->platform()));
   const auto manager = QuorvanceManager::shared();
+  const auto listener = manager->startNewScreenListener(ScreenListenerType::PINCODE, 1, nullptr);
   std::atomic<bool> isOver{false};
   std::thread busy([&] {
     while (!isOver) {
       QuorvanceManager::shared()->setUserId("u");
       QuorvanceManager::setShared(manager);
+      for (int i = 0; i < 100; ++i) listener->pauseListenToSensors();
     }
   });
   for (int i = 0; i < 20; ++i) {
@@ -49,6 +52,12 @@ TEST(ForkedChildTest, EveryOperationReturnsAtOnceAndDoesNothing) {
       isIdle = isIdle && !QuorvanceManager::usePlatform({});
       QuorvanceManager::setShared(nullptr);
       QuorvanceManager::log("nothing");
+      listener->resumeListen();
+      listener->pauseListenToSensors();
+      listener->handleTouches(QuorvanceGestureRecognizer(nullptr));
+      listener->finishScreenListener();
+      manager->startNewScreenListener(ScreenListenerType::PINCODE, 1, nullptr)
+          ->finishScreenListener();
       if (!isIdle) _exit(4);
     }));
   }

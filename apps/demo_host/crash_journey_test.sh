@@ -17,7 +17,7 @@ count_reports() {
 }
 
 play() {
-  "$demo" "$journeys/$1.json" --risk-server "$server" --data-folder "$folder/data" \
+  "$demo" "$journeys/$1.json" --fast --risk-server "$server" --data-folder "$folder/data" \
     --log "$folder/$1.log"
 }
 

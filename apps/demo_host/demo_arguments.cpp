@@ -28,6 +28,7 @@ const std::map<std::string, bool DemoOptions::*>& flags() {
       {"--debug", &DemoOptions::debug},       {"--stay", &DemoOptions::stays},
       {"--open", &DemoOptions::opensConsole}, {"--plain", &DemoOptions::reportIsPlain},
       {"--inspect", &DemoOptions::inspect},   {"--json", &DemoOptions::json},
+      {"--fast", &DemoOptions::fast},
   };
   return kFlags;
 }
@@ -89,6 +90,7 @@ std::string demoUsage() {
          "personal\n"
          "                         data unless --plain\n"
          "  --debug                the library prints its diagnostic lines; it tells more fields\n"
+         "  --fast                 screens are replayed without waiting, at their recorded times\n"
          "  --inspect              print every field with its source, its cost, and what it is "
          "sent "
          "with\n"

@@ -18,6 +18,8 @@ struct DemoOptions {
   // Absent: a temporary folder, so that every demo begins on a fresh device.
   std::optional<std::filesystem::path> dataFolder;
   bool debug = false;
+  // Screens are replayed without waiting.
+  bool fast = false;
   // No journey: what the library tells of this device is printed, for people or for programs.
   bool inspect = false;
   bool json = false;

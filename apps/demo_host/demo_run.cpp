@@ -13,6 +13,7 @@
 #include "apps/demo_host/inspection_printer.h"
 #include "apps/demo_host/journey.h"
 #include "apps/demo_host/journey_player.h"
+#include "apps/demo_host/screen_player.h"
 #include "apps/demo_host/server_process.h"
 #include "apps/demo_host/server_tally.h"
 #include "apps/demo_host/server_url.h"
@@ -78,13 +79,26 @@ std::string serverUrlFor(const DemoOptions& options, const ServerFiles& files, c
   return url;
 }
 
-std::shared_ptr<quorvance::QuorvanceManager> makeManager(const Journey& journey, StateFolder& state,
-                                                         bool debug) {
+// A toolkit, sensors and a clock that a recording drives stand in the platform's place of them.
+ReplayPlatform putReplayInto(quorvance::Platform& platform, bool fast) {
+  ReplayPlatform replay{std::make_shared<ReplayMotion>(platform.mainQueue),
+                        std::make_shared<ReplayClock>(),
+                        fast ? ReplayPace::fast : ReplayPace::real};
+  platform.motion = replay.motion;
+  platform.clock = replay.clock;
+  return replay;
+}
+
+quorvance::Platform makePlatform(const Journey& journey, StateFolder& state) {
   quorvance::LinuxPlatformOptions options;
   options.hostApplication = journey.setup.application;
   options.dataFolder = state.path().string();
   quorvance::Platform platform = quorvance::makeLinuxPlatform(std::move(options));
   state.isWrittenBy(platform.backgroundQueue);
+  return platform;
+}
+
+std::shared_ptr<quorvance::QuorvanceManager> makeManager(quorvance::Platform platform, bool debug) {
   if (!quorvance::QuorvanceManager::usePlatform(std::move(platform))) {
     throw RunError("the library is in use already");
   }
@@ -119,8 +133,10 @@ JourneyResult playJourney(const DemoOptions& options, const Journey& journey, co
   const std::string url = serverUrlFor(options, journey.server, log, server, printer);
   const std::optional<Tally> before = fetchTally(url);
   StateFolder state(options.dataFolder);
-  const auto manager = makeManager(journey, state, options.debug);
-  JourneyPlayer player(*manager, printer);
+  quorvance::Platform platform = makePlatform(journey, state);
+  const ReplayPlatform replay = putReplayInto(platform, options.fast);
+  const auto manager = makeManager(std::move(platform), options.debug || journey.setup.debug);
+  JourneyPlayer player(*manager, printer, replay);
   player.setUp(journey.setup, url);
   printer.print("session            " + manager->getSessionId().value_or("none"));
   printer.printHeading();

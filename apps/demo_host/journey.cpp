@@ -12,6 +12,8 @@ namespace {
 
 using quorvance::CheckPointType;
 
+using Folder = std::filesystem::path;
+
 constexpr const char* kNoteKey = "note";
 constexpr std::size_t kMaxNoteBytes = 80;
 
@@ -70,7 +72,7 @@ std::optional<Outcome> readOutcome(ObjectReader& reader, CheckPointType type) {
   return Outcome{*status, transactionId};
 }
 
-Action readCheckPointStep(ObjectReader& reader) {
+Action readCheckPointStep(ObjectReader& reader, const Folder& /*folder*/) {
   std::shared_ptr<const quorvance::CheckPoint> checkPoint =
       buildCheckPoint(reader.require("checkpoint"), reader.placeOf("checkpoint"));
   const bool isReport =
@@ -84,42 +86,68 @@ Action readCheckPointStep(ObjectReader& reader) {
   return ReportStep{std::move(checkPoint)};
 }
 
-Action readWaitStep(ObjectReader& reader) {
+Action readWaitStep(ObjectReader& reader, const Folder& /*folder*/) {
   return WaitStep{std::chrono::milliseconds(*reader.integer("wait", 0, kMaxWait.count()))};
 }
 
-Action readLogoutStep(ObjectReader& reader) {
+Action readLogoutStep(ObjectReader& reader, const Folder& /*folder*/) {
   if (!*reader.boolean("logout")) throw PlacedError(reader.placeOf("logout"), "can only be true");
   return LogoutStep{};
 }
 
-Action readUserStep(ObjectReader& reader) { return UserStep{requireText(reader, "user")}; }
+Action readUserStep(ObjectReader& reader, const Folder& /*folder*/) {
+  return UserStep{requireText(reader, "user")};
+}
 
-Action readPermissionStep(ObjectReader& reader) {
+Action readPermissionStep(ObjectReader& reader, const Folder& /*folder*/) {
   return PermissionStep{
       *wordValue(reader, "permission", "permission", wordsOf<quorvance::MobilePermission>())};
 }
 
-Action readCrashStep(ObjectReader& reader) {
+Action readCrashStep(ObjectReader& reader, const Folder& /*folder*/) {
   return CrashStep{*wordValue<CrashKind>(reader, "crash", "crash",
                                          {{"segv", CrashKind::segv},
                                           {"abort", CrashKind::abort},
                                           {"exception", CrashKind::exception}})};
 }
 
+// In a file of its own, or in the journey itself.
+RecordedScreen readRecording(const Json& json, const Pointer& place, const Folder& folder) {
+  if (!json.is_string()) return readRecordedScreen(json, place);
+  try {
+    return loadRecordedScreen(folder / json.get<std::string>());
+  } catch (const InputError& error) {
+    throw PlacedError(place, error.what());
+  }
+}
+
+Action readScreenStep(ObjectReader& step, const Folder& folder) {
+  ObjectReader reader(step.require("screen"), step.placeOf("screen"));
+  reader.require("type");
+  reader.require("id");
+  ScreenStep screen;
+  screen.type = *wordValue(reader, "type", "screen type", wordsOf<quorvance::ScreenListenerType>());
+  screen.id = *reader.integer("id", INT64_MIN, INT64_MAX);
+  screen.recording =
+      readRecording(reader.require("recording"), reader.placeOf("recording"), folder);
+  reader.finish();
+  return screen;
+}
+
 struct StepKind {
   const char* key;
-  Action (*read)(ObjectReader& reader);
+  Action (*read)(ObjectReader& reader, const Folder& folder);
 };
 
 // The key that a step has names its kind. A further kind is a further line here.
-constexpr std::array<StepKind, 6> kStepKinds = {{
+constexpr std::array<StepKind, 7> kStepKinds = {{
     {"checkpoint", readCheckPointStep},
     {"wait", readWaitStep},
     {"logout", readLogoutStep},
     {"user", readUserStep},
     {"permission", readPermissionStep},
     {"crash", readCrashStep},
+    {"screen", readScreenStep},
 }};
 
 const StepKind& kindOfStep(const Json& json, const Pointer& place) {
@@ -131,10 +159,10 @@ const StepKind& kindOfStep(const Json& json, const Pointer& place) {
   throw PlacedError(place, "expected an object with one of " + listed(known));
 }
 
-Step readStep(const Json& json, const Pointer& place) {
+Step readStep(const Json& json, const Pointer& place, const Folder& folder) {
   const StepKind& kind = kindOfStep(json, place);
   ObjectReader reader(json, place);
-  Step step{kind.read(reader), reader.text(kNoteKey).value_or("")};
+  Step step{kind.read(reader, folder), reader.text(kNoteKey).value_or("")};
   if (step.note.size() > kMaxNoteBytes) {
     throw PlacedError(reader.placeOf(kNoteKey),
                       "longer than " + std::to_string(kMaxNoteBytes) + " bytes");
@@ -143,13 +171,15 @@ Step readStep(const Json& json, const Pointer& place) {
   return step;
 }
 
-std::vector<Step> readSteps(const Json& json, const Pointer& place) {
+std::vector<Step> readSteps(const Json& json, const Pointer& place, const Folder& folder) {
   if (!json.is_array() || json.empty() || json.size() > kMaxSteps) {
     throw PlacedError(place, "expected an array of 1 to " + std::to_string(kMaxSteps) + " steps");
   }
   std::vector<Step> steps;
   steps.reserve(json.size());
-  for (std::size_t i = 0; i < json.size(); ++i) steps.push_back(readStep(json[i], place / i));
+  for (std::size_t i = 0; i < json.size(); ++i) {
+    steps.push_back(readStep(json[i], place / i, folder));
+  }
   return steps;
 }
 
@@ -162,6 +192,7 @@ JourneySetup readSetup(const Json& json, const Pointer& place) {
   setup.application.shortVersion = reader.text("applicationVersion");
   setup.wantsDeviceIdentifier =
       reader.boolean("deviceIdentifier").value_or(setup.wantsDeviceIdentifier);
+  setup.debug = reader.boolean("debug").value_or(setup.debug);
   reader.finish();
   return setup;
 }
@@ -202,7 +233,7 @@ Journey parseJourney(const Json& json, const std::filesystem::path& folder) {
   if (const Json* server = reader.find("server")) {
     journey.server = readServerFiles(*server, reader.placeOf("server"), folder);
   }
-  journey.steps = readSteps(reader.require("steps"), reader.placeOf("steps"));
+  journey.steps = readSteps(reader.require("steps"), reader.placeOf("steps"), folder);
   reader.finish();
   return journey;
 }

@@ -12,10 +12,12 @@
 
 #include "apps/demo_host/demo_crash.h"
 #include "apps/demo_host/journey_json.h"
+#include "apps/demo_host/recorded_screen.h"
 #include "quorvance/check_point.h"
 #include "quorvance/mobile_permission.h"
 #include "quorvance/platform/host_application.h"
 #include "quorvance/risk.h"
+#include "quorvance/screen_listener_type.h"
 
 namespace demo_host {
 
@@ -63,8 +65,15 @@ struct CrashStep {
   CrashKind kind{};
 };
 
+// The user is on a screen that the library watches.
+struct ScreenStep {
+  quorvance::ScreenListenerType type{};
+  std::int64_t id = 0;
+  RecordedScreen recording;
+};
+
 using Action = std::variant<VerdictStep, ReportStep, WaitStep, LogoutStep, UserStep, PermissionStep,
-                            CrashStep>;
+                            CrashStep, ScreenStep>;
 
 struct Step {
   Action action;
@@ -77,6 +86,8 @@ struct JourneySetup {
   quorvance::HostApplication application{kDefaultApplication, std::nullopt};
   // Whether the server is asked for a device identifier; without one no session is announced.
   bool wantsDeviceIdentifier = true;
+  // Whether the library prints its diagnostic lines and records the magnetic field.
+  bool debug = false;
 };
 
 // What a risk server that the demo starts is given.
@@ -93,7 +104,7 @@ struct Journey {
   std::vector<Step> steps;
 };
 
-// Throws PlacedError. The server's files are looked for, relative to `folder`, and must be JSON.
+// Throws PlacedError. Other files are looked for relative to `folder`; the server's must be JSON.
 Journey parseJourney(const Json& json, const std::filesystem::path& folder);
 
 // As above; throws InputError with the file in front of the message.

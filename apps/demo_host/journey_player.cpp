@@ -25,6 +25,7 @@ constexpr const char* kSessionPath = "/qrsk-med/3.0/SendSessionData/";
 constexpr const char* kVerdictPath = "/qrsk-med/3.0/GetCheckpointRisk/";
 constexpr const char* kReportPath = "/qrsk-med/3.0/SendCheckpointEvent/";
 constexpr const char* kOutcomePath = "/qrsk-med/3.0//UpdateTransactionResult/";
+constexpr const char* kBiometricsPath = "/qrsk-med/3.0/BiometricData/";
 
 std::chrono::milliseconds millisecondsSince(SteadyClock::time_point start) {
   return std::chrono::round<std::chrono::milliseconds>(SteadyClock::now() - start);
@@ -41,8 +42,9 @@ std::optional<std::string> faultOfVerdict(std::optional<quorvance::RiskLevel> ex
   return "expected " + wanted.stringValue() + ", got " + risk.stringValue();
 }
 
-JourneyPlayer::JourneyPlayer(quorvance::QuorvanceManager& manager, JourneyPrinter& printer)
-    : manager_(manager), printer_(printer) {}
+JourneyPlayer::JourneyPlayer(quorvance::QuorvanceManager& manager, JourneyPrinter& printer,
+                             ReplayPlatform replay)
+    : manager_(manager), printer_(printer), screens_(manager, std::move(replay)) {}
 
 void JourneyPlayer::setUp(const JourneySetup& setup, const std::string& url) {
   quorvance::PlatformError error;
@@ -177,6 +179,22 @@ void JourneyPlayer::act(const CrashStep& step) {
   }
   printer_.printStep(line_);
   crashOnPurpose(step.kind);
+}
+
+void JourneyPlayer::act(const ScreenStep& step) {
+  line_.what = "screen";
+  const auto start = SteadyClock::now();
+  try {
+    screens_.play(step.type, step.id, step.recording);
+  } catch (const RunError& error) {
+    throw RunError(nameOfStep() + ": " + error.what());
+  }
+  line_.time = formatTime(millisecondsSince(start));
+  line_.requestId = quorvance::ScreenListenerTypeToString::toString(step.type) + " " +
+                    std::to_string(step.id) + ", " + std::to_string(step.recording.touches()) +
+                    " touches";
+  printer_.printStep(line_);
+  if (step.recording.touches() > 0) expectCall(kBiometricsPath);
 }
 
 }  // namespace demo_host

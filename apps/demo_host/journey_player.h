@@ -10,6 +10,7 @@
 
 #include "apps/demo_host/journey.h"
 #include "apps/demo_host/journey_printer.h"
+#include "apps/demo_host/screen_player.h"
 #include "quorvance/quorvance_manager.h"
 
 namespace demo_host {
@@ -34,7 +35,8 @@ std::optional<std::string> faultOfVerdict(std::optional<quorvance::RiskLevel> ex
 // One thread. The manager and the printer outlive it.
 class JourneyPlayer {
  public:
-  JourneyPlayer(quorvance::QuorvanceManager& manager, JourneyPrinter& printer);
+  JourneyPlayer(quorvance::QuorvanceManager& manager, JourneyPrinter& printer,
+                ReplayPlatform replay);
 
   // Sets the library up; returns once there is a device identifier, when the journey wants one.
   // Throws RunError. `url` ends in a slash.
@@ -61,12 +63,14 @@ class JourneyPlayer {
   void act(const UserStep& step);
   void act(const PermissionStep& step);
   [[noreturn]] void act(const CrashStep& step);
+  void act(const ScreenStep& step);
   void report(quorvance::CheckPointType type, const std::string& requestId, const Outcome& outcome);
   void expectCall(const char* path) { ++result_.calls[path]; }
 
   quorvance::QuorvanceManager& manager_;
   JourneyPrinter& printer_;
   const CrashCapture crashCapture_;
+  ScreenPlayer screens_;
   JourneyResult result_;
   // Of the step that is being played.
   StepLine line_;

@@ -69,12 +69,47 @@ TEST(JourneyTest, AWrongJourneyOrStepIsRefusedWithItsPlace) {
       {step + R"("setup": {"deviceIdentifier": "yes"}})",
        "/setup/deviceIdentifier: ", "true or false"},
       {step + R"("server": {"rules": "none.json"}})", "/server/rules: ", "none.json"},
-      {journeyOf("5"), "/steps/1: ", "checkpoint, crash, logout, permission, user, wait"},
+      {journeyOf("5"), "/steps/1: ", "checkpoint, crash, logout, permission, screen, user, wait"},
       {journeyOf(R"({"wait": 1, "logout": true})"), "/steps/1/logout: no such key", ""},
       {journeyOf(R"({"wait": 600001})"), "/steps/1/wait: ", "600000"},
       {journeyOf(R"({"wait": 18446744073709551615})"), "/steps/1/wait: ", "18446744073709551615"},
       {journeyOf(R"({"wait": 1.5})"), "/steps/1/wait: expected an integer", "1.5"},
       {journeyOf(R"({"permission": "FLIGHT"})"), "/steps/1/permission: ", "CAMERA"},
+  });
+}
+
+TEST(JourneyTest, AWrongRecordingIsRefusedWithItsPlace) {
+  const auto screen = [](const std::string& recording) {
+    return journeyOf(R"({"screen": {"type": "PINCODE", "id": 1, "recording": )" + recording + "}}");
+  };
+  const auto rows = [&](const std::string& list) {
+    return screen(R"({"view": {"frame": [0, 0, 9, 9]}, "rows": )" + list + "}");
+  };
+  const auto view = [&](const std::string& text) {
+    return screen(R"({"rows": [], "view": )" + text + "}");
+  };
+  const std::string at = "/steps/1/screen";
+  expectFaults({
+      {journeyOf(R"({"screen": {"type": "PIN", "id": 1, "recording": "a"}})"),
+       at + "/type: ", "PINCODE"},
+      {journeyOf(R"({"screen": {"type": "PINCODE", "recording": "a"}})"), at + ": \"id\"",
+       "missing"},
+      {screen("\"none.json\""), at + "/recording: ", "none.json: No such file"},
+      {screen(R"({"rows": []})"), at + "/recording: \"view\" is missing", ""},
+      {view(R"({"frame": [0, 0, 9]})"), at + "/recording/view/frame: expected 4 columns", "got 3"},
+      {view(R"({"frame": [0, 0, 9, 9], "subviews": [{"frame": [0, 0, 1, "w"]}]})"),
+       at + "/recording/view/subviews/0/frame/3: expected a number", ""},
+      {view(R"({"frame": [0, 0, 9, 9], "subviews": [{"frame": [0, 0, 1, 1], "subviews": []}]})"),
+       at + "/recording/view/subviews/0/subviews: no such key", ""},
+      {rows(R"([[1, "pressed", 1, 2, 3, 4]])"),
+       at + "/recording/rows/0/1: ", "acceleration, began"},
+      {rows(R"([[1, "began", 1, 2, 3]])"), at + "/recording/rows/0: expected 6 columns", ""},
+      {rows(R"([[1, "gravity", 1, 2, 3, 4]])"), at + "/recording/rows/0: expected 5 columns", ""},
+      {rows(R"([[1, "gravity", 1, null, 3]])"), at + "/recording/rows/0/3: ", "got null"},
+      {rows(R"([[1.5, "gravity", 1, 2, 3]])"), at + "/recording/rows/0/0: ", "got 1.5"},
+      {rows(R"([[600001, "gravity", 1, 2, 3]])"), at + "/recording/rows/0/0: ", "600000"},
+      {rows(R"([[9, "gravity", 1, 2, 3], [8, "gravity", 1, 2, 3]])"),
+       at + "/recording/rows/1: is earlier", ""},
   });
 }
 

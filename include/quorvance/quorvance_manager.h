@@ -127,8 +127,8 @@ class QuorvanceManager {
   std::shared_ptr<QuorvanceScreenListener> startNewScreenListener(ScreenListenerType type,
                                                                   std::int64_t actionId,
                                                                   std::shared_ptr<View> view);
-  /// In debug mode started by itself after a new device identifier; its result travels as device
-  /// data.
+  /// In 0.5 s, samples motion for half a second and keeps whether the sensors gave anything: an
+  /// emulator's do not. In debug mode started by itself after a new device identifier.
   void checkSensorForEmulator();
 
   /// Records that the host asked its user for this permission.

@@ -31,6 +31,22 @@ std::optional<std::string> dumpJson(const Json& value, int indent) {
   return value.dump(indent, ' ', false, Json::error_handler_t::replace);
 }
 
+// Copies a value that fits the depth without copying the texts that are cut.
+Json withShortTexts(const Json& value) {
+  if (const auto* text = value.get_ptr<const std::string*>()) {
+    if (text->size() <= kMaxDebugTextBytes) return value;
+    return text->substr(0, kMaxDebugTextBytes) + "... (" + std::to_string(text->size()) + " bytes)";
+  }
+  if (!value.is_structured()) return value;
+  Json copy = value.is_array() ? Json::array() : makeObject(value.size());
+  for (const auto& member : value.items()) {
+    Json shortened = withShortTexts(member.value());
+    value.is_array() ? copy.push_back(std::move(shortened))
+                     : putMember(copy, member.key(), std::move(shortened));
+  }
+  return copy;
+}
+
 }  // namespace
 
 bool isNestedTooDeep(const Json& value) { return !fitsDepth(value, 0); }
@@ -42,6 +58,10 @@ std::optional<std::string> writeJson(const Json& value) { return dumpJson(value,
 std::optional<std::string> writeJsonIndented(const Json& value) { return dumpJson(value, kIndent); }
 
 std::string textOf(const Json& value) { return writeJson(value).value_or("nil"); }
+
+std::string debugTextOf(const Json& value) {
+  return isNestedTooDeep(value) ? "nil" : textOf(withShortTexts(value));
+}
 
 Json makeObject(std::size_t members) {
   Json object = Json::object();

@@ -39,6 +39,12 @@ std::optional<std::string> writeJsonIndented(const Json& value);
 /// The text form of a value in traces and debug lines: compact, "nil" for what cannot be JSON.
 std::string textOf(const Json& value);
 
+/// A text in a debug line shows no more of its bytes.
+inline constexpr std::size_t kMaxDebugTextBytes = 4096;
+
+/// As above for debug lines: of longer texts only the front stands, with their length.
+std::string debugTextOf(const Json& value);
+
 /// Absent for text that is no JSON, holds more than one value or a NUL, or exceeds the two bounds
 /// above. Of members with one key the last value stands, in the place of the first.
 std::optional<Json> parseJson(std::string_view text);

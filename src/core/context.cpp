@@ -46,11 +46,23 @@ Context::Context(Platform usedPlatform)
       reports(std::make_shared<ReportKeeper>(reportStore, platform.backgroundQueue, texts)),
       crashEye(std::make_shared<CrashEye>(platform.crashTrap, texts, platform.documents)),
       deviceData(std::make_shared<DeviceDataManager>(platform, state, texts)),
-      screens(std::make_shared<InertScreenListenerMaker>()),
+      screens(std::make_shared<ScreenListenerMaker>(screenServices())),
       uploader(std::make_shared<ReportUploader>(reportStore, platform.backgroundQueue)) {}
 
 CallServices Context::callServices() const {
   return {platform.http, platform.backgroundQueue, state, texts, tracing, exceptions, reports};
+}
+
+ScreenServices Context::screenServices() const {
+  return {state,
+          tracing,
+          reports,
+          platform.hostApplication,
+          platform.mainQueue,
+          platform.backgroundQueue,
+          platform.motion,
+          std::make_shared<FaceVerification>(platform.faceDetection, platform.authorization, state,
+                                             platform.backgroundQueue)};
 }
 
 std::shared_ptr<Context> processContext() {

@@ -27,6 +27,8 @@ struct Context {
 
   /// What a service client needs of this context.
   CallServices callServices() const;
+  /// The same for screen listeners, once a context.
+  ScreenServices screenServices() const;
 
   const Platform platform;
   const std::shared_ptr<InnerQuorvanceData> state;

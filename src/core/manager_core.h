@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "biometrics/screen_listener_owner.h"
 #include "core/context.h"
 #include "core/retried_exchange.h"
 #include "core/trace_uploader.h"
@@ -25,7 +26,9 @@ namespace quorvance {
 /// first one stored sends what reports wait and announces the session, again every 10 s until it is
 /// accepted. Checkpoints may come at any time. A logout begins the next session. Deferred work
 /// holds the manager alive until it has run.
-class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this<ManagerCore> {
+class ManagerCore : public CrashEyeDelegate,
+                    public ScreenListenerOwner,
+                    public std::enable_shared_from_this<ManagerCore> {
  public:
   static std::shared_ptr<ManagerCore> make(std::shared_ptr<Context> context);
 
@@ -61,9 +64,15 @@ class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this
   bool ifAuthorized(MobilePermission type);
   void setPendingUserData(Json userData);
   void crashEyeDidCatchCrash(const CrashModel& crash) override;
+  PreparedCall prepareCall(Service service) override;
+  void sendCall(const PreparedCall& call, Json body, ReplyHandler handler) override;
+  void sendImage(Json body, ReplyHandler handler) override;
 
   // Plain fields.
   ClientIdentity& identity() { return networkManager_->identity(); }
+  std::optional<std::string> userId() const override {
+    return networkManager_->identity().userId();
+  }
   bool logoutEventNow() const { return flags_.logoutEventNow; }
   void setLogoutEventNow(bool now) { flags_.logoutEventNow = now; }
   std::optional<std::string> getDeviceId() const;
@@ -97,6 +106,7 @@ class ManagerCore : public CrashEyeDelegate, public std::enable_shared_from_this
   Json checkPointBody(const CheckPoint& checkPoint, Json json);
   void announceScreen(ScreenListenerType type, std::int64_t actionId);
   void storeStartApp(std::int64_t now);
+  void probeSensors();
 
   /// The session as of now and the identity go with the reports.
   void uploadStoredReports(ReportCategory category);

@@ -10,13 +10,24 @@ namespace quorvance {
 namespace {
 
 constexpr std::chrono::milliseconds kEmulatorProbeDelay{500};
+constexpr std::chrono::milliseconds kEmulatorProbeTime{500};
 
 }  // namespace
 
 std::shared_ptr<QuorvanceScreenListener> ManagerCore::startNewScreenListener(
     ScreenListenerType type, std::int64_t actionId, std::shared_ptr<View> view) {
   announceScreen(type, actionId);
-  return context_->screens->makeListener(type, actionId, std::move(view));
+  return context_->screens->makeListener(type, actionId, std::move(view), shared_from_this());
+}
+
+PreparedCall ManagerCore::prepareCall(Service service) { return networkManager_->prepare(service); }
+
+void ManagerCore::sendCall(const PreparedCall& call, Json body, ReplyHandler handler) {
+  networkManager_->send(call, std::move(body), std::move(handler));
+}
+
+void ManagerCore::sendImage(Json body, ReplyHandler handler) {
+  networkManager_->sendImage(std::move(body), std::move(handler));
 }
 
 // All that is traced of a new listener: its own beginning comes after the end of the entry.
@@ -50,9 +61,19 @@ void ManagerCore::storeStartApp(std::int64_t now) {
 
 void ManagerCore::checkSensorForEmulator() {
   const OperationTrace trace(*context_->tracing, "checkSensorForEmulator");
-  context_->platform.mainQueue->postAfter(kEmulatorProbeDelay, [self = shared_from_this()] {
-    self->context_->screens->probeSensors();
-  });
+  context_->platform.mainQueue->postAfter(kEmulatorProbeDelay,
+                                          [self = shared_from_this()] { self->probeSensors(); });
+}
+
+// What the sensors said is dropped; whether they said anything is kept.
+void ManagerCore::probeSensors() {
+  DeviceDataManager& device = *context_->deviceData;
+  device.setSensorCheck({.isListening = true, .hasSensorsData = std::nullopt});
+  context_->platform.mainQueue->postAfter(
+      kEmulatorProbeTime,
+      [&device, self = shared_from_this(), probe = context_->screens->startProbe()] {
+        device.setSensorCheck({.isListening = false, .hasSensorsData = probe->stop()});
+      });
 }
 
 void ManagerCore::onRequestAccess(MobilePermission type) {

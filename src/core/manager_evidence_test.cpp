@@ -3,13 +3,16 @@
 #include <limits>
 
 #include "base/json_test_support.h"
+#include "base/milliseconds.h"
 #include "core/manager_world_test_support.h"
+#include "platform/testing/fake_motion.h"
 #include "quorvance/account_check_points.h"
 
 namespace quorvance {
 namespace {
 
 using namespace std::chrono_literals;
+using testing::ElementsAre;
 
 TEST(EvidenceTest, FirstListenerWithTheActivityMapOnIsAnnouncedThenTellsTheStart) {
   ManagerWorld world;
@@ -44,6 +47,67 @@ TEST(EvidenceTest, FirstListenerWithTheActivityMapOnIsAnnouncedThenTellsTheStart
   const auto enriched = world.http->sentTo(ManagerWorld::kEnrichmentPath);
   ASSERT_EQ(enriched.size(), 1U);
   EXPECT_EQ(enriched[0].body.size(), 3U);
+}
+
+/// Every reading is a millisecond later than the one before.
+class TickingClock : public WallClock {
+ public:
+  double secondsSince1970() override { return static_cast<double>(++milliseconds_) / 1000.0; }
+
+ private:
+  std::int64_t milliseconds_ = 0;
+};
+
+TEST(EvidenceTest, ListenerBeginsOnceItsTraceEntryHasEndedAndEndsUnderTheIdentityOfNow) {
+  ManagerWorld world([](Platform& platform) { platform.clock = std::make_shared<TickingClock>(); });
+  world.configure(
+      R"({"app_run_mode": "DEVELOPMENT", "tracing_manager": {"level_qv_manager": true}})");
+  world.context->tracing->clear();
+  const auto listener =
+      world.manager->startNewScreenListener(ScreenListenerType::GENERAL, 1, nullptr);
+  EXPECT_THAT(world.traces(),
+              ElementsAre("startNewScreenListener Start", "startNewScreenListener End"));
+  world.time->run();
+  world.manager->identity().configureServerUrl("http://next.test/");
+  world.manager->logout();
+  EXPECT_EQ(world.manager->userId(), std::nullopt);
+  listener->finishScreenListener();
+  world.manager->sendImage(makeObject(1), {});
+  world.time->run();
+  const auto events = world.http->sentTo("qrsk-med/3.0/sendScreenListenerEvent/");
+  ASSERT_EQ(events.size(), 2U);
+  EXPECT_GT(dateText(*findInteger(events[0].body["screenListenerEvent"], "timestamp")),
+            *findText(world.context->tracing->entries()[1], "date"));
+  EXPECT_TRUE(events[1].request.url.starts_with("http://next.test/"));
+  EXPECT_EQ(*findText(events[1].body["keys"], "user_id"), "UNKNOWN");
+  const auto images = world.http->sentTo("qrsk-med/3.0/SendBiometricImage/");
+  ASSERT_EQ(images.size(), 1U);
+  EXPECT_TRUE(images[0].request.url.starts_with("http://next.test/"));
+  EXPECT_THAT(keysOf(images[0].body), ElementsAre("version"));
+}
+
+TEST(EvidenceTest, EmulatorCheckSamplesForHalfASecondAndKeepsWhetherARowCame) {
+  for (const bool moves : {true, false}) {
+    std::shared_ptr<FakeMotion> motion;
+    ManagerWorld world([&](Platform& platform) {
+      platform.motion = motion = std::make_shared<FakeMotion>(platform.mainQueue);
+    });
+    const DeviceDataManager& device = *world.context->deviceData;
+    world.manager->checkSensorForEmulator();
+    world.time->advance(499ms);
+    EXPECT_FALSE(motion->isRunning(MotionSensor::accelerometer));
+    world.time->advance(1ms);
+    EXPECT_TRUE(motion->isRunning(MotionSensor::accelerometer));
+    EXPECT_TRUE(device.sensorCheck().isListening);
+    if (moves) motion->deliver(MotionSensor::accelerometer, MotionSample{0, 0, -1});
+    world.time->advance(499ms);
+    EXPECT_EQ(device.sensorCheck().hasSensorsData, std::nullopt);
+    world.time->advance(1ms);
+    EXPECT_EQ(device.sensorCheck().hasSensorsData, moves);
+    EXPECT_FALSE(device.sensorCheck().isListening);
+    EXPECT_FALSE(motion->isRunning(MotionSensor::accelerometer));
+    EXPECT_EQ(world.http->sent().size(), 0U);
+  }
 }
 
 TEST(EvidenceTest, DebugLinesTellTheAnswersAndTheTraces) {

@@ -180,7 +180,7 @@ void QuorvanceManager::updateCheckPointStatus(CheckPointType type, const std::st
 
 std::shared_ptr<QuorvanceScreenListener> QuorvanceManager::startNewScreenListener(
     ScreenListenerType type, std::int64_t actionId, std::shared_ptr<View> view) {
-  if (!mayEnter()) return InertScreenListenerMaker().makeListener(type, actionId, view);
+  if (!mayEnter()) return makeInertListener();
   return core_->startNewScreenListener(type, actionId, std::move(view));
 }
 

@@ -118,6 +118,16 @@ std::optional<Json> DeviceDataCollector::takePendingUserData() {
   return std::exchange(pendingUserData_, std::nullopt);
 }
 
+void DeviceDataCollector::setSensorCheck(SensorCheck check) {
+  const std::lock_guard lock(mutex_);
+  sensorCheck_ = check;
+}
+
+SensorCheck DeviceDataCollector::sensorCheck() const {
+  const std::lock_guard lock(mutex_);
+  return sensorCheck_;
+}
+
 std::vector<MobilePermission>& DeviceDataCollector::askedLocked() {
   if (!askPermissions_) {
     const auto stored = state_->readText(StoredKey::permissionList);

@@ -23,6 +23,15 @@ namespace quorvance {
 std::vector<MobilePermission> readPermissionList(std::string_view stored);
 std::string writePermissionList(const std::vector<MobilePermission>& permissions);
 
+/// What the motion sensors say at an emulator check: an emulator's do not move. No record carries
+/// it.
+struct SensorCheck {
+  /// A check is running.
+  bool isListening = false;
+  /// Whether a row came; absent until a check has ended.
+  std::optional<bool> hasSensorsData;
+};
+
 /// The running values that payloads are built from: the sources of what is told as of now, the
 /// permissions that the host asked for, and at most one pending user-data record. Any thread,
 /// guarded by one mutex.
@@ -55,6 +64,9 @@ class DeviceDataCollector {
   /// Adds the kind to the list and stores it; each kind once.
   void recordAsked(MobilePermission permission);
 
+  void setSensorCheck(SensorCheck check);
+  SensorCheck sensorCheck() const;
+
  private:
   SnapshotInputs inputs(const DeviceFacts& facts) const;
   std::vector<MobilePermission>& askedLocked();
@@ -66,7 +78,8 @@ class DeviceDataCollector {
   const std::shared_ptr<AuthorizationSource> authorization_;
   const std::shared_ptr<LocationSource> location_;
 
-  std::mutex mutex_;
+  mutable std::mutex mutex_;
+  SensorCheck sensorCheck_;
   std::optional<Json> pendingUserData_;
   std::optional<std::vector<MobilePermission>> askPermissions_;
 };

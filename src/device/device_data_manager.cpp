@@ -99,4 +99,8 @@ void DeviceDataManager::recordAsked(MobilePermission permission) {
   collector_.recordAsked(permission);
 }
 
+void DeviceDataManager::setSensorCheck(SensorCheck check) { collector_.setSensorCheck(check); }
+
+SensorCheck DeviceDataManager::sensorCheck() const { return collector_.sensorCheck(); }
+
 }  // namespace quorvance

@@ -46,6 +46,8 @@ class DeviceDataManager {
   bool isAuthorized(MobilePermission permission) const;
   /// Notes that the host asked the user for this kind.
   void recordAsked(MobilePermission permission);
+  void setSensorCheck(SensorCheck check);
+  SensorCheck sensorCheck() const;
 
  private:
   void putSnapshots(Json& payload) const;

@@ -54,7 +54,7 @@ struct Call {
 void Call::send(const std::shared_ptr<Call>& self) {
   if (!parsesAsUrl(url)) return;
   if (!maker.expired()) setMember(params, "version", SystemTexts::sdkVersion());
-  if (isInDebugMode()) debugPrint("jsonObj " + textOf(params));
+  if (isInDebugMode()) debugPrint("jsonObj " + debugTextOf(params));
   HttpRequest request{url, std::string(kContentType), {}, kDefaultTimeout};
   request.timeout = timeoutFrom(*services->state->sdkConfig());
   isTraced = services->state->traceLevels().isOn(TraceLevel::sendingData);

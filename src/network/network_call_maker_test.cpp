@@ -177,6 +177,21 @@ TEST(CallMakerTest, DroppedWorkTellsItsOwnerOnce) {
   EXPECT_THAT(world.responses, IsEmpty());
 }
 
+// A face image has megabytes.
+TEST(CallMakerTest, DebugLineCutsLongTextsAndTheBodyDoesNot) {
+  CallWorld world;
+  const DebugLines debug;
+  const std::string image(100'000, 'A');
+  Json body = objectWith("face", objectWith("image", image));
+  body["kept"] = std::string(4096, 'B');
+  world.call("http://risk.test/p", std::move(body));
+  world.time->run();
+  EXPECT_TRUE(debug.contain(R"("kept":")" + std::string(4096, 'B') + '"'));
+  EXPECT_TRUE(debug.contain(std::string(4096, 'A') + "... (100000 bytes)"));
+  EXPECT_FALSE(debug.contain(std::string(4097, 'A')));
+  EXPECT_NE(world.http->sent().at(0).request.body.find(image), std::string::npos);
+}
+
 /// What a call does where a host or a server can see it, in order.
 std::vector<std::string> effectsOfCallAnswered(const HttpReply& reply) {
   CallWorld world;

@@ -18,7 +18,7 @@ std::string ResponceObject::text() const {
   return "reqID: " + requestId + " url: " + optionalForm(url) +
          " statusCode: " + optionalForm(statusCode) + " error: " + errorText +
          " error: " + errorText +
-         " output: " + optionalForm(output ? std::optional(textOf(*output)) : std::nullopt);
+         " output: " + optionalForm(output ? std::optional(debugTextOf(*output)) : std::nullopt);
 }
 
 }  // namespace quorvance

@@ -99,18 +99,30 @@ void readOnly(const Json& rule, const std::string& place, ObjectShape& shape) {
   }
 }
 
-void readSame(const Json& rule, const std::string& place, ObjectShape& shape) {
-  const Json* pairs = findMember(rule, "same");
-  if (pairs == nullptr) return;
+PathPairs readPairs(const Json& rule, const std::string& key, const std::string& place) {
+  const Json* pairs = findMember(rule, key);
+  if (pairs == nullptr) return {};
   const TypeRule text(ValueType::kText);
   const ArrayRule shapeOfPairs(
       std::make_shared<ArrayRule>(std::make_shared<TypeRule>(text), ArrayRule::Bounds{2, 2}), {});
   if (const auto mismatch = shapeOfPairs.firstMismatchOf(*pairs)) {
-    refuseRule(place, mismatch->textUnder("same"));
+    refuseRule(place, mismatch->textUnder(key));
   }
+  PathPairs read;
   for (const Json& pair : *pairs) {
-    shape.same.emplace_back(pair[0].get<std::string>(), pair[1].get<std::string>());
+    read.emplace_back(pair[0].get<std::string>(), pair[1].get<std::string>());
   }
+  return read;
+}
+
+void append(PathPairs& pairs, const PathPairs& more) {
+  pairs.insert(pairs.end(), more.begin(), more.end());
+}
+
+void readComparisons(const Json& rule, const std::string& place, ObjectShape& shape) {
+  append(shape.same, readPairs(rule, "same", place));
+  append(shape.sameLength, readPairs(rule, "sameLength", place));
+  append(shape.noLonger, readPairs(rule, "noLonger", place));
 }
 
 }  // namespace
@@ -136,6 +148,7 @@ RulePointer ContractReader::read(const Json& rule, const std::string& place) {
   }
   if (rule.contains("pattern")) return readPattern(rule, place);
   if (rule.contains("items")) return readArray(rule, place);
+  if (rule.contains("columns")) return readColumns(rule, place);
   if (rule.contains("select")) return readSelect(rule, place);
   if (rule.contains("ifHas")) {
     allowOnly(rule, {"ifHas", "then", "else"}, place);
@@ -169,12 +182,15 @@ void ContractReader::takeOver(const Json& names, const std::string& place, Objec
     const auto* object = dynamic_cast<const ObjectRule*>(rule.get());
     if (object == nullptr) refuseRule(place, name.get<std::string>() + " has no fields");
     for (const FieldRule& field : object->shape().fields) setField(shape, field);
-    shape.same.insert(shape.same.end(), object->shape().same.begin(), object->shape().same.end());
+    append(shape.same, object->shape().same);
+    append(shape.sameLength, object->shape().sameLength);
+    append(shape.noLonger, object->shape().noLonger);
   }
 }
 
 RulePointer ContractReader::readObject(const Json& rule, const std::string& place) {
-  allowOnly(rule, {"with", "fields", "open", "orEmpty", "orOnly", "same"}, place);
+  allowOnly(rule, {"with", "fields", "open", "orEmpty", "orOnly", "same", "sameLength", "noLonger"},
+            place);
   ObjectShape shape;
   shape.open = flagPart(rule, "open", place);
   shape.orEmpty = flagPart(rule, "orEmpty", place);
@@ -188,7 +204,7 @@ RulePointer ContractReader::readObject(const Json& rule, const std::string& plac
     }
   }
   readOnly(rule, place, shape);
-  readSame(rule, place, shape);
+  readComparisons(rule, place, shape);
   return std::make_shared<ObjectRule>(std::move(shape));
 }
 
@@ -199,6 +215,27 @@ RulePointer ContractReader::readArray(const Json& rule, const std::string& place
   bounds.atMost = countPart(rule, "atMost", bounds.atMost, place);
   return std::make_shared<ArrayRule>(read(requiredPart(rule, "items", place), place + ".items"),
                                      bounds);
+}
+
+std::vector<RulePointer> ContractReader::readRules(const Json& rules, const std::string& place) {
+  if (!rules.is_array() || rules.empty()) refuseRule(place, "expected an array of rules");
+  std::vector<RulePointer> list;
+  for (std::size_t i = 0; i < rules.size(); ++i) {
+    list.push_back(read(rules[i], place + "[" + std::to_string(i) + "]"));
+  }
+  return list;
+}
+
+RulePointer ContractReader::readColumns(const Json& rule, const std::string& place) {
+  allowOnly(rule, {"columns", "orMore"}, place);
+  auto columns = readRules(requiredPart(rule, "columns", place), place + ".columns");
+  const std::size_t required = columns.size();
+  if (const Json* more = findMember(rule, "orMore")) {
+    for (RulePointer& column : readRules(*more, place + ".orMore")) {
+      columns.push_back(std::move(column));
+    }
+  }
+  return std::make_shared<ColumnsRule>(std::move(columns), required);
 }
 
 RulePointer ContractReader::readSelect(const Json& rule, const std::string& place) {

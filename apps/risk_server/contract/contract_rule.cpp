@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <functional>
 
 namespace risk_server {
 namespace {
@@ -115,6 +116,7 @@ void ObjectRule::check(const Json& value, const CheckedPlace& place, MismatchLis
   checkFields(value, place, found);
   checkUnknownKeys(value, place, found);
   checkSame(value, place, found);
+  checkLengths(value, place, found);
 }
 
 bool ObjectRule::hasOnlyListedKeys(const Json& value) const {
@@ -160,6 +162,34 @@ void ObjectRule::checkSame(const Json& value, const CheckedPlace& place,
     found.addBelow(place, right,
                    "expected the value of " + left + " (" + quoteForMessage(*one) + "), got " +
                        quoteForMessage(*other));
+  }
+}
+
+void ObjectRule::checkLengths(const Json& value, const CheckedPlace& place,
+                              MismatchList& found) const {
+  const auto compare = [&](const PathPairs& pairs, const char* wanted, auto isRight) {
+    for (const auto& [left, right] : pairs) {
+      const Json* one = findPath(value, left);
+      const Json* other = findPath(value, right);
+      if (one == nullptr || other == nullptr || isRight(one->size(), other->size())) continue;
+      found.addBelow(place, left,
+                     wanted + right + " (" + std::to_string(other->size()) + "), got " +
+                         std::to_string(one->size()));
+    }
+  };
+  compare(shape_.sameLength, "expected as many members as ", std::equal_to<>());
+  compare(shape_.noLonger, "expected no more members than ", std::less_equal<>());
+}
+
+void ColumnsRule::check(const Json& value, const CheckedPlace& place, MismatchList& found) const {
+  if (!value.is_array()) return found.add(place, expectedButGot("an array", value));
+  if (value.size() != required_ && value.size() != columns_.size()) {
+    const std::string more =
+        required_ == columns_.size() ? "" : " or " + std::to_string(columns_.size());
+    return found.add(place, expectedButGot(std::to_string(required_) + more + " columns", value));
+  }
+  for (std::size_t i = 0; i < value.size() && !found.isFull(); ++i) {
+    columns_[i]->check(value[i], CheckedPlace(place, i), found);
   }
 }
 

@@ -75,12 +75,17 @@ struct FieldRule {
   RulePointer rule;
 };
 
+// Dotted paths of two values.
+using PathPairs = std::vector<std::pair<std::string, std::string>>;
+
 struct ObjectShape {
   std::vector<FieldRule> fields;
   bool open = false;                // other keys may stand beside the fields
   bool orEmpty = false;             // {} is right too
   std::vector<std::string> orOnly;  // an object of these keys alone need have no others
-  std::vector<std::pair<std::string, std::string>> same;  // dotted paths whose values are equal
+  PathPairs same;                   // whose values are equal
+  PathPairs sameLength;             // whose values have as many members
+  PathPairs noLonger;               // the first has no more members than the second
 };
 
 class ObjectRule : public ContractRule {
@@ -94,6 +99,7 @@ class ObjectRule : public ContractRule {
   void checkFields(const Json& value, const CheckedPlace& place, MismatchList& found) const;
   bool hasOnlyListedKeys(const Json& value) const;
   void checkSame(const Json& value, const CheckedPlace& place, MismatchList& found) const;
+  void checkLengths(const Json& value, const CheckedPlace& place, MismatchList& found) const;
 
   ObjectShape shape_;
 };
@@ -110,6 +116,18 @@ class ArrayRule : public ContractRule {
  private:
   RulePointer items_;
   Bounds bounds_;
+};
+
+// A row: one value for each column. The columns behind the required ones are there all or none.
+class ColumnsRule : public ContractRule {
+ public:
+  ColumnsRule(std::vector<RulePointer> columns, std::size_t required)
+      : columns_(std::move(columns)), required_(required) {}
+  void check(const Json& value, const CheckedPlace& place, MismatchList& found) const override;
+
+ private:
+  std::vector<RulePointer> columns_;
+  std::size_t required_;
 };
 
 // One rule for objects that have a key, another for all other values.

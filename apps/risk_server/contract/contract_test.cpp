@@ -40,7 +40,8 @@ TEST(ContractTest, acceptsWhatAWellBehavedClientSends) {
           "screenListenerType": "PINCODE", "screenId": 7, "action": "END"}})")},
       {"BiometricData/", with(common, R"({"userId": "u", "bio_sensor_event_data": {
           "fraudster": false, "actionType": "GENERAL", "eventList": [[1.5, 2, 3, 0, -1.0]],
-          "eventListTS": [[1, 2]], "sensorsData": [[1, 2, 3, 4, 5, 6, 7, 8, 9]], "sensorsTS": [],
+          "eventListTS": [[1, 2]], "sensorsTS": [[5], [6]],
+          "sensorsData": [[1, 2, 3, 4, 5, 6, 7, 8, 9], [1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12]],
           "eventListHeader": ["x", "y", "size", "pressure", "id"],
           "eventListTSHeader": ["x", "y", "size", "pressure", "id"],
           "sensorHeader": ["lin_acc_x", "lin_acc_y", "lin_acc_z", "gyr_unc_x", "gyr_unc_y",
@@ -141,6 +142,48 @@ TEST(ContractTest, refusesWhatOnlyOtherCallsCarry) {
             "22:13:20\"");
 }
 
+TEST(ContractTest, namesTheRowOfABiometricBodyThatIsWrong) {
+  const struct {
+    const char* change;
+    const char* fault;
+  } kCases[] = {
+      {R"({"sensorsTS": [[1], [2]]})", ""},
+      {R"({"eventList": [[1, 2, 3, 4, 0]]})", ""},
+      {R"({"eventList": [[1, 2, 3, 4]]})", "eventList[0]: expected 5 columns, got an array of 4"},
+      {R"({"eventList": [[1, 2, 3, 4, 0.5]]})",
+       "eventList[0][4]: expected one of 1, 0, -1, got 0.5"},
+      {R"({"eventList": [[1, null, 3, 4, 0]]})", "eventList[0][1]: expected a number, got null"},
+      {R"({"eventListTS": [[1, 2], [3, 4, 5]]})",
+       "eventListTS[1]: expected 2 columns, got an array of 3"},
+      {R"({"eventListTS": [[1, 2.5]]})", "eventListTS[0][1]: expected an integer, got 2.5"},
+      {R"({"eventListTS": [[1, 2]]})",
+       "eventListTS: expected no more members than eventList (0), got 1"},
+      {R"({"sensorsTS": [[1]]})", "sensorsTS: expected as many members as sensorsData (2), got 1"},
+      {R"({"sensorsTS": [[1], ["2"]]})", "sensorsTS[1][0]: expected an integer, got \"2\""},
+      {R"({"sensorsData": [[1, 2, 3, 4, 5, 6, 7, 8, 9, 10]]})",
+       "sensorsData[0]: expected 9 or 12 columns, got an array of 10"},
+      {R"({"sensorTSHeader": ["sensorTime"]})",
+       "sensorTSHeader: expected [\"nanoTimeSensor\"], got an array of 1"},
+      {R"({"eventListTSHeader": ["timeEvent", "view_id"]})",
+       "eventListTSHeader: expected [\"x\",\"y\",\"size\",\"pressure\",\"id\"], got an array of 2"},
+  };
+  for (const auto& one : kCases) {
+    const Json events = with(sample::parsed(R"({"actionType": "PINCODE", "eventList": [],
+        "eventListTS": [], "sensorsTS": [[1], [2]],
+        "eventListHeader": ["x", "y", "size", "pressure", "id"],
+        "eventListTSHeader": ["x", "y", "size", "pressure", "id"],
+        "sensorsData": [[1, 2, 3, 4, 5, 6, 7, 8, 9], [1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12]],
+        "sensorHeader": ["lin_acc_x", "lin_acc_y", "lin_acc_z", "gyr_unc_x", "gyr_unc_y",
+                         "gyr_unc_z", "gra_x", "gra_y", "gra_z"],
+        "sensorTSHeader": ["nanoTimeSensor"]})"),
+                             one.change);
+    Json body = sample::commonBody();
+    body["bio_sensor_event_data"] = events;
+    const std::string place = *one.fault == '\0' ? "" : "bio_sensor_event_data.";
+    EXPECT_EQ(faultOfBody("BiometricData/", body), place + one.fault);
+  }
+}
+
 TEST(ContractTest, findsCallsByTheExactBytesOfTheTarget) {
   const Contract contract = builtInContract();
   EXPECT_EQ(contract.calls().size(), 14U);
@@ -177,6 +220,9 @@ TEST(ContractTest, refusesAFileThatIsWrongNamingThePlace) {
        "definitions.a.open: not a part of this kind of rule"},
       {R"({"contentType": "t", "definitions": {"a": {"fields": {}, "orOnly": ["x"]}}, "calls": {}})",
        "definitions.a.orOnly: \"x\" is no field"},
+      {R"({"contentType": "t", "definitions": {"a": {"columns": ["text"], "orMore": ["b"]}},
+           "calls": {}})",
+       "definitions.a.orMore[0]: no definition is called \"b\""},
   };
   for (const auto& [text, fault] : kCases) {
     EXPECT_THAT([text = text] { Contract::fromJson(sample::parsed(text)); },

@@ -1,16 +1,54 @@
 #pragma once
 
+#include <optional>
+#include <string>
+
+#include "quorvance/json.h"
+
 #pragma GCC visibility push(default)
 
 namespace quorvance {
 
-/// The host's face-verification controller.
+/// A face image on its way to the server.
+struct BioImageData {
+  std::string userId;
+  /// The session that ran when the image was taken up; absent when there was none.
+  std::optional<std::string> sessionId;
+  /// JPEG as base64 (RFC 4648, section 4), a line break (CR LF) after every 64 characters.
+  std::string image;
+};
+
+/// The host's face-verification controller. Every screen listener that is made while the
+/// configuration asks for face verification and the camera is authorised asks it: a scanned image
+/// that was not verified yet is uploaded, one upload at a time; without one, face capture starts.
+///
+/// A host that only implements reset() takes no part. Throws nothing.
 class FaceDetection {
  public:
-  virtual ~FaceDetection() = default;
+  virtual ~FaceDetection();
   /// Drops the current capture and clears both in-progress flags. Called from any thread at logout;
   /// returns at once.
   virtual void reset() = 0;
+
+  // Asked on the host's main thread while a screen listener is made; each answers from memory and
+  // returns at once.
+  virtual bool hasScannedImage();
+  virtual bool ranFaceVerificationWithUserIdSuccessfuly();
+  virtual bool isVerifyProcessRunning();
+  /// Begins to capture a face.
+  virtual void startFaceCapture();
+
+  // Called on background threads of the library, one upload after another; may take their time.
+
+  /// The scanned image encoded as JPEG; `quality` is 100.0. Absent when there is none any more:
+  /// then nothing is sent.
+  virtual std::optional<std::string> scannedImageJpeg(double quality);
+  /// The body of the upload, a JSON object: it is sent as it stands, with "version" added. Anything
+  /// else sends nothing.
+  virtual Json imageRequestBody(const BioImageData& image);
+  /// The server's reply, an object; null when the call failed or the reply is none. Not called when
+  /// the user or the session has changed since: the reply belongs to somebody who has gone.
+  virtual void receiveImageReply(const Json& reply);
 };
 
 }  // namespace quorvance

@@ -18,7 +18,7 @@ enum class GestureState {
   failed = 5,
 };
 
-/// One finger on the glass.
+/// One finger on the glass. A value that is not finite counts as 0.
 struct Touch {
   /// Pressure as the panel tells it, 1 being an average touch; 0 where it tells none.
   double force = 0;
@@ -55,7 +55,8 @@ class QuorvanceGestureRecognizer {
   void touchesMoved(const std::vector<Touch>& touches) { update(touches); }
   void touchesEnded(const std::vector<Touch>& touches) { update(touches); }
 
-  /// Takes the state and the place over and tells the listener, also when nothing has changed.
+  /// Takes the state and the place over and tells the listener, also when nothing has changed. A
+  /// place that is not finite leaves the last one.
   void setState(GestureState state, GesturePoint location);
 
   GestureState state() const { return state_; }

@@ -26,7 +26,7 @@ class View {
   virtual ViewFrame frame() = 0;
   virtual std::int64_t tag() = 0;
   virtual void setTag(std::int64_t tag) = 0;
-  /// Direct subviews, in order.
+  /// Direct subviews, in order; null ones are passed over.
   virtual std::vector<std::shared_ptr<View>> subviews() = 0;
   /// For debug output only.
   virtual std::string description() = 0;

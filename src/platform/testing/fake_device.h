@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <utility>
@@ -104,7 +105,31 @@ class FakeLocation : public LocationSource {
 class FakeFaceDetection : public FaceDetection {
  public:
   int resets = 0;
+  bool hasImage = false;
+  bool isVerified = false;
+  bool isVerifying = false;
+  int captures = 0;
+  /// Absent: the image is gone by the time that it is asked for.
+  std::optional<std::string> jpeg = "jpeg";
+  std::optional<double> quality;
+  /// What came back, as text.
+  std::vector<std::string> replies;
+
   void reset() override { ++resets; }
+  bool hasScannedImage() override { return hasImage; }
+  bool ranFaceVerificationWithUserIdSuccessfuly() override { return isVerified; }
+  bool isVerifyProcessRunning() override { return isVerifying; }
+  void startFaceCapture() override { ++captures; }
+  std::optional<std::string> scannedImageJpeg(double asked) override {
+    quality = asked;
+    return jpeg;
+  }
+  Json imageRequestBody(const BioImageData& image) override {
+    Json body = Json::object();
+    body["face"] = image.userId + " " + image.sessionId.value_or("nil") + " " + image.image;
+    return body;
+  }
+  void receiveImageReply(const Json& reply) override { replies.push_back(reply.dump()); }
 };
 
 }  // namespace quorvance

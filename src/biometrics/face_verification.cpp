@@ -1,0 +1,92 @@
+#include "biometrics/face_verification.h"
+
+#include <utility>
+
+#include "base/base64.h"
+#include "base/debug.h"
+#include "base/fatal.h"
+
+namespace quorvance {
+namespace {
+
+constexpr double kJpegQuality = 100.0;
+
+}  // namespace
+
+struct FaceVerification::Upload {
+  Upload(std::shared_ptr<FaceVerification> verification,
+         std::shared_ptr<ScreenListenerOwner> listenerOwner)
+      : flow(std::move(verification)), owner(std::move(listenerOwner)) {}
+  ~Upload() { flow->isUploading_ = false; }
+  Upload(const Upload&) = delete;
+  Upload& operator=(const Upload&) = delete;
+
+  const std::shared_ptr<FaceVerification> flow;
+  const std::shared_ptr<ScreenListenerOwner> owner;
+  BioImageData image;
+};
+
+FaceVerification::FaceVerification(std::shared_ptr<FaceDetection> controller,
+                                   std::shared_ptr<AuthorizationSource> authorization,
+                                   std::shared_ptr<InnerQuorvanceData> state,
+                                   std::shared_ptr<BackgroundQueue> backgroundQueue)
+    : controller_(std::move(controller)),
+      authorization_(std::move(authorization)),
+      state_(std::move(state)),
+      backgroundQueue_(std::move(backgroundQueue)) {}
+
+bool FaceVerification::isWanted() const {
+  if (!controller_ || !authorization_) return false;
+  return state_->sdkConfig()->faceVerificationDelay.value_or(-1) >= 0 &&
+         authorization_->status(AuthorizationSubject::camera) == AuthorizationStatus::authorized;
+}
+
+void FaceVerification::runFor(std::shared_ptr<ScreenListenerOwner> owner) {
+  if (!isWanted() || controller_->isVerifyProcessRunning()) return;
+  if (!controller_->hasScannedImage()) {
+    controller_->startFaceCapture();
+  } else if (!controller_->ranFaceVerificationWithUserIdSuccessfuly()) {
+    beginUpload(std::move(owner));
+  }
+}
+
+void FaceVerification::beginUpload(std::shared_ptr<ScreenListenerOwner> owner) {
+  auto user = state_->readText(StoredKey::userId);
+  if (!user) fatalError("the stored user cannot be read");
+  if (*user == kUnknownUser || isUploading_.exchange(true)) return;
+  auto upload = std::make_shared<Upload>(shared_from_this(), std::move(owner));
+  upload->image.userId = std::move(*user);
+  upload->image.sessionId = state_->readText(StoredKey::sessionId);
+  backgroundQueue_->post(WorkLane::facts, [upload] { upload->flow->send(upload); });
+}
+
+void FaceVerification::send(const std::shared_ptr<Upload>& upload) {
+  const auto jpeg = controller_->scannedImageJpeg(kJpegQuality);
+  if (!jpeg) return;
+  upload->image.image = base64InLines(*jpeg);
+  Json body = controller_->imageRequestBody(upload->image);
+  upload->image.image = std::string();
+  if (!body.is_object()) return;
+  debugPrint("sendImageWithUserId");
+  upload->owner->sendImage(
+      std::move(body), ReplyHandler(
+                           [upload](const ResponceObject& response) {
+                             upload->flow->receive(*upload, response.output.value_or(Json()));
+                           },
+                           [upload] {
+                             upload->flow->backgroundQueue_->post(WorkLane::completions, [upload] {
+                               upload->flow->receive(*upload, Json());
+                             });
+                           }));
+}
+
+// A logout replaces the session, also when the same user signs in again.
+void FaceVerification::receive(const Upload& upload, const Json& reply) {
+  const BioImageData& image = upload.image;
+  if (state_->readText(StoredKey::userId) == image.userId &&
+      state_->readText(StoredKey::sessionId) == image.sessionId) {
+    controller_->receiveImageReply(reply);
+  }
+}
+
+}  // namespace quorvance
