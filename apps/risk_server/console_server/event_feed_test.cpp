@@ -3,8 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <iterator>
 #include <memory>
+#include <sstream>
+#include <string>
 #include <vector>
 
 #include "apps/risk_server/embedded_files.h"
@@ -124,8 +125,9 @@ TEST_F(EventFeedTest, servesThePageAsItLiesInItsFolder) {
   for (const EmbeddedFile& file : embeddedConsole()) {
     const std::string reply = ask("/" + file.path, "Connection: close\r\n")->receiveAll();
     std::ifstream stream(std::string(QUORVANCE_CONSOLE_FOLDER) + "/" + file.path);
-    const std::string onDisk{std::istreambuf_iterator<char>(stream), {}};
-    EXPECT_TRUE(reply.ends_with("\r\n\r\n" + onDisk)) << file.path;
+    std::ostringstream onDisk;
+    onDisk << stream.rdbuf();
+    EXPECT_TRUE(reply.ends_with("\r\n\r\n" + onDisk.str())) << file.path;
     EXPECT_NE(reply.find("Content-Security-Policy: default-src 'none'; script-src 'self'"),
               std::string::npos);
   }
