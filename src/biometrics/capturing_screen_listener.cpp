@@ -5,13 +5,20 @@
 #include "base/debug.h"
 #include "base/fatal.h"
 #include "base/forked_child.h"
+#include "base/out_of_memory.h"
 #include "base/text.h"
 #include "biometrics/view_lookup.h"
 
-// Every operation that a host may call first asks whether this process is a fork of the host's.
+// Every operation that a host may call goes through enter().
 
 namespace quorvance {
 namespace {
+
+/// Does nothing in a fork of the host's process; nothing is thrown.
+template <class Operation>
+void enter(Operation operation) noexcept {
+  if (!isForkedChild()) hasMemoryFor(operation);
+}
 
 std::string coordinatesText(const QuorvanceGestureRecognizer& recognizer) {
   const GesturePoint place = recognizer.location();
@@ -33,11 +40,14 @@ std::shared_ptr<CapturingScreenListener> CapturingScreenListener::make(
   auto capture = std::make_shared<ScreenCapture>(services, owner, type, actionId);
   std::shared_ptr<CapturingScreenListener> listener(
       new CapturingScreenListener(services, std::move(capture), std::move(view)));
-  listener->capture_->sendScreenEvent("START");
-  if (listener->view_ && services->state->sdkConfig()->enableBioCollection.value_or(false)) {
-    watch(*listener->view_, listener);
-  }
-  services->faceVerification->runFor(std::move(owner));
+  // A listener that cannot do one of these still does the rest.
+  hasMemoryFor([&] { listener->capture_->sendScreenEvent("START"); });
+  hasMemoryFor([&] {
+    if (listener->view_ && services->state->sdkConfig()->enableBioCollection.value_or(false)) {
+      watch(*listener->view_, listener);
+    }
+  });
+  hasMemoryFor([&] { services->faceVerification->runFor(std::move(owner)); });
   return listener;
 }
 
@@ -51,20 +61,23 @@ void CapturingScreenListener::watch(View& view,
 }
 
 void CapturingScreenListener::resumeListen() {
-  if (!isForkedChild()) capture_->resumeListen();
+  enter([&] { capture_->resumeListen(); });
 }
 
 void CapturingScreenListener::pauseListenToSensors() {
-  if (!isForkedChild()) capture_->pauseListenToSensors();
+  enter([&] { capture_->pauseListenToSensors(); });
 }
 
 void CapturingScreenListener::finishScreenListener() {
-  if (!isForkedChild()) capture_->finishScreenListener();
+  enter([&] { capture_->finishScreenListener(); });
+}
+
+void CapturingScreenListener::handleTouches(const QuorvanceGestureRecognizer& recognizer) {
+  enter([&] { takeTouches(recognizer); });
 }
 
 // The bound is checked here alone; what comes of the sensors meanwhile is kept.
-void CapturingScreenListener::handleTouches(const QuorvanceGestureRecognizer& recognizer) {
-  if (isForkedChild()) return;
+void CapturingScreenListener::takeTouches(const QuorvanceGestureRecognizer& recognizer) {
   const ScreenRecording::Counts counts = recording().counts();
   if (isInDebugMode()) {
     debugPrint("data sensors and touchs " + std::to_string(counts.touchLines) + "   " +

@@ -35,6 +35,7 @@ class CapturingScreenListener : public QuorvanceScreenListener {
 
   /// Tags the subviews and adds the recognizer, which holds the listener weakly.
   static void watch(View& view, const std::shared_ptr<CapturingScreenListener>& listener);
+  void takeTouches(const QuorvanceGestureRecognizer& recognizer);
   void handleState(GestureState state, TouchRow row);
   void began(TouchRow row);
   void changed(TouchRow row);

@@ -5,6 +5,7 @@
 #include "base/base64.h"
 #include "base/debug.h"
 #include "base/fatal.h"
+#include "base/out_of_memory.h"
 
 namespace quorvance {
 namespace {
@@ -24,6 +25,9 @@ struct FaceVerification::Upload {
   const std::shared_ptr<FaceVerification> flow;
   const std::shared_ptr<ScreenListenerOwner> owner;
   BioImageData image;
+  /// Tells the controller that no answer came. Made beforehand: an answer may be lost for want of
+  /// memory.
+  std::shared_ptr<PreparedTask> unanswered;
 };
 
 FaceVerification::FaceVerification(std::shared_ptr<FaceDetection> controller,
@@ -57,7 +61,11 @@ void FaceVerification::beginUpload(std::shared_ptr<ScreenListenerOwner> owner) {
   auto upload = std::make_shared<Upload>(shared_from_this(), std::move(owner));
   upload->image.userId = std::move(*user);
   upload->image.sessionId = state_->readText(StoredKey::sessionId);
-  backgroundQueue_->post(WorkLane::facts, [upload] { upload->flow->send(upload); });
+  upload->unanswered = backgroundQueue_->prepare(
+      WorkLane::completions,
+      [raw = upload.get()](const auto& /*owner*/) { raw->flow->receive(*raw, Json()); });
+  if (!upload->unanswered) return;
+  backgroundQueue_->post(WorkLane::facts, withinMemory([upload] { upload->flow->send(upload); }));
 }
 
 void FaceVerification::send(const std::shared_ptr<Upload>& upload) {
@@ -65,19 +73,18 @@ void FaceVerification::send(const std::shared_ptr<Upload>& upload) {
   if (!jpeg) return;
   upload->image.image = base64InLines(*jpeg);
   Json body = controller_->imageRequestBody(upload->image);
+  const JsonDiscarder discarder(body);
   upload->image.image = std::string();
   if (!body.is_object()) return;
   debugPrint("sendImageWithUserId");
-  upload->owner->sendImage(
-      std::move(body), ReplyHandler(
-                           [upload](const ResponceObject& response) {
-                             upload->flow->receive(*upload, response.output.value_or(Json()));
-                           },
-                           [upload] {
-                             upload->flow->backgroundQueue_->post(WorkLane::completions, [upload] {
-                               upload->flow->receive(*upload, Json());
-                             });
-                           }));
+  upload->owner->sendImage(std::move(body), ReplyHandler(
+                                                [upload](const ResponceObject& response) {
+                                                  const Json none;
+                                                  upload->flow->receive(
+                                                      *upload,
+                                                      response.output ? *response.output : none);
+                                                },
+                                                [upload] { upload->unanswered->start(upload); }));
 }
 
 // A logout replaces the session, also when the same user signs in again.

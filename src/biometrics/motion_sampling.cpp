@@ -6,6 +6,7 @@
 
 #include "base/debug.h"
 #include "base/forked_child.h"
+#include "base/out_of_memory.h"
 
 namespace quorvance {
 namespace {
@@ -51,7 +52,7 @@ void MotionSampling::carryOut(Order order) {
     Order next = std::move(orders_.front());
     orders_.pop_front();
     lock.unlock();
-    drive(std::move(next));
+    hasMemoryFor([&] { drive(std::move(next)); });
     lock.lock();
   }
   isBeingDriven_ = false;

@@ -4,6 +4,7 @@
 
 #include "base/debug.h"
 #include "base/fatal.h"
+#include "base/out_of_memory.h"
 #include "diagnostics/activity_map.h"
 #include "diagnostics/operation_trace.h"
 
@@ -91,16 +92,17 @@ void ScreenCapture::pauseListenToSensors() {
 // The entry is closed before the work can begin, on whatever thread it runs.
 void ScreenCapture::finishScreenListener() {
   { const OperationTrace trace(*services_->tracing, "finishScreenListener"); }
-  services_->mainQueue->post([self = shared_from_this()] { self->finish(); });
+  services_->mainQueue->post(withinMemory([self = shared_from_this()] { self->finish(); }));
 }
 
+// Without memory for one step the others are taken all the same: sensors must not stay on.
 void ScreenCapture::finish() {
-  sendScreenEvent("END");
-  pauseListenToSensors();
+  hasMemoryFor([&] { sendScreenEvent("END"); });
+  hasMemoryFor([&] { pauseListenToSensors(); });
   const std::int64_t end = services_->state->now();
   const auto activityMap = services_->state->sdkConfig()->activityMap;
   if (!activityMap) fatalError("the configuration does not say whether activities are recorded");
-  if (*activityMap) storeActivity(end);
+  if (*activityMap) hasMemoryFor([&] { storeActivity(end); });
   if (recording_->counts().isEmpty()) {
     debugPrint("file not saved, with empty eventList & sensorsData");
     return;
@@ -135,10 +137,10 @@ void ScreenCapture::upload(std::int64_t finishedAt) {
                     state.vendorIdentifier()};
   PreparedCall call = owner_->prepareCall(Service::biometricData);
   services_->backgroundQueue->post(
-      WorkLane::completions,
-      [owner = owner_, rows = std::move(rows), texts = std::move(texts), call = std::move(call)] {
+      WorkLane::completions, withinMemory([owner = owner_, rows = std::move(rows),
+                                           texts = std::move(texts), call = std::move(call)] {
         owner->sendCall(call, uploadBody(*rows, texts), printingHandler("BiometricData"));
-      });
+      }));
 }
 
 }  // namespace quorvance

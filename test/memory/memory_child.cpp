@@ -27,7 +27,7 @@ constexpr int kVerdictMissing = 4;
 constexpr int kVerdictTwice = 5;
 constexpr int kNothingFailed = 6;
 // Only a verdict that never comes is waited for so long.
-constexpr std::chrono::seconds kPatience{15};
+constexpr std::chrono::seconds kTimeout{15};
 
 /// Counts verdicts, each of which must come once.
 class Verdicts {
@@ -46,7 +46,7 @@ class Verdicts {
     std::unique_lock lock(mutex_);
     const auto asked = counts_.begin() + static_cast<std::ptrdiff_t>(asked_);
     const auto haveAllCome = [&] { return std::count(counts_.begin(), asked, 0) == 0; };
-    if (!arrived_.wait_for(lock, kPatience, haveAllCome)) return kVerdictMissing;
+    if (!arrived_.wait_for(lock, kTimeout, haveAllCome)) return kVerdictMissing;
     std::puts("all have come");
     std::fflush(stdout);
     return std::count(counts_.begin(), asked, 1) == asked - counts_.begin() ? EXIT_SUCCESS
@@ -70,6 +70,35 @@ void call(const std::function<void()>& operation) {
   }
 }
 
+/// Has nothing in it, and keeps what wants to know of its touches.
+class PlainView : public View {
+ public:
+  std::shared_ptr<QuorvanceGestureRecognizer> recognizer;
+
+  ViewFrame frame() override { return {0, 0, 100, 100}; }
+  std::int64_t tag() override { return tag_; }
+  void setTag(std::int64_t tag) override { tag_ = tag; }
+  std::vector<std::shared_ptr<View>> subviews() override { return {}; }
+  std::string description() override { return {}; }
+  void addGestureRecognizer(std::shared_ptr<QuorvanceGestureRecognizer> added) override {
+    recognizer = std::move(added);
+  }
+
+ private:
+  std::int64_t tag_ = 0;
+};
+
+void playScreen(QuorvanceManager& manager) {
+  const auto view = std::make_shared<PlainView>();
+  std::shared_ptr<QuorvanceScreenListener> listener;
+  call([&] { listener = manager.startNewScreenListener(ScreenListenerType::GENERAL, 1, view); });
+  for (const auto state : {GestureState::began, GestureState::changed, GestureState::ended}) {
+    if (view->recognizer) call([&] { view->recognizer->setState(state, {5, 5}); });
+  }
+  call([&] { listener->resumeListen(); });
+  call([&] { listener->finishScreenListener(); });
+}
+
 void playRound(QuorvanceManager& manager, const std::string& url, Verdicts& verdicts) {
   const Login login(std::make_shared<User>(User{.userId = "anna"}));
   const Transaction transfer({.amount = 12.5});
@@ -81,7 +110,7 @@ void playRound(QuorvanceManager& manager, const std::string& url, Verdicts& verd
   call([&] {
     manager.updateCheckPointStatus(CheckPointType::LOGIN, "r", CheckPointStatus::APPROVED, {});
   });
-  call([&] { manager.startNewScreenListener(ScreenListenerType::GENERAL, 1, nullptr); });
+  playScreen(manager);
   call([&] { manager.crashEyeDidCatchCrash(CrashModel{}); });
   call([&] { manager.onRequestAccessWithTypeMobilePermission(MobilePermission::CAMERA); });
   call([&] { manager.sendingTracingData(); });

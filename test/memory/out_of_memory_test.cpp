@@ -33,7 +33,7 @@ class OutOfMemoryTest : public testing::Test {
 
 TEST_F(OutOfMemoryTest, AllocationsThatFailAtRandomCostNoVerdictAndThrowNothing) {
   world_.server.setConfiguration(nlohmann::ordered_json::parse(
-      R"({"timeout_connection": 10,
+      R"({"timeout_connection": 10, "enable_bio_collection": true, "activity_map": true,
           "tracing_manager": {"level_qv_manager": true, "level_sending_data": true}})"));
   for (const char* const oneIn : {"4", "40", "400"}) {
     for (int seed = 0; seed < 20; ++seed) {
