@@ -36,7 +36,7 @@ class VerdictInbox {
     };
   }
 
-  /// As many as have come when the count is reached or patience ends.
+  /// As many as have come when the count is reached or the timeout comes.
   std::vector<ReceivedVerdict> wait(std::size_t count) {
     std::unique_lock lock(mutex_);
     arrived_.wait_for(lock, kTestPatience, [&] { return verdicts_.size() >= count; });

@@ -44,10 +44,10 @@ class WatchedDocuments : public DocumentsFolder {
     return inner_->unfinishedDocuments();
   }
 
-  /// As many as there were when the count is reached or patience ends.
-  std::size_t waitForWrites(std::size_t wanted, std::chrono::seconds patience) {
+  /// As many as there were when the count is reached or the timeout comes.
+  std::size_t waitForWrites(std::size_t wanted, std::chrono::seconds timeout) {
     std::unique_lock lock(mutex_);
-    written_.wait_for(lock, patience, [&] { return writes_ >= wanted; });
+    written_.wait_for(lock, timeout, [&] { return writes_ >= wanted; });
     return writes_;
   }
 

@@ -19,11 +19,16 @@
 #include "quorvance/screen_listener.h"
 #include "quorvance/screen_listener_type.h"
 
+namespace quorvance {
+
+// Not a part of the interface, hence before what is exported.
+class ManagerCore;
+
+}  // namespace quorvance
+
 #pragma GCC visibility push(default)
 
 namespace quorvance {
-
-class ManagerCore;
 
 /// The verdict of the server, the same signed by it ("-1" when there is none), and the identifier
 /// under which the outcome is reported later. Runs once, on a background thread of the library; a

@@ -42,7 +42,7 @@ std::shared_ptr<DeviceFactsCache::Waiter> DeviceFactsCache::waiterFor(Task task)
   auto waiter = std::make_shared<Waiter>();
   waiter->queue = backgroundQueue_;
   waiter->task = std::move(task);
-  mainQueue_->postAfter(kFactsPatience, [waiter] { waiter->release(); });
+  mainQueue_->postAfter(kFactsTimeout, [waiter] { waiter->release(); });
   return waiter;
 }
 
@@ -53,7 +53,7 @@ void DeviceFactsCache::join(NextRound& next, Task task, void (DeviceFactsCache::
     const std::lock_guard lock(mutex_);
     const std::shared_ptr<Round> waiting = next.lock();
     auto& waiters = waiting ? waiting->waiters : round->waiters;
-    // Those whose patience has ended wait no more.
+    // Those whose timeout has come wait no more.
     std::erase_if(waiters, [](const auto& other) { return other->isReleased.load(); });
     if (waiter) waiters.push_back(std::move(waiter));
     if (waiting) return;

@@ -10,7 +10,7 @@
 namespace quorvance {
 
 /// How long a payload waits for facts that are being read.
-inline constexpr std::chrono::seconds kFactsPatience{2};
+inline constexpr std::chrono::seconds kFactsTimeout{2};
 
 /// Reads device facts on the fact lane and keeps the last answers, so that no host call waits for
 /// a file or a bus. Any thread, guarded by one mutex.
@@ -27,7 +27,7 @@ class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
   std::shared_ptr<const DeviceFacts> snapshot() const;
 
   /// Runs the task on the background queue, once: after the system facts have been read, or when
-  /// patience is at its end.
+  /// the timeout has come.
   void whenSystemKnown(Task task);
   /// The same after a whole refresh that began with this call or later.
   void whenRefreshed(Task task);

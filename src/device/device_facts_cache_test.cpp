@@ -28,7 +28,7 @@ TEST(DeviceFactsCacheTest, TheFirstStepReadsTheSystemAlone) {
   EXPECT_EQ(runs, 1);
   EXPECT_EQ(world.cache->snapshot()->network.radioTechnology, std::nullopt);
   world.time->advance(10s);
-  EXPECT_EQ(runs, 1) << "once more when patience ended";
+  EXPECT_EQ(runs, 1) << "once more after the timeout";
 }
 
 TEST(DeviceFactsCacheTest, ATaskWaitsTwoSecondsForFactsThatHang) {
@@ -96,7 +96,7 @@ TEST(DeviceFactsCacheTest, BatteryAndPostureAreNotEvenReadInProduction) {
   EXPECT_EQ(posture->reads, 3);
 }
 
-// The cache is asked by a source that comes later, as by a payload whose patience ends meanwhile.
+// The cache is asked by a source that comes later, as by a payload whose timeout comes meanwhile.
 TEST(DeviceFactsCacheTest, AGroupThatHangsKeepsNothingBackThatWasReadBefore) {
   class LateFonts : public FactSource<FontFacts> {
    public:

@@ -116,10 +116,10 @@ TEST(InspectionTest, NamesSourcesAndWhatIsKnownAndNotSent) {
 }
 
 TEST(InspectionTest, WaitsForTheFirstReadingOfThePermissionsAndNotForEver) {
-  for (const int patience : {0, -1'000}) {
+  for (const int timeout : {0, -1'000}) {
     InspectionWorld world;
     const auto slow = std::make_shared<SlowAuthorization>();
-    slow->looks = patience;
+    slow->looks = timeout;
     slow->answers[AuthorizationSubject::camera] = AuthorizationStatus::authorized;
     slow->answers[AuthorizationSubject::location] = AuthorizationStatus::authorized;
     world.location->fix = LocationFix{.latitude = 47.5};
@@ -127,7 +127,7 @@ TEST(InspectionTest, WaitsForTheFirstReadingOfThePermissionsAndNotForEver) {
     const auto fields = world.inspect();
     EXPECT_EQ(fieldOf(fields, "camera").value, R"("authorized")");
     EXPECT_EQ(fieldOf(fields, "place").value, R"({"latitude":47.5})");
-    EXPECT_GT(slow->looks, patience);
+    EXPECT_GT(slow->looks, timeout);
   }
 }
 

@@ -21,7 +21,7 @@ enum class AuthorizationStatus {
 };
 
 /// The user's permissions as they stand now. Host calls ask it, so it answers at once, from memory,
-/// from any thread, and throws nothing. One that learns of them over a bus keeps its own picture
+/// from any thread, and throws nothing. One that learns of them over a bus keeps its own snapshot
 /// fresh in the background, and until its first reading has ended it answers that location services
 /// are on and every status is not determined.
 class AuthorizationSource {

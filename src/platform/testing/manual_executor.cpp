@@ -42,9 +42,9 @@ std::uint64_t ManualExecutor::delayedPosts() const {
   return delayedPosts_;
 }
 
-bool ManualExecutor::waitForDelayedPosts(std::uint64_t count, std::chrono::seconds patience) const {
+bool ManualExecutor::waitForDelayedPosts(std::uint64_t count, std::chrono::seconds timeout) const {
   std::unique_lock lock(mutex_);
-  return delayedPosted_.wait_for(lock, patience, [&] { return delayedPosts_ >= count; });
+  return delayedPosted_.wait_for(lock, timeout, [&] { return delayedPosts_ >= count; });
 }
 
 bool ManualExecutor::runOne() {

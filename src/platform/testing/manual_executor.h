@@ -47,8 +47,8 @@ class ManualExecutor : public WallClock, public MainQueue, public BackgroundQueu
   void close();
   /// How often postAfter was called, by whatever thread.
   std::uint64_t delayedPosts() const;
-  /// Waits, in real time, until it was called so often; false when patience ends first.
-  bool waitForDelayedPosts(std::uint64_t count, std::chrono::seconds patience) const;
+  /// Waits, in real time, until it was called so often; false when the timeout comes first.
+  bool waitForDelayedPosts(std::uint64_t count, std::chrono::seconds timeout) const;
   /// Work that waits, delayed work included.
   std::size_t waiting() const;
 

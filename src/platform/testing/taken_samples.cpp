@@ -36,7 +36,7 @@ TakenSamples::~TakenSamples() {
   linesSeen.clear();
 }
 
-bool TakenSamples::waitForAnother(std::string_view sensor, std::chrono::seconds patience) const {
+bool TakenSamples::waitForAnother(std::string_view sensor, std::chrono::seconds timeout) const {
   const std::string end = std::string(sensor) + "]";
   const auto countLocked = [&] {
     return std::count_if(linesSeen.begin(), linesSeen.end(),
@@ -44,7 +44,7 @@ bool TakenSamples::waitForAnother(std::string_view sensor, std::chrono::seconds 
   };
   std::unique_lock lock(linesMutex);
   const auto before = countLocked();
-  return lineCame.wait_for(lock, patience, [&] { return countLocked() > before; });
+  return lineCame.wait_for(lock, timeout, [&] { return countLocked() > before; });
 }
 
 }  // namespace quorvance

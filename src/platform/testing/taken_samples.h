@@ -15,8 +15,8 @@ class TakenSamples {
   TakenSamples& operator=(const TakenSamples&) = delete;
 
   /// Waits, in real time, for one more sample of the sensor, by its word in the line ("mag"); false
-  /// when patience ends first.
-  bool waitForAnother(std::string_view sensor, std::chrono::seconds patience) const;
+  /// when the timeout comes first.
+  bool waitForAnother(std::string_view sensor, std::chrono::seconds timeout) const;
 };
 
 }  // namespace quorvance

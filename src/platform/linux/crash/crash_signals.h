@@ -40,7 +40,7 @@ using SignalHandler = void (*)(int number, siginfo_t* info, void* context);
 /// which handlers of a runtime it replaces. Ordinary context.
 void catchSignals(SignalHandler handler);
 
-/// The instruction at which a signal struck, from its handler's last argument; null where this
+/// The instruction at which a signal was raised, from its handler's last argument; null where this
 /// processor is not known. Async-signal-safe.
 const void* faultingInstruction(const void* context);
 

@@ -19,7 +19,7 @@
 namespace quorvance {
 namespace {
 
-constexpr std::chrono::seconds kPatience{20};
+constexpr std::chrono::seconds kTimeout{20};
 
 std::string nameOf(NetworkKind kind) {
   const char* const names[] = {"none", "wlan", "wwan", "other", "unknown"};
@@ -38,7 +38,7 @@ class KindInbox {
   }
   bool waitFor(NetworkKind kind) {
     std::unique_lock lock(mutex_);
-    return told_.wait_for(lock, kPatience, [&] { return last_ == kind; });
+    return told_.wait_for(lock, kTimeout, [&] { return last_ == kind; });
   }
 
  private:

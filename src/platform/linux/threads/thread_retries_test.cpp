@@ -38,8 +38,8 @@ class RefusedWork {
     const NoThreads noThreads;
     post([done = done_] { done->set_value(); });
   }
-  bool isDone(std::chrono::milliseconds patience = kThreadTestPatience) {
-    return future_.wait_for(patience) == std::future_status::ready;
+  bool isDone(std::chrono::milliseconds timeout = kThreadTestPatience) {
+    return future_.wait_for(timeout) == std::future_status::ready;
   }
 
  private:

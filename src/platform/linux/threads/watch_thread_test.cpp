@@ -14,7 +14,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kPatience{20};
+constexpr std::chrono::seconds kTimeout{20};
 
 /// Waits for an event or a time and says which thread ran it, and which destroyed it.
 class OneWatch : public Watch {
@@ -45,7 +45,7 @@ class OneWatch : public Watch {
 
 template <class Value>
 bool isReadyInTime(std::future<Value>& future) {
-  return future.wait_for(kPatience) == std::future_status::ready;
+  return future.wait_for(kTimeout) == std::future_status::ready;
 }
 
 TEST(WatchThreadTest, RunsAWatchWhenItsEventOrItsTimeHasComeAndDropsItThere) {

@@ -27,7 +27,7 @@ struct FaultyWorld : RealWorld {
         nlohmann::ordered_json::parse(R"({"timeout_connection": 1, "tracing_manager": {}})"));
     manager = std::make_unique<QuorvanceManager>(platformWith(documents));
     manager->setupWithServerUrl(server.url(), "anna");
-    // The identifier is asked for over the same road, so the configuration is in force once a
+    // The identifier is asked for the same way, so the configuration is in force once a
     // session was taken.
     EXPECT_TRUE(sees("qrsk-med/3.0/getSdkConfiguration/"));
     manager->initializeDeviceId();
