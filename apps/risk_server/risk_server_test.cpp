@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <ctime>
 #include <iterator>
 
+#include "apps/risk_server/http/client_connection.h"
 #include "apps/risk_server/http/http_listener.h"
+#include "apps/risk_server/http/raw_client.h"
 #include "apps/risk_server/served_test_support.h"
 #include "apps/risk_server/verdicts/signed_verdict.h"
 
@@ -90,6 +93,8 @@ TEST_F(RiskServerTest, answersWhatIsNoWholeRequestAndGoesOn) {
       {"POST /" + std::string(20'000, 'x') + " HTTP/1.1\r\n\r\n", 414},
       {rawPost(kVerdictPath, "{}").substr(0, 120), 400},
       {"POST / HTTP/1.1\r\nContent-Length: 99999999999\r\n\r\n", 413},
+      {"POST / HTTP/1.1\r\nContent-Length: 1\r\nContent-Length: 2\r\n\r\nxy", 400},
+      {"POST / HTTP/1.1\r\nContent-Length: 1\r\nTransfer-Encoding: chunked\r\n\r\nx", 400},
       {"POST / HTTP/1.1\r\nContent-Encoding: gzip\r\nContent-Length: 1\r\n\r\nx", 415},
       {"POST / HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n", 400},
   };
@@ -100,6 +105,20 @@ TEST_F(RiskServerTest, answersWhatIsNoWholeRequestAndGoesOn) {
   }
   EXPECT_TRUE(server_.waitForRefusals(std::size(kCases), kTestTimeout));
   EXPECT_EQ(get("/control/health").code(), 200);
+}
+
+TEST(HttpListenerTest, aHeadThatNeverEndsFreesItsWorker) {
+  HttpListener listener([](const HttpRequest&) { return HttpReply(); }, [] { return true; }, {},
+                        {.workers = 1, .head = std::chrono::milliseconds(50)});
+  listener.start(0);
+  const std::string url = "http://127.0.0.1:" + std::to_string(listener.port()) + "/";
+  const auto begin = std::chrono::steady_clock::now();
+  sample::RawClient half(url);
+  half.send("GET / HTTP/1.1\r\nHost:");
+  sample::RawClient whole(url);
+  whole.send("GET / HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n");
+  EXPECT_TRUE(whole.receiveAll().starts_with("HTTP/1.1 200"));
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, kTransferTimeout / 2);
 }
 
 TEST_F(RiskServerTest, boundsABodyWithoutAnnouncedLength) {

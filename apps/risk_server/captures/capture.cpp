@@ -31,6 +31,14 @@ std::optional<Delivery> deliveryAt(const Json& line) {
   return std::nullopt;
 }
 
+// Empty for a connection that was closed as it came; a line without any is none of an exchange.
+std::string pathAt(const Json& line) {
+  const Json* path = findMember(line, "path");
+  if (path == nullptr) throw InputError("path: missing");
+  if (!path->is_string()) throw InputError("path: expected a text, got " + quoteForMessage(*path));
+  return path->get<std::string>();
+}
+
 CapturedExchange readLine(const Json& line) {
   if (!line.is_object()) throw InputError("expected an object, got " + quoteForMessage(line));
   CapturedExchange captured;
@@ -38,7 +46,7 @@ CapturedExchange readLine(const Json& line) {
   exchange.time = findInteger(line, "time").value_or(0);
   exchange.received = findInteger(line, "received").value_or(exchange.time);
   exchange.method = findText(line, "method").value_or("");
-  exchange.path = findText(line, "path").value_or("");
+  exchange.path = pathAt(line);
   exchange.contentType = findText(line, "contentType").value_or("");
   exchange.request = bytesAt(line, "request");
   exchange.status = static_cast<int>(findInteger(line, "status").value_or(0));

@@ -33,7 +33,7 @@ int checkCapture(const std::filesystem::path& file, const Contract& contract, st
   out << capture.exchanges.size() << " calls, " << violations << " violations";
   if (capture.skipped > 0) out << ", " << capture.skipped << " entries that are no service calls";
   out << '\n';
-  return violations == 0 ? kKept : kBroken;
+  return violations == 0 && !capture.exchanges.empty() ? kKept : kBroken;
 }
 
 }  // namespace risk_server

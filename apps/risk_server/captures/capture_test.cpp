@@ -94,10 +94,12 @@ TEST(CaptureTest, readsWhatAProxyWrote) {
          "postData": {"mimeType": "x", "text": "{\"a\":1}"}},
        "response": {"status": 200, "content": {"text": "eyJiIjoyfQ==", "encoding": "base64"}}},
       {"request": {"method": "POST", "url": "https://bank.example/base/qrsk-med/3.0/GetDeviceID/",
+         "headers": [], "postData": {"text": "{}"}}, "response": {"status": 404}},
+      {"request": {"method": "POST", "url": "https://bank.example/qrsk-med/3.0//GetDeviceID/?a=/b/",
          "headers": [], "postData": {"text": "{}"}}, "response": {"status": 404}}]}})",
                                       contract());
   EXPECT_EQ(capture.skipped, 1U);
-  ASSERT_EQ(capture.exchanges.size(), 2U);
+  ASSERT_EQ(capture.exchanges.size(), 3U);
   const Exchange& first = capture.exchanges[0].exchange;
   EXPECT_EQ(first.path, "/qrsk-med/3.0//GetDeviceID/");
   EXPECT_EQ(first.time, 1'700'000'000'123);
@@ -106,13 +108,17 @@ TEST(CaptureTest, readsWhatAProxyWrote) {
   EXPECT_EQ(first.violations.front().text(), "keys: missing");
   EXPECT_NE(capture.exchanges[1].exchange.fault.find("slash for slash"), std::string::npos);
   EXPECT_EQ(capture.exchanges[1].where, "entry 3");
+  EXPECT_EQ(capture.exchanges[2].exchange.path, "/qrsk-med/3.0//GetDeviceID/?a=/b/");
+  EXPECT_FALSE(capture.exchanges[2].exchange.fault.empty());
 }
 
 TEST(CaptureTest, namesTheLineThatIsNone) {
   const std::pair<const char*, const char*> kCases[] = {
-      {"{}\n\n{", "line 3: no JSON: parse error"},
+      {"{\"path\": \"/\"}\n\n{", "line 3: no JSON: parse error"},
+      {"{\"path\": 5}", "line 1: path: expected a text, got 5"},
+      {"{}", "line 1: path: missing"},
       {"[]", "line 1: expected an object"},
-      {"{\"requestBytes\": \"?\"}", "line 1: requestBytes: expected base64url"},
+      {"{\"path\": \"/\", \"requestBytes\": \"?\"}", "line 1: requestBytes: expected base64url"},
       {"{\"log\": {}}", "log.entries: expected an array"},
       {"{\"log\": {\"entries\": [{}]}}", "entry 1: request.url: missing"},
   };
@@ -141,6 +147,7 @@ TEST(CaptureTest, theCheckTellsEachViolationAndEndsWithOne) {
   };
   const Exchange right = exchangeOf(kEnrichPath, sample::commonBody().dump());
   EXPECT_EQ(check({right, {}}), "0 2 calls, 0 violations\n");
+  EXPECT_EQ(check({}), "1 0 calls, 0 violations\n") << "a check of nothing has found nothing";
   Json wrong = sample::commonBody();
   wrong["keys"].erase("device_id");
   wrong["version"] = 1;

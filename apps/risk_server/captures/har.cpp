@@ -47,13 +47,15 @@ std::string serviceTarget(const std::string& url, const Contract& contract) {
   const auto scheme = url.find("//");
   const auto slash = scheme == std::string::npos ? scheme : url.find('/', scheme + 2);
   if (slash == std::string::npos) return {};
-  const std::string path = url.substr(slash, url.find('#') - slash);
-  for (const auto& [target, call] : contract.calls()) {
-    if (path.ends_with(target)) return target;
-    // One that differs in its slashes is a call that went wrong, not another service.
-    const auto begin = path.rfind(target.substr(0, target.find('/', 1) + 1));
+  const std::string target = url.substr(slash, url.find('#') - slash);
+  const std::string path = target.substr(0, target.find('?'));
+  for (const auto& [known, call] : contract.calls()) {
+    // One that differs in its slashes, or has a query, is a call that went wrong, not another
+    // service.
+    if (path.ends_with(known)) return target.substr(path.size() - known.size());
+    const auto begin = path.rfind(known.substr(0, known.find('/', 1) + 1));
     if (begin == std::string::npos) continue;
-    if (squeezeSlashes(path.substr(begin)) == squeezeSlashes(target)) return path.substr(begin);
+    if (squeezeSlashes(path.substr(begin)) == squeezeSlashes(known)) return target.substr(begin);
   }
   return {};
 }

@@ -29,8 +29,8 @@ void setTransferTimeout(int descriptor, std::chrono::seconds timeout) {
 
 }  // namespace
 
-ClientConnection::ClientConnection(int descriptor, std::chrono::seconds idleTimeout)
-    : descriptor_(descriptor), idleTimeout_(idleTimeout) {
+ClientConnection::ClientConnection(int descriptor, const ListenerLimits& limits)
+    : descriptor_(descriptor), limits_(limits) {
   const int on = 1;
   (void)setsockopt(descriptor_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
   setTransferTimeout(descriptor_, kTransferTimeout);
@@ -55,7 +55,7 @@ void ClientConnection::drain() {
 bool ClientConnection::waitForRequest() {
   if (begin_ < end_) return true;
   pollfd watched{descriptor_, POLLIN, 0};
-  const auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(idleTimeout_).count();
+  const auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(limits_.idle).count();
   int ready = 0;
   do {
     ready = ::poll(&watched, 1, static_cast<int>(limit));
@@ -68,6 +68,19 @@ void ClientConnection::beginRequest() {
   budget_ = kMaxBodyBytes + kMaxFramingBytes;
   requestLine_.clear();
   requestLineWhole_ = false;
+  headDeadline_ = std::chrono::steady_clock::now() + limits_.head;
+}
+
+// Waits for further bytes of the head while it may still come.
+bool ClientConnection::isHeadLate() const {
+  using std::chrono::milliseconds;
+  for (;;) {
+    const auto left =
+        std::chrono::ceil<milliseconds>(*headDeadline_ - std::chrono::steady_clock::now());
+    if (left <= milliseconds::zero()) return true;
+    pollfd watched{descriptor_, POLLIN, 0};
+    if (::poll(&watched, 1, static_cast<int>(left.count())) > 0) return false;
+  }
 }
 
 std::string ClientConnection::requestLinePart(int index) const {
@@ -101,6 +114,7 @@ ssize_t ClientConnection::fill() {
 ssize_t ClientConnection::read(char* bytes, size_t size) {
   if (budget_ == 0) return -1;
   if (begin_ == end_) {
+    if (headDeadline_ && isHeadLate()) return -1;
     const ssize_t got = fill();
     if (got <= 0) return got;
   }

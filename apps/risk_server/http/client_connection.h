@@ -7,6 +7,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -20,18 +21,20 @@ inline constexpr std::size_t kMaxFramingBytes = std::size_t{1} << 20;
 inline constexpr std::chrono::seconds kTransferTimeout{10};
 
 // Used by the thread that serves the connection; endReading() by any thread.
-// Life: waitForRequest, beginRequest, the parser reads and writes; again;
+// Life: waitForRequest, beginRequest, the parser reads the head, endHead, reads and writes; again;
 // drain; closed by the destructor.
 class ClientConnection : public httplib::Stream, public ReplySink {
  public:
-  ClientConnection(int descriptor, std::chrono::seconds idleTimeout);  // owns the descriptor
+  ClientConnection(int descriptor, const ListenerLimits& limits);  // owns the descriptor
   ~ClientConnection() override;
   ClientConnection(const ClientConnection&) = delete;
   ClientConnection& operator=(const ClientConnection&) = delete;
 
   // False when the client closed, was idle for too long, or reading was ended.
   bool waitForRequest();
+  // From here to endHead() the limit of a head runs, however its bytes drip.
   void beginRequest();
+  void endHead() { headDeadline_.reset(); }
 
   // The target of the request line, byte for byte as it came; empty when the line has none.
   std::string target() const;
@@ -77,13 +80,15 @@ class ClientConnection : public httplib::Stream, public ReplySink {
 
  private:
   ssize_t fill();
+  bool isHeadLate() const;
   void noteRequestLine(const char* bytes, std::size_t size);
   std::string requestLinePart(int index) const;
 
   bool noteClientLeft();
 
   const int descriptor_;
-  const std::chrono::seconds idleTimeout_;
+  const ListenerLimits limits_;
+  std::optional<std::chrono::steady_clock::time_point> headDeadline_;
   std::atomic<bool> readingEnded_{false};
   std::array<char, 16384> buffer_{};
   std::size_t begin_ = 0;

@@ -154,7 +154,7 @@ class HttpListener::Workers {
   }
 
   void serve(int descriptor) {
-    ClientConnection connection(descriptor, limits_.idle);
+    ClientConnection connection(descriptor, limits_);
     if (!acceptsConnection_()) return;
     {
       const std::lock_guard lock(mutex_);

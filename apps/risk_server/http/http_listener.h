@@ -23,9 +23,14 @@ inline constexpr int kWorkers = 48;
 // How long a client may keep an unused connection; its uploads come every 30 s.
 inline constexpr std::chrono::seconds kIdleTimeout{120};
 
+// From a request's first byte to the end of its headers: a client that stops in between holds a
+// worker.
+inline constexpr std::chrono::milliseconds kHeadTimeout{5'000};
+
 struct ListenerLimits {
   int workers = kWorkers;
   std::chrono::seconds idle = kIdleTimeout;
+  std::chrono::milliseconds head = kHeadTimeout;
 };
 
 inline constexpr std::chrono::milliseconds kMaxDownTime{60'000};

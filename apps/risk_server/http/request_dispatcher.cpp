@@ -100,6 +100,12 @@ bool carriesBody(const httplib::Request& request) {
           request.get_header_value("Content-Length") != "0");
 }
 
+// Where such a body ends is anybody's guess (RFC 9112, 6.3).
+bool hasSeveralLengths(const httplib::Request& request) {
+  const std::size_t lengths = request.get_header_value_count("Content-Length");
+  return lengths > 1 || (lengths == 1 && request.has_header("Transfer-Encoding"));
+}
+
 }  // namespace
 
 std::unique_ptr<RequestDispatcher> RequestDispatcher::make(HttpListener::Handler handler,
@@ -143,6 +149,7 @@ bool RequestDispatcher::serveOne(ClientConnection& connection) {
   bool headersRead = false;
   const auto prepare = [&](httplib::Request& request) {
     headersRead = true;
+    connection.endHead();
     request.path.assign(1, '/');
     request.ranges.clear();  // replies are never partial
     // Replies go out byte for byte as the handler made them.
@@ -184,6 +191,8 @@ RequestDispatcher::HandlerResponse RequestDispatcher::refuseUnreadable(
     answerFault(415, "Content-Encoding: not expected", request, response);
   } else if (request.get_header_value<std::uint64_t>("Content-Length") > kMaxBodyBytes) {
     answerFault(413, faultOfStatus(413), request, response);
+  } else if (hasSeveralLengths(request)) {
+    answerFault(400, "Content-Length: one length is expected", request, response);
   } else if (request.is_multipart_form_data()) {
     answerFault(400, "Content-Type: a form is not expected", request, response);
   } else {
