@@ -139,7 +139,7 @@ class QuorvanceManager {
 
   /// Records that the host asked its user for this permission.
   void onRequestAccessWithTypeMobilePermission(MobilePermission type);
-  /// From the permissions as last read; false for a number outside the vocabulary.
+  /// As it stands now, from memory; false for a number outside the vocabulary.
   bool ifAuthorizedWithTypeMobilePermission(MobilePermission type) const;
 
   /// Data about the user that the application has collected (contacts, photo counts, calendars

@@ -38,9 +38,15 @@ TraceUploader::TraceUploader(std::shared_ptr<Context> context,
 }
 
 void TraceUploader::start(const std::shared_ptr<const void>& owner) noexcept {
+  begin(owner, &TraceUploader::scheduleRound);
+}
+
+// A loop that ends without having gone on counts as lost itself.
+void TraceUploader::begin(const std::shared_ptr<const void>& owner,
+                          void (TraceUploader::*step)(const SharedLoop&)) noexcept {
   SharedLoop loop;
   if (!hasMemoryFor([&] { loop = std::make_shared<Loop>(*this, owner); })) return resumeLost(owner);
-  hasMemoryFor([&] { scheduleRound(loop); });
+  hasMemoryFor([&] { (this->*step)(loop); });
 }
 
 void TraceUploader::resumeLost(const std::shared_ptr<const void>& owner) noexcept {
@@ -49,7 +55,10 @@ void TraceUploader::resumeLost(const std::shared_ptr<const void>& owner) noexcep
 }
 
 void TraceUploader::resume(const std::shared_ptr<const void>& owner) noexcept {
-  for (std::size_t lost = lostLoops_.exchange(0); lost > 0; --lost) start(owner);
+  // Their wait is over.
+  for (std::size_t lost = lostLoops_.exchange(0); lost > 0; --lost) {
+    begin(owner, &TraceUploader::upload);
+  }
 }
 
 void TraceUploader::scheduleRound(const SharedLoop& loop) {

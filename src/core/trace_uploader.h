@@ -26,6 +26,8 @@ class TraceUploader {
   class Loop;
   using SharedLoop = std::shared_ptr<Loop>;
 
+  void begin(const std::shared_ptr<const void>& owner,
+             void (TraceUploader::*step)(const SharedLoop&)) noexcept;
   void scheduleRound(const SharedLoop& loop);
   void upload(const SharedLoop& loop);
   void send(const PreparedCall& call, const SharedLoop& loop);

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/fatal.h"
+#include "base/out_of_memory.h"
 
 namespace quorvance {
 
@@ -36,8 +37,9 @@ void ClientIdentity::configureServerUrl(const std::optional<std::string>& server
 }
 
 void ClientIdentity::configureUserId(const std::string& userId) {
+  std::optional<std::string> copy = userId;  // from here on only the store may want memory
   state_->write(StoredKey::userId, userId);
-  setUserId(userId);
+  setUserId(std::move(copy));
 }
 
 void ClientIdentity::configureDeviceId(const std::string& deviceId) {
@@ -49,8 +51,11 @@ void ClientIdentity::configureDeviceId(const std::string& deviceId) {
 }
 
 void ClientIdentity::forgetUser() {
-  state_->write(StoredKey::userId, state_->defaultValue(StoredKey::userId));
+  // Without memory for the store the field is cleared all the same.
+  const bool isStored = hasMemoryFor(
+      [&] { state_->write(StoredKey::userId, state_->defaultValue(StoredKey::userId)); });
   setUserId(std::nullopt);
+  if (!isStored) return;
   if (!state_->readText(StoredKey::userId)) fatalError("the stored user cannot be read");
 }
 

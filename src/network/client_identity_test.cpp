@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
+
 #include "platform/testing/test_world.h"
 
 namespace quorvance {
@@ -49,6 +51,26 @@ TEST(ClientIdentityTest, MemoryComesBeforeTheStoreAndTheLastUrlBeforeNone) {
   world.identity.forgetUser();
   EXPECT_EQ(world.current(), "b/ UNKNOWN d");
   EXPECT_EQ(world.stored(), "a/ UNKNOWN elsewhere");
+}
+
+TEST(ClientIdentityTest, AUserIsForgottenAlsoWhenTheStoreHasNoMemory) {
+  class FullStore : public MemoryStore {
+   public:
+    bool isFull = false;
+    void write(std::string_view key, std::string_view text) override {
+      if (isFull) throw std::bad_alloc();
+      MemoryStore::write(key, text);
+    }
+  };
+  const TestWorld world;
+  const auto store = std::make_shared<FullStore>();
+  ClientIdentity identity{std::make_shared<InnerQuorvanceData>(world.time, store, nullptr)};
+  identity.configureUserId("u");
+  store->isFull = true;
+  EXPECT_THROW(identity.configureUserId("v"), std::bad_alloc);
+  EXPECT_EQ(identity.userId(), "u") << "a user that is not stored is none";
+  identity.forgetUser();
+  EXPECT_EQ(identity.userId(), std::nullopt);
 }
 
 }  // namespace
