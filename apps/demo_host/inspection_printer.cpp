@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <future>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "apps/demo_host/demo_errors.h"
 #include "apps/demo_host/state_folder.h"
+#include "quorvance/json.h"
 #include "quorvance/platform/linux_platform.h"
 #include "quorvance/quorvance_manager.h"
 
@@ -15,6 +15,7 @@ namespace demo_host {
 namespace {
 
 using quorvance::InspectedField;
+using quorvance::Json;
 
 // Buses that hang are given up long before.
 constexpr std::chrono::seconds kReadingTime{30};
@@ -85,7 +86,6 @@ std::string inspectionTable(const std::vector<InspectedField>& fields) {
 }
 
 std::string inspectionJson(const std::vector<InspectedField>& fields) {
-  using Json = nlohmann::ordered_json;
   Json all = Json::object();
   Json list = Json::array();
   for (const InspectedField& field : fields) {

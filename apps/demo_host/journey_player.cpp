@@ -16,7 +16,6 @@ using SteadyClock = std::chrono::steady_clock;
 
 // What the library answers until the server has sent an identifier.
 constexpr const char* kNoDeviceIdentifier = "no_device_id";
-constexpr std::chrono::milliseconds kLookAgainAfter{20};
 
 // As the server sees them; the doubled slashes are meant.
 constexpr const char* kConfigurationPath = "/qrsk-med/3.0/getSdkConfiguration/";

@@ -10,8 +10,6 @@ namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds kLookAgainAfter{20};
-
 }  // namespace
 
 ScreenPlayer::ScreenPlayer(quorvance::QuorvanceManager& manager, ReplayPlatform platform)

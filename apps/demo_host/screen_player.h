@@ -13,6 +13,9 @@ namespace demo_host {
 // How long the configuration that switches biometrics on is waited for.
 inline constexpr std::chrono::seconds kBiometricsTime{10};
 
+// Between two looks at what the library has no signal for.
+inline constexpr std::chrono::milliseconds kLookAgainAfter{20};
+
 enum class ReplayPace {
   // With the recording's intervals.
   real,

@@ -8,6 +8,7 @@
 namespace risk_server::sample {
 
 inline constexpr const char* kContentType = "application/json; charset=utf-8";
+inline constexpr const char* kEnrichPath = "/qrsk-med/3.0/ThirdPartyCacheEnrichment/";
 inline constexpr const char* kUuid = "7F3A9C52-04BE-4D17-9A6E-C0FFEE123456";
 
 inline Json parsed(const std::string& text) { return readServerJson(text, "sample"); }

@@ -49,15 +49,6 @@ TEST(EvidenceTest, FirstListenerWithTheActivityMapOnIsAnnouncedThenTellsTheStart
   EXPECT_EQ(enriched[0].body.size(), 3U);
 }
 
-/// Every reading is a millisecond later than the one before.
-class TickingClock : public WallClock {
- public:
-  double secondsSince1970() override { return static_cast<double>(++milliseconds_) / 1000.0; }
-
- private:
-  std::int64_t milliseconds_ = 0;
-};
-
 TEST(EvidenceTest, ListenerBeginsOnceItsTraceEntryHasEndedAndEndsUnderTheIdentityOfNow) {
   ManagerWorld world([](Platform& platform) { platform.clock = std::make_shared<TickingClock>(); });
   world.configure(

@@ -75,15 +75,6 @@ struct LogoutWatch : FakeIdentity, FakeFaceDetection {
   void reset() override { note("face, " + world->traces().back()); }
 };
 
-/// Every reading is a millisecond later.
-class TickingClock : public WallClock {
- public:
-  double secondsSince1970() override { return static_cast<double>(++milliseconds_) / 1000.0; }
-
- private:
-  std::int64_t milliseconds_ = 1'700'000'000'000;
-};
-
 TEST(SessionTest, LogoutTakesItsStepsInOrder) {
   const auto watch = std::make_shared<LogoutWatch>();
   ManagerWorld world([&](Platform& seam) { seam.identity = watch, seam.faceDetection = watch; });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -18,6 +19,15 @@ inline std::vector<std::string> keysOf(const Json& object) {
   for (const auto& item : object.items()) keys.push_back(item.key());
   return keys;
 }
+
+/// Every reading is a millisecond later than the one before.
+class TickingClock : public WallClock {
+ public:
+  double secondsSince1970() override { return static_cast<double>(++milliseconds_) / 1000.0; }
+
+ private:
+  std::int64_t milliseconds_ = 1'700'000'000'000;
+};
 
 /// A manager over doubles. Its reports are really stored and sent, in memory.
 struct ManagerWorld : TestWorld {

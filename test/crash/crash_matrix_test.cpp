@@ -27,7 +27,7 @@ using testing::IsSubsetOf;
 using testing::Not;
 using OrderedJson = nlohmann::ordered_json;
 
-constexpr std::int64_t kMaxMilliseconds = 3000;
+constexpr std::int64_t kMaxCrashMilliseconds = 3000;
 constexpr std::size_t kMaxKept = 50;
 
 /// In which builds a kind means what its name says.
@@ -209,7 +209,7 @@ void expectReports(const CrashScene& scene, const CrashCase& one) {
 
 void expectCase(const CrashScene& scene, const CrashCase& one) {
   EXPECT_FALSE(scene.end.wasHanging);
-  EXPECT_LT(scene.end.milliseconds, kMaxMilliseconds);
+  EXPECT_LT(scene.end.milliseconds, kMaxCrashMilliseconds);
   EXPECT_EQ(scene.end.signal, one.endSignal);
   EXPECT_EQ(scene.end.exitStatus, one.exitStatus);
   expectReports(scene, one);

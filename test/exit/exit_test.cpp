@@ -30,7 +30,7 @@ using testing::Not;
 constexpr int kServerThreads = 64;
 /// How long the library may hold up the end, and how long a busy machine may.
 constexpr std::int64_t kMaxDelayMilliseconds = 500;
-constexpr std::int64_t kMaxMilliseconds = 5000;
+constexpr std::int64_t kMaxExitMilliseconds = 5000;
 
 /// Answers every call over TLS; its certificate is its own authority.
 class HttpsServer {
@@ -107,7 +107,7 @@ class ExitTest : public testing::Test {
         (ending.process.endTime - std::strtol(ending.output.c_str(), nullptr, 10)) / 1'000'000;
     EXPECT_EQ(ending.process.signal, 0) << shape << ' ' << number;
     EXPECT_EQ(ending.process.exitStatus, EXIT_SUCCESS) << scratch_.get("complaints");
-    EXPECT_LT(ending.milliseconds, kMaxMilliseconds) << shape << ' ' << number;
+    EXPECT_LT(ending.milliseconds, kMaxExitMilliseconds) << shape << ' ' << number;
     return ending;
   }
 

@@ -14,8 +14,9 @@
 namespace risk_server {
 namespace {
 
+using sample::kEnrichPath;
+
 constexpr const char* kRiskPath = "/qrsk-med/3.0/GetCheckpointRisk/";
-constexpr const char* kEnrichPath = "/qrsk-med/3.0/ThirdPartyCacheEnrichment/";
 
 const Contract& contract() {
   static const Contract kContract =
@@ -23,7 +24,7 @@ const Contract& contract() {
   return kContract;
 }
 
-Exchange exchangeOf(const std::string& path, const std::string& request) {
+Exchange callTo(const std::string& path, const std::string& request) {
   Exchange exchange;
   exchange.time = exchange.received = 1'700'000'000'123;
   exchange.method = "POST";
@@ -43,11 +44,11 @@ std::string tellAll(const Exchange& exchange, const ReplyOutcome& outcome) {
 
 std::vector<CapturedExchange> sampleExchanges() {
   std::vector<Exchange> exchanges = {
-      exchangeOf(kRiskPath, sample::checkpointBody(sample::transaction()).dump()),
-      exchangeOf(kEnrichPath, R"({"keys":1,"keys":2,"big":9007199254740993})"),
-      exchangeOf(kEnrichPath, "\xff\xfe"),
-      exchangeOf("/qrsk-med/3.0/GetDeviceID/", "{}"),
-      exchangeOf(kEnrichPath, sample::commonBody().dump()),
+      callTo(kRiskPath, sample::checkpointBody(sample::transaction()).dump()),
+      callTo(kEnrichPath, R"({"keys":1,"keys":2,"big":9007199254740993})"),
+      callTo(kEnrichPath, "\xff\xfe"),
+      callTo("/qrsk-med/3.0/GetDeviceID/", "{}"),
+      callTo(kEnrichPath, sample::commonBody().dump()),
   };
   exchanges[0].risk = 2;
   exchanges[0].rule = 4;
@@ -145,13 +146,13 @@ TEST(CaptureTest, theCheckTellsEachViolationAndEndsWithOne) {
     const int status = checkCapture(file, contract(), out);
     return std::to_string(status) + " " + out.str();
   };
-  const Exchange right = exchangeOf(kEnrichPath, sample::commonBody().dump());
+  const Exchange right = callTo(kEnrichPath, sample::commonBody().dump());
   EXPECT_EQ(check({right, {}}), "0 2 calls, 0 violations\n");
   EXPECT_EQ(check({}), "1 0 calls, 0 violations\n") << "a check of nothing has found nothing";
   Json wrong = sample::commonBody();
   wrong["keys"].erase("device_id");
   wrong["version"] = 1;
-  EXPECT_EQ(check({right, exchangeOf(kEnrichPath, wrong.dump())}),
+  EXPECT_EQ(check({right, callTo(kEnrichPath, wrong.dump())}),
             "1 " + file + ":line 2: " + kEnrichPath + ": keys.device_id: missing\n" + file +
                 ":line 2: " + kEnrichPath + ": version: expected a text, got 1\n" +
                 "2 calls, 2 violations\n");
@@ -163,7 +164,7 @@ TEST(ReportTest, holdsTheNewestAndNothingThatEndsItsScript) {
   constexpr std::size_t kBound = 30'000;
   const std::string third(kBound / 3, 'x');
   for (const char* mark : {"<oldest>", "</script><b>", "<!--"}) {
-    capture.exchanges.push_back({exchangeOf(kEnrichPath, mark + third), {}, ""});
+    capture.exchanges.push_back({callTo(kEnrichPath, mark + third), {}, ""});
   }
   const std::string report = reportOf(capture, "calls.jsonl", nullptr, kBound);
   EXPECT_EQ(report.find("</script><b>"), std::string::npos);

@@ -15,9 +15,8 @@
 namespace risk_server {
 namespace {
 
+using sample::kEnrichPath;
 using sample::RawClient;
-
-constexpr const char* kEnrichPath = "/qrsk-med/3.0/ThirdPartyCacheEnrichment/";
 
 class EventFeedTest : public testing::Test {
  protected:

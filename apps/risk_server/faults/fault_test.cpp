@@ -11,11 +11,11 @@ namespace risk_server {
 namespace {
 
 using sample::Ending;
+using sample::kEnrichPath;
 using sample::RawClient;
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
-constexpr const char* kEnrichPath = "/qrsk-med/3.0/ThirdPartyCacheEnrichment/";
 constexpr const char* kOkBody = R"({"response":"OK"})";
 // Long enough that no test would pass by waiting for it.
 constexpr const char* kVeryLate = R"([{"path": "*", "latency": 600000}])";
