@@ -22,6 +22,9 @@ const char* const kBusMock = "@PROJECT_SOURCE_DIR@/test/bus/bus_mock.py";
 endif()
 
 file(GLOB_RECURSE integrationTests CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/test/*_test.cpp)
+if(QUORVANCE_SANITIZE)
+  list(FILTER integrationTests EXCLUDE REGEX "/test/memory/") # a sanitizer brings its own allocator
+endif()
 if(integrationTests AND TARGET risk_server_lib)
   quorvance_add_tests(quorvance_integration_tests
     LINK quorvance_testing quorvance_static risk_server_lib

@@ -13,7 +13,7 @@ extern const char* const kStorageChildProgram;
 extern const char* const kFaultyModule;
 /// The host that ends.
 extern const char* const kExitChildProgram;
-/// The host whose memory runs out; null where a sanitizer brings its own allocator.
+/// The host whose memory runs out; empty where a sanitizer brings its own allocator.
 extern const char* const kMemoryChildProgram;
 /// Empty in a build without.
 extern const char* const kSanitizers;

@@ -249,6 +249,9 @@ extern "C" CURL* curl_easy_init() {
   return handle;
 }
 
+// Read by the leak sanitizer: a host that ends in the middle of its work leaves that behind.
+extern "C" int __lsan_is_turned_off() { return 1; }
+
 int main(int argc, char** argv) {
   const auto shape = argc == 6 ? kShapes.find(argv[1]) : kShapes.end();
   if (shape == kShapes.end()) {

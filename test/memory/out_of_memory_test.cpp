@@ -14,10 +14,6 @@ namespace {
 /// Runs hosts whose memory runs out, against a server that goes on.
 class OutOfMemoryTest : public testing::Test {
  protected:
-  void SetUp() override {
-    if (kMemoryChildProgram == nullptr) GTEST_SKIP() << "a sanitizer brings its own allocator";
-  }
-
   /// Whether the host ended normally, and each of its verdicts had come once.
   testing::AssertionResult endsWell(std::vector<std::string> how) {
     const TemporaryFolder folder;

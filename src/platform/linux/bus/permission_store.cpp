@@ -1,5 +1,6 @@
 #include "platform/linux/bus/permission_store.h"
 
+#include <iterator>
 #include <mutex>
 #include <optional>
 #include <string_view>
@@ -98,16 +99,16 @@ class PermissionStore::StoreWatch : public BusWatch {
 
  private:
   void lookUpAll() {
-    for (const Entry& entry : kEntries) {
+    for (std::size_t i = 0; i < std::size(kEntries); ++i) {
       ++unanswered_;
       call({.service = kStoreService,
             .path = kStorePath,
             .interface = kStoreService,
             .member = "Lookup",
-            .texts = {entry.table, entry.id},
+            .texts = {kEntries[i].table, kEntries[i].id},
             .mayStart = state_->mayStart},
-           [this, &entry](BusReader* reader) {
-             take(entry, reader == nullptr ? "" : wordFor(sandbox_.application, *reader));
+           [this, i](BusReader* reader) {
+             take(kEntries[i], reader == nullptr ? "" : wordFor(sandbox_.application, *reader));
              if (--unanswered_ > 0) return;
              state_->change([](StoredPermissions& permissions) { permissions.isRead = true; });
            });

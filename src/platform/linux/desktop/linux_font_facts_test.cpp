@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "platform/testing/temporary_folder_test_support.h"
@@ -15,14 +16,15 @@ namespace {
 /// end.
 class PrivateFonts {
  public:
-  explicit PrivateFonts(const std::string& content) {
-    folder_.put("fonts.conf", "<fontconfig>" + content + "<cachedir>" + folder_.at("cache") +
+  /// Without content, one that names the folder alone.
+  explicit PrivateFonts(std::optional<std::string> content = std::nullopt) {
+    if (!content) content = "<dir>" + folder_.at("fonts") + "</dir>";
+    folder_.put("fonts.conf", "<fontconfig>" + *content + "<cachedir>" + folder_.at("cache") +
                                   "</cachedir></fontconfig>");
     std::filesystem::create_directories(folder_.at("fonts"));
     setenv("FONTCONFIG_FILE", folder_.at("fonts.conf").c_str(), 1);
     setenv("FONTCONFIG_PATH", folder_.path().c_str(), 1);
   }
-  PrivateFonts() : PrivateFonts("<dir prefix=\"relative\">fonts</dir>") {}
   ~PrivateFonts() {
     unsetenv("FONTCONFIG_FILE");
     unsetenv("FONTCONFIG_PATH");
