@@ -48,7 +48,8 @@ struct CollectorWorld : TestWorld {
     const auto state =
         std::make_shared<InnerQuorvanceData>(seam.clock, seam.defaults, seam.identity);
     const auto texts = std::make_shared<SystemTexts>(environment);
-    facts = std::make_shared<DeviceFactsCache>(seam, texts);
+    facts = std::make_shared<DeviceFactsCache>(
+        seam, texts, std::make_shared<SystemFactsReader>(seam.facts.system));
     facts->refresh();
     collector.emplace(seam, state);
     manager.emplace(seam, state, texts);

@@ -8,6 +8,7 @@
 #include "platform/testing/forked_child_test_support.h"
 #include "platform/testing/test_world.h"
 #include "quorvance/account_check_points.h"
+#include "quorvance/inspection.h"
 #include "quorvance/platform/gesture.h"
 #include "quorvance/platform/host_loop_queue.h"
 #include "test/real_world_test_support.h"
@@ -24,6 +25,12 @@ struct EndOfChild {
   }
 };
 const EndOfChild endOfChild;
+
+/// Takes no work: the child's is never to be done.
+class ForbiddenQueue : public BackgroundQueue {
+ public:
+  void post(WorkLane /*lane*/, Task /*task*/) override { _exit(5); }
+};
 
 // The child has no thread of the library and may have been born while another one held its locks.
 TEST(ForkedChildTest, EveryOperationReturnsAtOnceAndDoesNothing) {
@@ -58,6 +65,9 @@ TEST(ForkedChildTest, EveryOperationReturnsAtOnceAndDoesNothing) {
       listener->finishScreenListener();
       manager->startNewScreenListener(ScreenListenerType::PINCODE, 1, nullptr)
           ->finishScreenListener();
+      Platform idlePlatform = world->platform();
+      idlePlatform.backgroundQueue = std::make_shared<ForbiddenQueue>();
+      inspectDevice(idlePlatform, [](const std::vector<InspectedField>&) { _exit(6); });
       if (!isIdle) _exit(4);
     }));
   }

@@ -87,6 +87,7 @@ def play(demo, server, journey, folder):
 def check_journey(demo, server, journey, folder):
     script = json.loads(journey.read_text(encoding="utf-8"))
     columns = COLUMNS + (("magneticField",) if script["setup"].get("debug") else ())
+    seen = set()
     calls = play(demo, server, journey, folder)
     events = [body["screenListenerEvent"] for path, body in calls if path == "sendScreenListenerEvent"]
     # Calls overtake each other on the way.
@@ -105,18 +106,34 @@ def check_journey(demo, server, journey, folder):
         recording = screen["recording"]
         if isinstance(recording, str):
             recording = json.loads((journey.parent / recording).read_text(encoding="utf-8"))
-            check_body(screen["type"], bodies.pop(screen["type"]), recording, columns)
+            body = bodies.pop(screen["type"])
+            check_body(screen["type"], body, recording, columns)
+            seen |= kinds_of(recording, body["bio_sensor_event_data"])
     expect("further bodies", list(bodies), [])
     # The record of a screen goes out with the reports that the next checkpoint asks for.
     first = [body for path, body in calls if path == "ActivityMap" and body.get("screenId") == "3"]
     expect("activity records of the first screen", len(first), 1)
     expect("its user", first[0]["userId"], script["setup"]["user"])
+    return seen
+
+
+def kinds_of(recording, data):
+    """What this screen had of the kinds that the shipped recordings are there to show."""
+    kinds = {f"{len(row)} columns" for row in data["sensorsData"]}
+    if len(data["eventListTS"]) < len(data["eventList"]):
+        kinds.add("a touch outside of all views")
+    if any(word == "cancelled" for _, word, *_ in recording["rows"]):
+        kinds.add("a cancelled press")
+    return kinds
 
 
 def main(demo, server, journeys):
     with tempfile.TemporaryDirectory() as folder:
-        check_journey(demo, server, Path(journeys) / "banking_day.json", folder)
-        check_journey(demo, server, Path(journeys) / "screens_in_debug.json", folder)
+        seen = check_journey(demo, server, Path(journeys) / "banking_day.json", folder)
+        seen |= check_journey(demo, server, Path(journeys) / "screens_in_debug.json", folder)
+    for kind in ("9 columns", "12 columns", "a touch outside of all views", "a cancelled press"):
+        if kind not in seen:
+            fail(f"no recording shows {kind}")
 
 
 if __name__ == "__main__":

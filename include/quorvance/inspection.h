@@ -37,7 +37,9 @@ using InspectionCompletion = std::function<void(std::vector<InspectedField> fiel
 /// Reads everything that a session tells, in the mode in force (QuorvanceManager::isInDebugMode),
 /// and hands it over on a background thread. Sends nothing and stores nothing but a random
 /// identifier where the machine has none. Returns at once; buses that hang are waited for in the
-/// background, a second or two. The platform's required members must be there.
+/// background, a second or two. The completion is called once, with nothing when memory ran out
+/// meanwhile, and inside this call when it was out already. In a forked child nothing is done.
+/// Throws nothing. The platform's required members must be there.
 void inspectDevice(const Platform& platform, InspectionCompletion completion);
 
 }  // namespace quorvance

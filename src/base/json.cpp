@@ -20,14 +20,14 @@ bool fitsDepth(const Json& value, std::size_t depth) {
 }
 
 // Of a value that fits the depth.
-bool canBeWritten(const Json& value) {
+bool holdsWritable(const Json& value) {
   if (value.is_number_float()) return std::isfinite(*value.get_ptr<const Json::number_float_t*>());
   if (!value.is_structured()) return !value.is_discarded() && !value.is_binary();
-  return std::all_of(value.begin(), value.end(), canBeWritten);
+  return std::all_of(value.begin(), value.end(), holdsWritable);
 }
 
 std::optional<std::string> dumpJson(const Json& value, int indent) {
-  if (!fitsDepth(value, 0) || !canBeWritten(value)) return std::nullopt;
+  if (!canBeWritten(value)) return std::nullopt;
   return value.dump(indent, ' ', false, Json::error_handler_t::replace);
 }
 
@@ -63,6 +63,8 @@ void discardParts(Json& value, std::size_t depth) noexcept {
 
 bool isNestedTooDeep(const Json& value) { return !fitsDepth(value, 0); }
 
+bool canBeWritten(const Json& value) { return fitsDepth(value, 0) && holdsWritable(value); }
+
 Json unwritableJson() { return std::numeric_limits<double>::quiet_NaN(); }
 
 std::optional<std::string> writeJson(const Json& value) { return dumpJson(value, kCompact); }
@@ -87,10 +89,12 @@ Json makeObject(std::size_t members) {
 }
 
 void putMember(Json& object, std::string_view key, Json value) {
+  const JsonDiscarder discarder(value);
   object.get_ref<Json::object_t&>().emplace_back(std::string(key), std::move(value));
 }
 
 void setMember(Json& object, std::string_view key, Json value) {
+  const JsonDiscarder discarder(value);
   auto& members = object.get_ref<Json::object_t&>();
   const auto found = std::find_if(members.begin(), members.end(),
                                   [&](const auto& member) { return member.first == key; });
@@ -98,7 +102,6 @@ void setMember(Json& object, std::string_view key, Json value) {
     putMember(object, key, std::move(value));
   } else {
     found->second.swap(value);
-    discardJson(value);
   }
 }
 

@@ -25,6 +25,9 @@ inline constexpr std::size_t kMaxJsonValues = 65'536;
 /// Whether writing or copying the value would recurse beyond kMaxJsonDepth.
 bool isNestedTooDeep(const Json& value);
 
+/// Whether the writer takes the value; needs no memory.
+bool canBeWritten(const Json& value);
+
 /// A value that the writer refuses: what cannot be copied into a body makes the body one that
 /// cannot be JSON.
 Json unwritableJson();
@@ -54,7 +57,8 @@ std::optional<Json> parseJson(std::string_view text);
 /// way. Needs none.
 void discardJson(Json& value) noexcept;
 
-/// Discards the value at the end of a scope, be it left by an exception.
+/// Discards the value at the end of a scope, be it left by an exception. A function that builds a
+/// value keeps it at last, to return it.
 class JsonDiscarder {
  public:
   explicit JsonDiscarder(Json& value) : value_(&value) {}
@@ -64,11 +68,12 @@ class JsonDiscarder {
     if (value_ != nullptr) discardJson(*value_);
     if (optional_ != nullptr && *optional_) discardJson(**optional_);
   }
+  void keep() { value_ = nullptr; }
   JsonDiscarder(const JsonDiscarder&) = delete;
   JsonDiscarder& operator=(const JsonDiscarder&) = delete;
 
  private:
-  Json* const value_ = nullptr;
+  Json* value_ = nullptr;
   std::optional<Json>* const optional_ = nullptr;
 };
 

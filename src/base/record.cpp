@@ -110,7 +110,9 @@ void writeEmptyObject(Json& object, std::string_view key) {
 
 Json erasedToJson(const void* record, std::span<const ErasedField> fields) {
   Json object = makeObject(fields.size());
+  JsonDiscarder discarder(object);
   writeErased(object, record, fields);
+  discarder.keep();
   return object;
 }
 

@@ -42,8 +42,9 @@ Json rowOf(std::int64_t time) {
 template <class Row>
 void putRows(Json& json, std::string_view key, const std::optional<std::vector<Row>>& list) {
   if (!list) return;
-  Json::array_t rows;
-  rows.reserve(list->size());
+  Json rows = Json::array();
+  const JsonDiscarder discarder(rows);
+  rows.get_ref<Json::array_t&>().reserve(list->size());
   for (const Row& row : *list) rows.push_back(rowOf(row));
   putMember(json, key, std::move(rows));
 }
@@ -52,6 +53,7 @@ void putRows(Json& json, std::string_view key, const std::optional<std::vector<R
 
 Json BioSensorEventData::getJson() const {
   Json json = makeObject(11);
+  JsonDiscarder discarder(json);
   if (fraudster) putMember(json, "fraudster", *fraudster);
   if (actionId) putMember(json, "actionId", *actionId);
   putMember(json, "actionType", ScreenListenerTypeToString::toString(actionType));
@@ -64,6 +66,7 @@ Json BioSensorEventData::getJson() const {
   putMember(json, "sensorHeader", sensorHeader());
   putMember(json, "sensorTSHeader", headerOf({"nanoTimeSensor"}));
   putRows(json, "sensorsData", sensorsData);
+  discarder.keep();
   return json;
 }
 

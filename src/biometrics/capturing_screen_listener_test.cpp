@@ -130,7 +130,8 @@ TEST(CapturingScreenListenerTest, SampleWithoutAViewLeavesItsTouchRowAndNothingM
 TEST(CapturingScreenListenerTest, FullListsStopTheSensorsAndDropTheCallbackOfAnyState) {
   for (const std::size_t lines : {399U, 400U, 401U}) {
     for (const GestureState touch :
-         {GestureState::began, GestureState::ended, GestureState::cancelled}) {
+         {GestureState::possible, GestureState::began, GestureState::changed, GestureState::ended,
+          GestureState::cancelled, GestureState::failed}) {
       ScreenWorld world;
       world.begin();
       world.view->touch(GestureState::began, {10, 10});
@@ -139,8 +140,12 @@ TEST(CapturingScreenListenerTest, FullListsStopTheSensorsAndDropTheCallbackOfAny
       const CallList noted = world.notedOf(touch);
       EXPECT_EQ(noted == kStops, isFull || touch == GestureState::cancelled) << lines;
       EXPECT_EQ(world.recording().currentTouch().empty(), !isFull && touch == GestureState::ended);
+      const bool isSampled = touch == GestureState::began || touch == GestureState::changed ||
+                             touch == GestureState::ended;
+      EXPECT_EQ(world.recording().eventList().size(), !isFull && isSampled ? 2U : 1U) << lines;
       // A dropped callback takes no snapshot either.
-      const bool isPaused = !isFull && touch != GestureState::began;
+      const bool isPaused =
+          !isFull && (touch == GestureState::ended || touch == GestureState::cancelled);
       EXPECT_EQ(world.recording().takeSnapshotRows({}).has_value(), isPaused) << lines;
     }
   }
@@ -171,7 +176,9 @@ TEST(CapturingScreenListenerTest, FinishSendsEndStopsStoresAndUploadsOnTheMainQu
   const std::weak_ptr<CapturingScreenListener> listener = world.listener;
   world.listener = nullptr;
   EXPECT_TRUE(listener.expired()) << "queued work must not hold the host's views";
+  const DebugLines debug;
   world.time->run();
+  EXPECT_TRUE(debug.contain("Delta time Collect Bio: 1000"));
   EXPECT_THAT(world.noted(), ElementsAreArray(joined(
                                  joined({"clock", "prepare qrsk-med/3.0/sendScreenListenerEvent/",
                                          "send qrsk-med/3.0/sendScreenListenerEvent/"},

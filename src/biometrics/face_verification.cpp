@@ -65,7 +65,7 @@ void FaceVerification::beginUpload(std::shared_ptr<ScreenListenerOwner> owner) {
       WorkLane::completions,
       [raw = upload.get()](const auto& /*owner*/) { raw->flow->receive(*raw, Json()); });
   if (!upload->unanswered) return;
-  backgroundQueue_->post(WorkLane::facts, withinMemory([upload] { upload->flow->send(upload); }));
+  backgroundQueue_->post(WorkLane::images, withinMemory([upload] { upload->flow->send(upload); }));
 }
 
 void FaceVerification::send(const std::shared_ptr<Upload>& upload) {

@@ -21,13 +21,16 @@ ReplyHandler printingHandler(std::string_view call) {
 
 Json screenEventBody(ScreenRecording::Labels labels, std::int64_t now, std::string_view action) {
   Json event = makeObject(4);
+  const JsonDiscarder eventDiscarder(event);
   putMember(event, "screenListenerType", ScreenListenerTypeToString::toString(labels.type));
   putMember(event, "screenId", labels.actionId);
   putMember(event, "timestamp", now);
   putMember(event, "action", action);
   // Room for "keys", "session" and "version".
   Json body = makeObject(4);
+  JsonDiscarder discarder(body);
   putMember(body, "screenListenerEvent", std::move(event));
+  discarder.keep();
   return body;
 }
 
@@ -41,11 +44,13 @@ struct UploadTexts {
 
 Json uploadBody(const std::optional<BioSensorEventData>& rows, const UploadTexts& texts) {
   Json body = makeObject(7);
+  JsonDiscarder discarder(body);
   if (rows) putMember(body, "bio_sensor_event_data", rows->getJson());
   putMember(body, "session", texts.session.getJson());
   if (texts.userId) putMember(body, "userId", *texts.userId);
   if (texts.deviceId) putMember(body, "deviceId", *texts.deviceId);
   if (texts.uuid) putMember(body, "uuid", *texts.uuid);
+  discarder.keep();
   return body;
 }
 
@@ -79,6 +84,7 @@ ScreenCapture::ScreenCapture(std::shared_ptr<const ScreenServices> services)
 void ScreenCapture::sendScreenEvent(std::string_view action) {
   if (services_->state->sdkConfig()->appRunMode != AppRunMode::DEVELOPMENT) return;
   Json body = screenEventBody(labels_, services_->state->now(), action);
+  const JsonDiscarder discarder(body);
   owner_->sendCall(owner_->prepareCall(Service::sendScreenListenerEvent), std::move(body),
                    printingHandler("sendScreenListenerEvent"));
 }

@@ -6,7 +6,6 @@
 
 #include "base/fatal.h"
 #include "base/forked_child.h"
-#include "state/once_read_system_facts.h"
 
 namespace quorvance {
 namespace {
@@ -17,7 +16,6 @@ Platform checked(Platform platform) {
     fatalError("a platform lacks its clock, a queue, its HTTP session or its key-value store");
   }
   watchForForks();
-  if (auto& system = platform.facts.system) system = std::make_shared<OnceReadSystemFacts>(system);
   return platform;
 }
 
@@ -39,13 +37,14 @@ Context::Context(Platform usedPlatform)
     : platform(checked(std::move(usedPlatform))),
       state(std::make_shared<InnerQuorvanceData>(platform.clock, platform.defaults,
                                                  platform.identity)),
-      texts(std::make_shared<SystemTexts>(platform.environment, platform.facts.system)),
+      system(std::make_shared<SystemFactsReader>(platform.facts.system)),
+      texts(std::make_shared<SystemTexts>(platform.environment, system)),
       tracing(std::make_shared<TracingManager>(state, texts)),
       exceptions(std::make_shared<ExceptionLogger>(tracing)),
       reportStore(std::make_shared<ReportStore>(platform.documents, exceptions)),
       reports(std::make_shared<ReportKeeper>(reportStore, platform.backgroundQueue, texts)),
       crashEye(std::make_shared<CrashEye>(platform.crashTrap, texts, platform.documents)),
-      deviceData(std::make_shared<DeviceDataManager>(platform, state, texts)),
+      deviceData(std::make_shared<DeviceDataManager>(platform, state, texts, system)),
       screens(std::make_shared<ScreenListenerMaker>(screenServices())),
       uploader(std::make_shared<ReportUploader>(reportStore, platform.backgroundQueue)) {}
 

@@ -32,6 +32,7 @@ struct Context {
 
   const Platform platform;
   const std::shared_ptr<InnerQuorvanceData> state;
+  const std::shared_ptr<SystemFactsReader> system;
   const std::shared_ptr<SystemTexts> texts;
   const std::shared_ptr<TracingManager> tracing;
   const std::shared_ptr<ExceptionLogger> exceptions;

@@ -35,10 +35,13 @@ void ManagerCore::configureUserId(const CheckPoint& checkPoint, const Json& json
 
 // Takes the user out of a login first, so that the body already carries it.
 Json ManagerCore::checkPointBody(const CheckPoint& checkPoint, Json json) {
+  const JsonDiscarder jsonDiscarder(json);
   uploadStoredReports(ReportCategory::activity);
   configureUserId(checkPoint, json);
   Json body = context_->deviceData->getJson(checkPoint.type(), false);
+  JsonDiscarder discarder(body);
   setMember(body, CheckPointTypeToString::toString(checkPoint.type()), std::move(json));
+  discarder.keep();
   return body;
 }
 
@@ -71,9 +74,11 @@ void ManagerCore::askForRisk(const CheckPoint& checkPoint,
 
 void ManagerCore::arriveToCheckPoint(const CheckPoint& checkPoint) {
   Json json = checkPoint.getJson();
+  const JsonDiscarder discarder(json);
   const OperationTrace trace(*context_->tracing, "arriveToCheckPoint",
                              [&] { return std::vector{textOf(json)}; });
   Json body = checkPointBody(checkPoint, std::move(json));
+  const JsonDiscarder bodyDiscarder(body);
   networkManager_->send(networkManager_->prepare(Service::sendCheckpointEvent, checkPoint.type()),
                         std::move(body),
                         [self = shared_from_this(),
@@ -93,6 +98,7 @@ void ManagerCore::updateCheckPointStatus(CheckPointType type, const std::string&
   TransactionUpdate update{.requestID = requestID, .transactionID = {}, .status = status};
   if (type == CheckPointType::TRANSACTION) update.transactionID = transactionID;
   Json body = makeObject(4);
+  const JsonDiscarder discarder(body);
   putMember(body, "transactionUpdate", update.getJson());
   const auto print = [weak = weak_from_this()](const ResponceObject& response) {
     if (weak.expired()) return;

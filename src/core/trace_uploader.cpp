@@ -82,6 +82,7 @@ void TraceUploader::send(const PreparedCall& call, const SharedLoop& loop) {
   if (entries.empty()) return scheduleRound(loop);
   // Room for "keys", "session" and "version".
   Json body = makeObject(4);
+  const JsonDiscarder bodyDiscarder(body);
   putMember(body, "tracingData", std::move(entries));
   client_->send(call, std::move(body),
                 {[this, loop](const ResponceObject& response) {

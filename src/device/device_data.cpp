@@ -7,8 +7,10 @@ namespace {
 
 Json textArray(const std::vector<std::string>& texts) {
   Json array = Json::array();
+  JsonDiscarder discarder(array);
   array.get_ref<Json::array_t&>().reserve(texts.size());
   for (const std::string& text : texts) array.push_back(text);
+  discarder.keep();
   return array;
 }
 
@@ -22,6 +24,7 @@ void writeFamilies(Json& object, std::string_view key, const Families& families)
 void writeFonts(Json& object, std::string_view key, const Fonts& fonts) {
   if (!fonts) return;
   Json families = makeObject(fonts->size());
+  const JsonDiscarder discarder(families);
   for (const auto& [family, names] : *fonts) putMember(families, family, textArray(names));
   putMember(object, key, std::move(families));
 }

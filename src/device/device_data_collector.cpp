@@ -73,7 +73,9 @@ Json DeviceDataCollector::deviceIdBody() const {
   if (identity_) data.idfa = identity_->advertisingIdentifier();
   // Room for "keys", "session" and "version".
   Json body = makeObject(4);
+  JsonDiscarder discarder(body);
   putMember(body, "device_data", data.getJson());
+  discarder.keep();
   return body;
 }
 
@@ -92,7 +94,12 @@ Json DeviceDataCollector::simDataJson(const DeviceFacts& facts) const {
 }
 
 Json DeviceDataCollector::collectUserData() const {
-  return userData_ ? userData_->collect() : Json::object();
+  if (!userData_) return Json::object();
+  Json collected = userData_->collect();
+  if (collected.is_object() && canBeWritten(collected)) return collected;
+  discardJson(collected);
+  debugPrint("the collected user data cannot be sent");
+  return Json::object();
 }
 
 PermissionSnapshot DeviceDataCollector::permissions() const {

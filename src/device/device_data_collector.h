@@ -45,7 +45,8 @@ class DeviceDataCollector {
   Json deviceDataJson(const DeviceFacts& facts) const;
   Json settingDataJson(const DeviceFacts& facts) const;
   Json simDataJson(const DeviceFacts& facts) const;
-  /// {} without a source. Waits for the platform: fact lane or background only.
+  /// {} without a source, and for what is no object or cannot be written: it would keep the other
+  /// records from being sent. Waits for the platform: fact lane or background only.
   Json collectUserData() const;
 
   /// The user's answers of now.

@@ -17,9 +17,10 @@ constexpr std::size_t kPayloadMembers = 9;
 
 DeviceDataManager::DeviceDataManager(const Platform& platform,
                                      std::shared_ptr<InnerQuorvanceData> state,
-                                     std::shared_ptr<SystemTexts> texts)
+                                     std::shared_ptr<SystemTexts> texts,
+                                     std::shared_ptr<SystemFactsReader> system)
     : state_(std::move(state)),
-      facts_(std::make_shared<DeviceFactsCache>(platform, std::move(texts))),
+      facts_(std::make_shared<DeviceFactsCache>(platform, std::move(texts), std::move(system))),
       backgroundQueue_(platform.backgroundQueue),
       authorization_(platform.authorization),
       collector_(platform, state_) {}
@@ -50,16 +51,18 @@ Json DeviceDataManager::getJson(CheckPointType type, std::optional<bool> collect
   Json payload = makeObject(kPayloadMembers);
   // Before the flag is read, and nothing pending is dropped.
   if (type == CheckPointType::UPDATE_DETAILS) return payload;
+  JsonDiscarder discarder(payload);
   state_->currentSession().putInto(payload);
   if (!collectAll) fatalError("a payload was asked for without saying whether to collect all");
   putMember(payload, "checkpoint_additional_data", buildAdditionalData());
+  if (*collectAll) putSnapshots(payload);
+  // Last, since want of memory above must not lose it, and what a session's own collection has set
+  // meanwhile goes as well. Room for it is there.
   std::optional<Json> pending = collector_.takePendingUserData();
-  if (*collectAll) {
-    putSnapshots(payload);
-  } else if (pending) {
-    putMember(payload, "user_data", std::move(*pending));
-  }
+  const JsonDiscarder pendingDiscarder(pending);
+  if (!*collectAll && pending) putMember(payload, "user_data", std::move(*pending));
   setSessionDataCollect(false);
+  discarder.keep();
   return payload;
 }
 
@@ -86,7 +89,7 @@ Json DeviceDataManager::buildAdditionalData() {
 void DeviceDataManager::setPendingUserData(Json userData) {
   if (userData.is_null()) {
     collector_.takePendingUserData();
-  } else if (userData.is_object() && writeJson(userData)) {
+  } else if (userData.is_object() && canBeWritten(userData)) {
     collector_.setPendingUserData(std::move(userData));
   }
 }

@@ -17,7 +17,7 @@ namespace quorvance {
 class DeviceDataManager {
  public:
   DeviceDataManager(const Platform& platform, std::shared_ptr<InnerQuorvanceData> state,
-                    std::shared_ptr<SystemTexts> texts);
+                    std::shared_ptr<SystemTexts> texts, std::shared_ptr<SystemFactsReader> system);
 
   /// Has everything read that payloads tell, waiting for nothing. From the first time on, a change
   /// of the network has its facts read again.

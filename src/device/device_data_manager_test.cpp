@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <new>
 
 #include "base/json_test_support.h"
 #include "device/check_point_additional_data.h"
@@ -22,7 +23,8 @@ struct PayloadWorld : TestWorld {
   explicit PayloadWorld(const std::function<void(Platform&)>& change = nullptr) {
     Platform seam = platform();
     if (change) change(seam);
-    manager.emplace(seam, state, std::make_shared<SystemTexts>(environment));
+    manager.emplace(seam, state, std::make_shared<SystemTexts>(environment),
+                    std::make_shared<SystemFactsReader>(seam.facts.system));
   }
 
   Json getJson(CheckPointType type, std::optional<bool> collectAll) {
@@ -38,9 +40,10 @@ struct PayloadWorld : TestWorld {
 class RefreshingUserData : public UserDataSource {
  public:
   std::function<void()> whileCollecting;
+  Json collected = parsedJson(R"({"contacts":[]})");
   Json collect() override {
-    whileCollecting();
-    return parsedJson(R"({"contacts":[]})");
+    if (whileCollecting) whileCollecting();
+    return collected;
   }
 };
 
@@ -95,6 +98,42 @@ TEST(DeviceDataManagerTest, UpdateDetailsCarriesNothingAndDropsNothing) {
   const std::string plain = "session checkpoint_additional_data ";
   EXPECT_EQ(joinedKeys(world.getJson(CheckPointType::LAUNCH, false)), plain + "user_data ");
   EXPECT_EQ(joinedKeys(world.getJson(CheckPointType::LAUNCH, false)), plain);
+}
+
+TEST(DeviceDataManagerTest, PendingUserDataIsDroppedOnceASessionsOwnHasBeenCollected) {
+  const auto userData = std::make_shared<RefreshingUserData>();
+  PayloadWorld world([&](Platform& seam) { seam.userData = userData; });
+  world.manager->setPendingUserData(parsedJson(R"({"a":1})"));
+  userData->whileCollecting = [] { throw std::bad_alloc(); };
+  EXPECT_THROW(world.getJson(CheckPointType::GENERAL, true), std::bad_alloc);
+  EXPECT_EQ(compactText(world.getJson(CheckPointType::LAUNCH, false).at("user_data")),
+            R"({"a":1})");
+  userData->whileCollecting = [&] { world.manager->setPendingUserData(parsedJson("{}")); };
+  EXPECT_EQ(compactText(world.getJson(CheckPointType::GENERAL, true).at("user_data")),
+            R"({"contacts":[]})");
+  EXPECT_FALSE(world.getJson(CheckPointType::LAUNCH, false).contains("user_data"));
+}
+
+// It would keep the whole session from being sent.
+TEST(DeviceDataManagerTest, CollectedUserDataThatCannotBeSentCountsAsNone) {
+  const auto userData = std::make_shared<RefreshingUserData>();
+  PayloadWorld world([&](Platform& seam) { seam.userData = userData; });
+  Json deep = Json::object();
+  for (std::size_t i = 0; i < kMaxJsonDepth; ++i) {
+    Json outer = Json::object();
+    outer["a"] = std::move(deep);
+    deep = std::move(outer);
+  }
+  Json endless = Json::object();
+  endless["a"] = unwritableJson();
+  const DebugLines debug;
+  for (const Json& odd : {deep, endless, Json(), Json(7), Json::array()}) {
+    userData->collected = odd;
+    const Json payload = world.getJson(CheckPointType::GENERAL, true);
+    EXPECT_EQ(compactText(payload.at("user_data")), "{}");
+    EXPECT_TRUE(payload.contains("device_data") && payload.contains("settings_data"));
+  }
+  EXPECT_TRUE(debug.contain("the collected user data cannot be sent"));
 }
 
 TEST(DeviceDataManagerTest, EveryPayloadClearsTheCollectFlag) {

@@ -31,6 +31,26 @@ void dropUnreadableOf(std::vector<std::string>& texts) {
   std::erase_if(texts, [](const std::string& text) { return !isText(text); });
 }
 
+/// Switches monitoring on, and at its end back to what it was, also when the reading throws.
+class MonitoredPower {
+ public:
+  explicit MonitoredPower(PowerSource& source)
+      : source_(source), found_(source.isMonitoringEnabled()) {
+    if (found_) source_.setMonitoringEnabled(true);
+  }
+  ~MonitoredPower() {
+    if (found_) source_.setMonitoringEnabled(*found_);
+  }
+  MonitoredPower(const MonitoredPower&) = delete;
+  MonitoredPower& operator=(const MonitoredPower&) = delete;
+
+  PowerFacts read() const { return {.isMonitoringEnabled = found_, .battery = source_.read()}; }
+
+ private:
+  PowerSource& source_;
+  const std::optional<bool> found_;
+};
+
 }  // namespace
 
 SystemFacts completed(SystemFacts facts, const SystemTexts& texts) {
@@ -66,14 +86,7 @@ PostureFacts readPosture(const DeviceFactSources& sources) {
 }
 
 PowerFacts readPower(const DeviceFactSources& sources) {
-  PowerFacts facts;
-  if (!sources.power) return facts;
-  PowerSource& source = *sources.power;
-  facts.isMonitoringEnabled = source.isMonitoringEnabled();
-  if (facts.isMonitoringEnabled) source.setMonitoringEnabled(true);
-  facts.battery = source.read();
-  if (facts.isMonitoringEnabled) source.setMonitoringEnabled(*facts.isMonitoringEnabled);
-  return facts;
+  return sources.power ? MonitoredPower(*sources.power).read() : PowerFacts{};
 }
 
 AccessibilityFacts readAccessibility(const DeviceFactSources& sources) {

@@ -20,12 +20,14 @@ struct DeviceFactsCache::Waiter {
   }
 };
 
-DeviceFactsCache::DeviceFactsCache(const Platform& platform, std::shared_ptr<SystemTexts> texts)
+DeviceFactsCache::DeviceFactsCache(const Platform& platform, std::shared_ptr<SystemTexts> texts,
+                                   std::shared_ptr<SystemFactsReader> system)
     : sources_(platform.facts),
       backgroundQueue_(platform.backgroundQueue),
       mainQueue_(platform.mainQueue),
       reachability_(platform.reachability),
       texts_(std::move(texts)),
+      system_(std::move(system)),
       facts_(std::make_shared<const DeviceFacts>(DeviceFacts{.system = completed({}, *texts_)})) {}
 
 std::shared_ptr<const DeviceFacts> DeviceFactsCache::snapshot() const {
@@ -109,9 +111,15 @@ void DeviceFactsCache::readSystemOnce() {
     const std::lock_guard lock(mutex_);
     if (isSystemKnown_) return;
   }
-  SystemFacts system = readSystem(sources_, *texts_);
-  texts_->setSystemVersion(system.systemVersion);
-  change([&](DeviceFacts& facts) { facts.system = std::move(system); });
+  takeSystem(system_->read());
+}
+
+// Absent while another thread is reading: no answer, so the next round asks again.
+void DeviceFactsCache::takeSystem(std::optional<SystemFacts> system) {
+  if (!system) return;
+  SystemFacts told = completed(std::move(*system), *texts_);
+  texts_->setSystemVersion(told.systemVersion);
+  change([&](DeviceFacts& facts) { facts.system = std::move(told); });
   const std::lock_guard lock(mutex_);
   isSystemKnown_ = true;
 }
@@ -126,7 +134,7 @@ void DeviceFactsCache::readNetworkAlone() { readInto(&DeviceFacts::network, &rea
 
 // What may take longest comes last: what was read before it is told without it.
 void DeviceFactsCache::readWhole() {
-  readSystemOnce();
+  takeSystem(system_->readAgain());
   watchNetwork();
   readInto(&DeviceFacts::screen, &readScreen);
   readInto(&DeviceFacts::accessibility, &readAccessibility);

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include "device/device_facts.h"
@@ -17,11 +18,14 @@ inline constexpr std::chrono::seconds kFactsTimeout{2};
 ///
 /// A refresh runs in two steps: what the start-up exchanges need (a few small files), then
 /// everything else, group by group, each told as soon as it has been read. Asks made while one
-/// waits to start share it, so a bus that hangs holds one task. System and fonts are read once:
-/// they do not change under a running process. Posture and battery are read in debug mode only.
+/// waits to start share it, so a bus that hangs holds one task. Fonts are read once, and of the
+/// system what does not change under a running process. Posture and battery are read in debug mode
+/// only.
 class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
  public:
-  DeviceFactsCache(const Platform& platform, std::shared_ptr<SystemTexts> texts);
+  /// The system's facts come from the reader, all others from the platform's sources.
+  DeviceFactsCache(const Platform& platform, std::shared_ptr<SystemTexts> texts,
+                   std::shared_ptr<SystemFactsReader> system);
 
   /// What is known now; never waits. Before anything was read: what the environment names.
   std::shared_ptr<const DeviceFacts> snapshot() const;
@@ -46,6 +50,7 @@ class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
   /// Null when there is no task.
   std::shared_ptr<Waiter> waiterFor(Task task);
   void readSystemOnce();
+  void takeSystem(std::optional<SystemFacts> system);
   void readFontsOnce();
   void readNetworkAlone();
   void watchNetwork();
@@ -61,6 +66,7 @@ class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
   const std::shared_ptr<MainQueue> mainQueue_;
   const std::shared_ptr<ReachabilityMonitor> reachability_;
   const std::shared_ptr<SystemTexts> texts_;
+  const std::shared_ptr<SystemFactsReader> system_;
 
   mutable std::mutex mutex_;
   std::shared_ptr<const DeviceFacts> facts_;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
+
 #include "platform/testing/test_world.h"
 
 namespace quorvance {
@@ -12,7 +14,12 @@ using namespace std::chrono_literals;
 struct FactsWorld : TestWorld {
   FactsWorld() { network->facts.radioTechnology = "LTE"; }
   std::shared_ptr<SystemTexts> texts = std::make_shared<SystemTexts>(environment);
-  std::shared_ptr<DeviceFactsCache> cache = std::make_shared<DeviceFactsCache>(platform(), texts);
+  std::shared_ptr<DeviceFactsCache> cache = cacheOver(platform());
+
+  std::shared_ptr<DeviceFactsCache> cacheOver(const Platform& seam) const {
+    return std::make_shared<DeviceFactsCache>(
+        seam, texts, std::make_shared<SystemFactsReader>(seam.facts.system));
+  }
 };
 
 TEST(DeviceFactsCacheTest, TheFirstStepReadsTheSystemAlone) {
@@ -77,7 +84,7 @@ TEST(DeviceFactsCacheTest, BatteryAndPostureAreNotEvenReadInProduction) {
   const auto posture = std::make_shared<CountedPosture>();
   Platform seam = world.platform();
   seam.facts.posture = posture;
-  const auto cache = std::make_shared<DeviceFactsCache>(seam, world.texts);
+  const auto cache = world.cacheOver(seam);
   world.power->battery = {0.5F, 2};
   cache->refresh();
   world.time->run();
@@ -96,6 +103,52 @@ TEST(DeviceFactsCacheTest, BatteryAndPostureAreNotEvenReadInProduction) {
   EXPECT_EQ(posture->reads, 3);
 }
 
+// The user may travel, and name the device anew, while the application runs.
+TEST(DeviceFactsCacheTest, SettingsOfTheUserAreReadAnewAndTheMachineOnce) {
+  FactsWorld world;
+  SystemFacts& told = world.system->facts;
+  told.model = "M1";
+  told.timeZone = "Europe/Berlin";
+  world.cache->refresh();
+  world.time->run();
+  told.systemVersion = "13";
+  told.model = "M2";
+  told.deviceName = "Mine";
+  told.locale = "fr_CH";
+  told.region = "CH";
+  told.language = "fr";
+  told.timeZone = "Europe/Zurich";
+  world.cache->whenSystemKnown(nullptr);
+  world.time->run();
+  EXPECT_EQ(world.cache->snapshot()->system.timeZone, "Europe/Berlin") << "a whole refresh alone";
+  world.cache->refresh();
+  world.time->run();
+  const SystemFacts system = world.cache->snapshot()->system;
+  EXPECT_EQ(system.timeZone, "Europe/Zurich");
+  EXPECT_EQ(system.deviceName, "Mine");
+  EXPECT_EQ(system.locale, "fr_CH");
+  EXPECT_EQ(system.region, "CH");
+  EXPECT_EQ(system.language, "fr");
+  EXPECT_EQ(system.model, "M1");
+  EXPECT_EQ(system.systemVersion, "12");
+  EXPECT_EQ(world.texts->systemVersion(), "12");
+}
+
+TEST(DeviceFactsCacheTest, ABatteryWhoseReadingFindsNoMemoryIsLeftAsItWas) {
+  class FailingPower : public FakePower {
+   public:
+    BatteryReading read() override { throw std::bad_alloc(); }
+  };
+  FactsWorld world;
+  const auto power = std::make_shared<FailingPower>();
+  world.power = power;
+  const DebugLines debug;
+  world.cache = world.cacheOver(world.platform());
+  world.cache->refresh();
+  world.time->run();
+  EXPECT_EQ(power->isOn, false);
+}
+
 // The cache is asked by a source that comes later, as by a payload whose timeout comes meanwhile.
 TEST(DeviceFactsCacheTest, AGroupThatHangsKeepsNothingBackThatWasReadBefore) {
   class LateFonts : public FactSource<FontFacts> {
@@ -111,7 +164,7 @@ TEST(DeviceFactsCacheTest, AGroupThatHangsKeepsNothingBackThatWasReadBefore) {
   const auto fonts = std::make_shared<LateFonts>();
   Platform seam = world.platform();
   seam.facts.fonts = fonts;
-  const auto cache = std::make_shared<DeviceFactsCache>(seam, world.texts);
+  const auto cache = world.cacheOver(seam);
   fonts->cache = cache;
   world.screen->facts.nativeWidth = 1080.0;
   cache->refresh();
@@ -146,7 +199,7 @@ TEST(DeviceFactsCacheTest, TextThatNobodyCanReadIsAbsentWhoeverToldIt) {
     SystemFacts& system = world.system->facts;
     system.model = system.deviceName = system.kindModel = system.systemVersion = rubbish;
     world.network->facts.carrierName = rubbish;
-    const auto cache = std::make_shared<DeviceFactsCache>(world.platform(), world.texts);
+    const auto cache = world.cacheOver(world.platform());
     cache->refresh();
     world.time->run();
     const auto facts = cache->snapshot();
@@ -159,12 +212,11 @@ TEST(DeviceFactsCacheTest, TextThatNobodyCanReadIsAbsentWhoeverToldIt) {
 }
 
 TEST(DeviceFactsCacheTest, MissingSourcesAnswerUnknown) {
-  TestWorld world;
+  FactsWorld world;
   Platform seam;
   seam.mainQueue = world.time;
   seam.backgroundQueue = world.time;
-  const auto cache =
-      std::make_shared<DeviceFactsCache>(seam, std::make_shared<SystemTexts>(world.environment));
+  const auto cache = world.cacheOver(seam);
   int runs = 0;
   cache->whenRefreshed([&] { ++runs; });
   world.time->run();

@@ -8,13 +8,16 @@
 #include <utility>
 
 #include "base/debug.h"
+#include "base/forked_child.h"
 #include "base/json.h"
 #include "base/milliseconds.h"
+#include "base/out_of_memory.h"
 #include "device/check_point_additional_data.h"
 #include "device/device_facts.h"
 #include "device/inspected_fields.h"
 #include "device/permission_snapshot.h"
 #include "device/snapshot_builders.h"
+#include "quorvance/alternate_stack.h"
 
 namespace quorvance {
 namespace {
@@ -33,14 +36,44 @@ std::string quoted(AuthorizationStatus status) {
   return textOf(Json(index < std::size(kStatusWords) ? kStatusWords[index] : "unknown"));
 }
 
+/// What an inspection has found, and the task that hands it over. Made beforehand: nothing that
+/// comes later may keep it back for want of memory.
+struct Findings {
+  InspectionCompletion completion;
+  std::vector<InspectedField> fields;
+  std::shared_ptr<PreparedTask> delivery;
+
+  void deliver() {
+    if (completion) callHost([&] { completion(std::move(fields)); });
+  }
+};
+
+/// Null without memory; then the completion is as it was.
+std::shared_ptr<Findings> prepareFindings(BackgroundQueue& queue,
+                                          InspectionCompletion& completion) {
+  auto findings = std::make_shared<Findings>();
+  findings->delivery =
+      queue.prepare(WorkLane::completions, [raw = findings.get()](const auto&) { raw->deliver(); });
+  if (!findings->delivery) return nullptr;
+  findings->completion = std::exchange(completion, nullptr);
+  return findings;
+}
+
 /// One inspection: every group read and timed on the fact lane, then the permissions, once their
-/// first reading has ended.
+/// first reading has ended. It lives as long as a task that goes on with it. With its end the
+/// findings go out: none when a task was lost or found no memory.
 class Inspector : public std::enable_shared_from_this<Inspector> {
  public:
-  Inspector(const Platform& platform, InspectionCompletion completion)
-      : platform_(platform), texts_(platform.environment), completion_(std::move(completion)) {}
+  explicit Inspector(const Platform& platform)
+      : platform_(platform), texts_(platform.environment) {}
+  ~Inspector() {
+    if (findings_) findings_->delivery->start(findings_);
+  }
+  Inspector(const Inspector&) = delete;
+  Inspector& operator=(const Inspector&) = delete;
 
-  void start() {
+  void start(std::shared_ptr<Findings> findings) {
+    findings_ = std::move(findings);
     onFactLane([](Inspector& self) {
       self.askPermissions();
       self.readGroups();
@@ -51,8 +84,8 @@ class Inspector : public std::enable_shared_from_this<Inspector> {
  private:
   template <class Step>
   void onFactLane(Step step) {
-    platform_.backgroundQueue->post(WorkLane::facts,
-                                    [self = shared_from_this(), step] { step(*self); });
+    platform_.backgroundQueue->post(
+        WorkLane::facts, withinMemory([self = shared_from_this(), step] { step(*self); }));
   }
 
   template <class Read>
@@ -67,7 +100,7 @@ class Inspector : public std::enable_shared_from_this<Inspector> {
   void readIdentity();
   void askPermissions();
   void finish();
-  void addRecord(std::vector<InspectedField>& fields, std::string_view record, const Json& json);
+  void addRecord(std::vector<InspectedField>& fields, std::string_view record, Json json);
   void addPermissions(std::vector<InspectedField>& fields);
   void addPlace(std::vector<InspectedField>& fields);
   std::optional<std::string> keyboards() const;
@@ -75,7 +108,7 @@ class Inspector : public std::enable_shared_from_this<Inspector> {
 
   const Platform platform_;
   const SystemTexts texts_;
-  const InspectionCompletion completion_;
+  std::shared_ptr<Findings> findings_;
   DeviceFacts facts_;
   std::optional<std::string> vendorIdentifier_;
   std::optional<std::string> advertisingIdentifier_;
@@ -123,8 +156,8 @@ SnapshotInputs Inspector::inputs() const {
           .isEmulator = environment && environment->variable(kSimulatorModelVariable).has_value()};
 }
 
-void Inspector::addRecord(std::vector<InspectedField>& fields, std::string_view record,
-                          const Json& json) {
+void Inspector::addRecord(std::vector<InspectedField>& fields, std::string_view record, Json json) {
+  const JsonDiscarder discarder(json);
   for (const FieldOrigin& origin : inspectedFields()) {
     if (origin.record != record) continue;
     InspectedField field{.record = std::string(record), .key = std::string(origin.key)};
@@ -143,14 +176,19 @@ void Inspector::addRecord(std::vector<InspectedField>& fields, std::string_view 
 // Known, and never sent.
 std::optional<std::string> Inspector::keyboards() const {
   const auto& layouts = facts_.accessibility.installedKeyboards;
-  return layouts.empty() ? std::nullopt : std::optional(textOf(Json(layouts)));
+  if (layouts.empty()) return std::nullopt;
+  Json list(layouts);
+  const JsonDiscarder discarder(list);
+  return textOf(list);
 }
 
 void Inspector::addPlace(std::vector<InspectedField>& fields) {
   CheckPointAdditionalData data;
   if (platform_.location && permissions_.mayLocate()) data.location = platform_.location->lastFix();
   InspectedField field{.record = "permissions", .key = "place"};
-  if (data.location) field.value = textOf(data.getJson().at("location"));
+  Json json = data.getJson();
+  const JsonDiscarder discarder(json);
+  if (data.location) field.value = textOf(json.at("location"));
   field.isSent = field.value.has_value();
   field.source = platform_.authorization
                      ? platform_.authorization->origin(AuthorizationSubject::location)
@@ -187,9 +225,9 @@ void Inspector::finish() {
   askPermissions();
   if (platform_.authorization && !platform_.authorization->hasRead() &&
       pauses_++ < kMaxPermissionPauses) {
-    platform_.mainQueue->postAfter(kPermissionPause, [self = shared_from_this()] {
-      self->onFactLane([](Inspector& again) { again.finish(); });
-    });
+    platform_.mainQueue->postAfter(kPermissionPause, withinMemory([self = shared_from_this()] {
+                                     self->onFactLane([](Inspector& again) { again.finish(); });
+                                   }));
     return;
   }
   std::vector<InspectedField> fields;
@@ -198,16 +236,22 @@ void Inspector::finish() {
   addRecord(fields, kSimRecord, buildSimData(inputs()).getJson());
   addPermissions(fields);
   addPlace(fields);
-  platform_.backgroundQueue->post(WorkLane::completions,
-                                  [self = shared_from_this(), found = std::move(fields)]() mutable {
-                                    if (self->completion_) self->completion_(std::move(found));
-                                  });
+  findings_->fields = std::move(fields);
 }
 
 }  // namespace
 
+// As in a manager's operations: nothing in a forked child, and nothing is thrown.
 void inspectDevice(const Platform& platform, InspectionCompletion completion) {
-  std::make_shared<Inspector>(platform, std::move(completion))->start();
+  if (isForkedChild()) return;
+  ensureAlternateStack();
+  hasMemoryFor([&] {
+    const auto inspector = std::make_shared<Inspector>(platform);
+    auto findings = prepareFindings(*platform.backgroundQueue, completion);
+    if (findings) inspector->start(std::move(findings));
+  });
+  // Last of all resorts: there was no memory to prepare the delivery.
+  if (completion) callHost([&] { completion({}); });
 }
 
 }  // namespace quorvance

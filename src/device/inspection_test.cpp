@@ -72,7 +72,8 @@ TEST(InspectionTest, TellsExactlyWhatASessionWouldCarryInTheModeInForce) {
     const auto state =
         std::make_shared<InnerQuorvanceData>(world.time, world.store, world.identity);
     DeviceDataManager manager(world.platform(), state,
-                              std::make_shared<SystemTexts>(world.environment));
+                              std::make_shared<SystemTexts>(world.environment),
+                              std::make_shared<SystemFactsReader>(world.system));
     manager.refresh();
     world.time->run();
     const Json payload = manager.getJson(CheckPointType::GENERAL, true);

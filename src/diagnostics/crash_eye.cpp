@@ -16,6 +16,16 @@ CrashVersions versionsFrom(SystemTexts& texts) {
 // In the signal handler: the list was made by the installation.
 bool isAnyDelegateAlive() noexcept { return CrashDelegates::ofProcess().isAnyoneAlive(); }
 
+void arm(CrashTrap& trap, DocumentsFolder* documents, const CrashVersions& versions) {
+  CrashPlan plan = makeCrashPlan(versions);
+  if (documents != nullptr) plan.folder = documents->fileSystemPath();
+  plan.isAnyoneListening = &isAnyDelegateAlive;
+  plan.tell = [versions](const CaughtCrash& crash) {
+    CrashDelegates::ofProcess().tell(crashModelOf(crash, versions));
+  };
+  trap.install(std::move(plan));
+}
+
 }  // namespace
 
 CrashEye::CrashEye(std::shared_ptr<CrashTrap> trap, std::shared_ptr<SystemTexts> texts,
@@ -26,13 +36,12 @@ void CrashEye::install(std::weak_ptr<CrashEyeDelegate> delegate) {
   if (!trap_) return;
   CrashDelegates::ofProcess().add(delegate);
   const CrashVersions versions = versionsFrom(*texts_);
-  CrashPlan plan = makeCrashPlan(versions);
-  if (documents_) plan.folder = documents_->fileSystemPath();
-  plan.isAnyoneListening = &isAnyDelegateAlive;
-  plan.tell = [versions](const CaughtCrash& crash) {
-    CrashDelegates::ofProcess().tell(crashModelOf(crash, versions));
-  };
-  trap_->install(std::move(plan));
+  arm(*trap_, documents_.get(), versions);
+  if (!versions.iosVer.empty()) return;
+  texts_->onceSystemVersionIsKnown(
+      [trap = trap_, documents = documents_, weak = std::weak_ptr(texts_)] {
+        if (const auto texts = weak.lock()) arm(*trap, documents.get(), versionsFrom(*texts));
+      });
 }
 
 }  // namespace quorvance

@@ -19,7 +19,8 @@ class CrashEye {
   CrashEye(std::shared_ptr<CrashTrap> trap, std::shared_ptr<SystemTexts> texts,
            std::shared_ptr<DocumentsFolder> documents);
 
-  /// With the texts of now; a delegate that is there already is not added again.
+  /// With the texts of now, and anew once the system's version is known if it is not now; a
+  /// delegate that is there already is not added again.
   void install(std::weak_ptr<CrashEyeDelegate> delegate);
 
  private:

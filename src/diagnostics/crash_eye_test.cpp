@@ -61,5 +61,21 @@ TEST(CrashEyeTest, ModelHasTheTextsOfTheInstallation) {
   EXPECT_FALSE(second.isStored);
 }
 
+// The first reading of the system may take long; a crash must not wait for it.
+TEST(CrashEyeTest, PlanWithoutAVersionIsArmedAnewOnceTheVersionIsKnown) {
+  EyeWorld world;
+  const auto delegate = std::make_shared<RecordingDelegate>();
+  world.eye.install(delegate);
+  world.texts->setSystemVersion("12");
+  world.texts->setSystemVersion(std::nullopt);
+  EXPECT_EQ(world.texts->systemVersion(), "12") << "what is known is not forgotten";
+  EXPECT_EQ(world.trap->plans.size(), 2U);
+  EXPECT_THAT(world.trap->plans.back().exceptionTemplate.at(1).bytes,
+              testing::HasSubstr("\"version\": \"12\""));
+  world.trap->fall(world.crash);
+  ASSERT_EQ(delegate->crashes.size(), 1U);
+  EXPECT_EQ(delegate->crashes[0].iosVer, "12");
+}
+
 }  // namespace
 }  // namespace quorvance

@@ -26,6 +26,7 @@ std::string textOf(std::thread::id thread) {
 
 Json LoggingData::getJson() const {
   Json object = makeObject(5);
+  JsonDiscarder discarder(object);
   putMember(object, "date", dateText(timestamp));
   if (call->thread) putMember(object, "threadName", textOf(*call->thread));
   if (call->methodName) putMember(object, "methodName", *call->methodName);
@@ -34,9 +35,11 @@ Json LoggingData::getJson() const {
     putMember(object, "statusLoggingType", std::string(wordOf(*statusLogginType)));
   }
   Json parameters = Json::array();
+  const JsonDiscarder parametersDiscarder(parameters);
   parameters.get_ref<Json::array_t&>().reserve(call->paramList.size());
   for (const std::string& parameter : call->paramList) parameters.push_back(parameter);
   putMember(object, "paramList", std::move(parameters));
+  discarder.keep();
   return object;
 }
 

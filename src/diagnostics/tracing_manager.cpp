@@ -89,10 +89,12 @@ Json TracingManager::entries() const {
     copy = dataLogging_;
   }
   Json list = Json::array();
+  JsonDiscarder discarder(list);
   list.get_ref<Json::array_t&>().reserve(copy.size());
   for (const Entry& entry : copy) {
     list.push_back(std::visit([&](const auto& record) { return jsonOf(record, *texts_); }, entry));
   }
+  discarder.keep();
   return list;
 }
 

@@ -9,15 +9,19 @@ namespace {
 
 Json userlessJson(const CheckPoint& checkPoint, CheckPointType fixedType) {
   Json object = openCheckPoint(fixedType, 2);
+  JsonDiscarder discarder(object);
   putAdditionalData(object, checkPoint);
+  discarder.keep();
   return object;
 }
 
 Json userJson(const CheckPoint& checkPoint, CheckPointType fixedType,
               const std::shared_ptr<const User>& user) {
   Json object = openCheckPoint(fixedType, 3);
+  JsonDiscarder discarder(object);
   putRecordOrEmpty(object, kUserKey, user);
   putAdditionalData(object, checkPoint);
+  discarder.keep();
   return object;
 }
 
@@ -55,8 +59,10 @@ std::unique_ptr<Register> Register::fromJson(const Json& json) {
 // A registration alone writes "additionalData" before its user.
 Json Register::getJson() const {
   Json object = openCheckPoint(CheckPointType::REGISTER, 3);
+  JsonDiscarder discarder(object);
   putAdditionalData(object, *this);
   putRecordOrEmpty(object, kUserKey, user_);
+  discarder.keep();
   return object;
 }
 

@@ -41,13 +41,16 @@ std::unique_ptr<AddPaymentMethod> AddPaymentMethod::fromJson(const Json& json) {
 // The one checkpoint that builds on the base result, so its type word follows `type`.
 Json AddPaymentMethod::getJson() const {
   Json base = CheckPoint::getJson();
+  const JsonDiscarder baseDiscarder(base);
   Json object = makeObject(5);
+  JsonDiscarder discarder(object);
   for (auto& member : base.get_ref<Json::object_t&>()) {
     putMember(object, member.first, std::move(member.second));
   }
   putRecordOrEmpty(object, kPaymentKey, payment_);
   putRecordOrEmpty(object, kBillingAddressKey, billingAddress_);
   putRecordOrEmpty(object, kUserKey, user_);
+  discarder.keep();
   return object;
 }
 

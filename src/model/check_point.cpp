@@ -81,7 +81,9 @@ void CheckPoint::readAdditionalData(const Json& json) {
 
 Json CheckPoint::getJson() const {
   Json object = openCheckPoint(type_, 2);
+  JsonDiscarder discarder(object);
   putAdditionalData(object, *this);
+  discarder.keep();
   return object;
 }
 

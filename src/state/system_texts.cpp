@@ -8,7 +8,7 @@
 namespace quorvance {
 
 SystemTexts::SystemTexts(std::shared_ptr<EnvironmentSource> environment,
-                         std::shared_ptr<FactSource<SystemFacts>> system)
+                         std::shared_ptr<SystemFactsReader> system)
     : environment_(std::move(environment)), system_(std::move(system)) {}
 
 std::optional<std::string> SystemTexts::systemVersion() const {
@@ -19,14 +19,27 @@ std::optional<std::string> SystemTexts::systemVersion() const {
 std::optional<std::string> SystemTexts::readSystemVersion() {
   std::optional<std::string> version = systemVersion();
   if (version || !system_) return version;
-  setSystemVersion(system_->read().systemVersion);
+  if (const auto facts = system_->read()) setSystemVersion(facts->systemVersion);
   return systemVersion();
 }
 
 void SystemTexts::setSystemVersion(std::optional<std::string> version) {
-  if (version && !isReadableText(*version)) version.reset();
-  const std::lock_guard lock(mutex_);
-  systemVersion_ = std::move(version);
+  if (!version || !isReadableText(*version)) return;
+  std::function<void()> task;
+  {
+    const std::lock_guard lock(mutex_);
+    systemVersion_ = std::move(version);
+    task.swap(whenVersionIsKnown_);
+  }
+  if (task) task();
+}
+
+void SystemTexts::onceSystemVersionIsKnown(std::function<void()> task) {
+  {
+    const std::lock_guard lock(mutex_);
+    if (!systemVersion_) return whenVersionIsKnown_.swap(task);
+  }
+  task();
 }
 
 std::optional<std::string> SystemTexts::simulatedModel() const {

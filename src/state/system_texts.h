@@ -1,12 +1,13 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 
-#include "quorvance/platform/device_facts.h"
 #include "quorvance/platform/environment.h"
+#include "state/system_facts_reader.h"
 
 namespace quorvance {
 
@@ -16,14 +17,17 @@ class SystemTexts {
  public:
   /// Either may be null.
   explicit SystemTexts(std::shared_ptr<EnvironmentSource> environment,
-                       std::shared_ptr<FactSource<SystemFacts>> system = nullptr);
+                       std::shared_ptr<SystemFactsReader> system = nullptr);
 
   /// What is known of the operating system's version now.
   std::optional<std::string> systemVersion() const;
   /// The same, read when nothing is known: not for a thread of the host's.
   std::optional<std::string> readSystemVersion();
-  /// One that nobody can read is none.
+  /// One that is absent, or that nobody can read, changes nothing: a known one is not forgotten.
   void setSystemVersion(std::optional<std::string> version);
+  /// Runs the task once the version is known, on the thread that sets it; now if it is known
+  /// already. One task: a later one takes the place of one that waits.
+  void onceSystemVersionIsKnown(std::function<void()> task);
 
   /// What the simulator's variable names the model, over every source; absent when it is not set,
   /// or set to nothing that can be read.
@@ -36,9 +40,10 @@ class SystemTexts {
 
  private:
   const std::shared_ptr<EnvironmentSource> environment_;
-  const std::shared_ptr<FactSource<SystemFacts>> system_;
+  const std::shared_ptr<SystemFactsReader> system_;
   mutable std::mutex mutex_;
   std::optional<std::string> systemVersion_;
+  std::function<void()> whenVersionIsKnown_;
 };
 
 /// Names the device model; set to whatever, it is the sign of an emulator.

@@ -13,6 +13,7 @@
 #include <fstream>
 #include <functional>
 #include <mutex>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -34,12 +35,13 @@ class Verdicts {
  public:
   RiskCompletion next() {
     const RunningCode host(RunningCode::Owner::host);
-    return [this, number = asked_++](Risk, const std::string&, const std::string&) {
-      const RunningCode inside(RunningCode::Owner::host);
-      const std::lock_guard lock(mutex_);
-      ++counts_.at(number);
-      arrived_.notify_all();
-    };
+    return
+        [this, number = asked_++](Risk, const std::string&, const std::string&) { count(number); };
+  }
+  /// What an inspection tells counts as one.
+  InspectionCompletion nextInspection() {
+    const RunningCode host(RunningCode::Owner::host);
+    return [this, number = asked_++](const std::vector<InspectedField>&) { count(number); };
   }
 
   int check() {
@@ -54,6 +56,13 @@ class Verdicts {
   }
 
  private:
+  void count(std::size_t number) {
+    const RunningCode inside(RunningCode::Owner::host);
+    const std::lock_guard lock(mutex_);
+    ++counts_.at(number);
+    arrived_.notify_all();
+  }
+
   std::mutex mutex_;
   std::condition_variable arrived_;
   std::size_t asked_ = 0;
@@ -118,6 +127,14 @@ void playRound(QuorvanceManager& manager, const std::string& url, Verdicts& verd
   call([&] { manager.logout(); });
 }
 
+/// What lacks memory for a platform tells so, and by nothing else.
+void tryToMakeAPlatform() {
+  try {
+    makeLinuxPlatform();
+  } catch (const std::bad_alloc&) {
+  }
+}
+
 int failAtRandom(Platform platform, const std::string& url, std::uint64_t seed,
                  std::uint64_t oneIn) {
   constexpr int kRounds = 10;
@@ -130,6 +147,8 @@ int failAtRandom(Platform platform, const std::string& url, std::uint64_t seed,
       QuorvanceManager another(platform);
       another.getRiskForCheckPoint(Launch(), verdicts.next());
     });
+    call([&] { inspectDevice(platform, verdicts.nextInspection()); });
+    call([] { tryToMakeAPlatform(); });
   }
   const int result = verdicts.check();
   return stopFailing() == 0 ? kNothingFailed : result;

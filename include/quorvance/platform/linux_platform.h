@@ -42,7 +42,8 @@ struct LinuxPlatformOptions {
 };
 
 /// The platform of a Linux process: libcurl, kernel files, one state file. Passive: threads start
-/// and files are read with the first use. Throws nothing.
+/// and files are read with the first use. Throws std::bad_alloc alone, and then nothing is left of
+/// it.
 Platform makeLinuxPlatform(LinuxPlatformOptions options = {});
 
 }  // namespace quorvance

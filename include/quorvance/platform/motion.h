@@ -33,7 +33,7 @@ struct MotionSample {
   double z = 0;
 };
 
-/// Absent when the sensor failed to give a reading.
+/// Absent when the sensor failed to give a reading. One with a value that is not finite is dropped.
 using MotionHandler = std::function<void(const std::optional<MotionSample>&)>;
 
 /// The sensors as one screen listener drives them. Called from any thread, also from the host's

@@ -65,7 +65,8 @@ struct Platform {
 };
 
 /// The platform of the system that the library was built for, with the defaults of an application;
-/// what a context is made over unless the host chooses another one. Passive, throws nothing.
+/// what a context is made over unless the host chooses another one. Passive. Throws std::bad_alloc
+/// alone, and then nothing is left of it.
 /// Defined by the platform that is linked.
 Platform makeDefaultPlatform();
 

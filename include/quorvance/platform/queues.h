@@ -51,6 +51,8 @@ enum class WorkLane {
   files,
   /// Reads of device facts (files, buses): one task at a time, first in first out.
   facts,
+  /// Slow work of the host's own, as is the encoding of an image: one task at a time.
+  images,
 };
 
 /// Background work. Called from any thread, returns at once, never throws: what there is no memory

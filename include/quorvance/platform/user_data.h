@@ -11,7 +11,8 @@ namespace quorvance {
 class UserDataSource {
  public:
   virtual ~UserDataSource() = default;
-  /// A JSON object; it is sent as it stands.
+  /// A JSON object; it is sent as it stands. One that cannot be written (a NaN, an infinity, nested
+  /// deeper than 128), and what is no object, counts as an empty one.
   virtual Json collect() = 0;
 };
 

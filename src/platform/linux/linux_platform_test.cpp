@@ -11,6 +11,7 @@
 #include <iterator>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "platform/linux/facts/linux_environment.h"
 #include "platform/linux/storage/data_folder.h"
@@ -136,8 +137,17 @@ void putHugeNumbers(const std::string& path) {
   std::ofstream(path) << "99999999999999999999999x99999999999999999999\n";
 }
 
-// None of it is told, none of it hangs.
-TEST(LinuxPlatformTest, AHostileRootTellsNothingOdd) {
+/// What leads to other files where it is as it should be, in the order in which it is looked at.
+constexpr std::pair<const char*, const char*> kSoundFiles[] = {
+    {"proc/net/route", "wlan0\t00000000\t0102000A\t0003\t0\t0\t0\t00000000\n"},
+    {"sys/class/net/wlan0/carrier", "1\n"},
+    {"sys/class/power_supply/BAT0/type", "Battery\n"},
+    {"sys/bus/iio/devices/iio:device0/in_accel_scale", "0.01\n"}};
+
+// None of it is told, none of it hangs, however far it is read.
+class HostileRootTest : public testing::TestWithParam<std::size_t> {};
+
+TEST_P(HostileRootTest, TellsNothingOdd) {
   const char* const paths[] = {"etc/os-release",
                                "usr/lib/os-release",
                                "etc/machine-info",
@@ -159,13 +169,32 @@ TEST(LinuxPlatformTest, AHostileRootTellsNothingOdd) {
                                "sys/class/drm/card0-DP-1/edid",
                                "sys/class/power_supply/BAT0/type",
                                "sys/class/power_supply/BAT0/capacity",
-                               "sys/class/power_supply/BAT0/status"};
+                               "sys/class/power_supply/BAT0/status",
+                               "sys/class/power_supply/BAT0/scope",
+                               "sys/class/power_supply/BAT0/present",
+                               "sys/class/net/wlan0/carrier",
+                               "sys/class/net/wlan0/uevent",
+                               "sys/class/net/wlan0/wireless",
+                               "sys/bus/iio/devices/iio:device0/name",
+                               "sys/bus/iio/devices/iio:device0/label",
+                               "sys/bus/iio/devices/iio:device0/location",
+                               "sys/bus/iio/devices/iio:device0/in_accel_scale",
+                               "sys/bus/iio/devices/iio:device0/in_accel_mount_matrix",
+                               "sys/bus/iio/devices/iio:device0/sampling_frequency",
+                               "sys/bus/iio/devices/iio:device0/in_accel_x_raw",
+                               "sys/bus/iio/devices/iio:device0/in_accel_y_raw",
+                               "sys/bus/iio/devices/iio:device0/in_accel_z_raw"};
   for (const Oddity oddity : {&putRubbish, &putHundredMegabytes, &putLoop, &putFolder, &putPipe,
                               &putForbidden, &putHugeNumbers}) {
     const TemporaryFolder root;
     for (const char* const path : paths) {
       std::filesystem::create_directories(std::filesystem::path(root.at(path)).parent_path());
       oddity(root.at(path));
+    }
+    for (std::size_t i = 0; i < GetParam(); ++i) {
+      const auto& [path, content] = kSoundFiles[i];
+      std::filesystem::remove_all(root.at(path));
+      root.put(path, content);
     }
     LinuxPlatformOptions options;
     options.root = root.path();
@@ -178,12 +207,19 @@ TEST(LinuxPlatformTest, AHostileRootTellsNothingOdd) {
     EXPECT_EQ(system.model == platform.environment->machine(), !isText) << *system.model;
     EXPECT_FALSE(platform.facts.screen->read().nativeWidth);
     const BatteryReading battery = platform.facts.power->read();
-    EXPECT_FALSE(battery.level || battery.state);
-    EXPECT_FALSE(platform.facts.network->read().isDefaultRouteWireless.value_or(false));
+    EXPECT_FALSE(battery.level);
+    EXPECT_EQ(battery.state.value_or(0), 0) << "unknown";
+    // A folder "wireless" with something in it is as the kernel has it.
+    const bool isWireless = oddity == &putFolder && GetParam() > 1;
+    EXPECT_EQ(platform.facts.network->read().isDefaultRouteWireless.value_or(false), isWireless);
+    EXPECT_FALSE(platform.facts.posture->read().orientation);
     EXPECT_EQ(platform.identity->vendorIdentifier().value_or("").size(), 36U);
     EXPECT_TRUE(platform.facts.accessibility->read().installedKeyboards.empty());
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(UntilEachSoundFile, HostileRootTest,
+                         testing::Range(std::size_t{0}, std::size(kSoundFiles) + 1));
 
 TEST(LinuxPlatformTest, TheEnvironmentIsACopy) {
   setenv("QUORVANCE_TEST_VARIABLE", "a=b", 1);

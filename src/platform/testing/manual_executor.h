@@ -71,7 +71,7 @@ class ManualExecutor : public WallClock, public MainQueue, public BackgroundQueu
   std::uint64_t delayedPosts_ = 0;
   std::deque<Work> ready_;
   std::vector<Delayed> delayed_;  // in the order of their posting
-  std::array<bool, 3> isHeld_{};
+  std::array<bool, 4> isHeld_{};
   bool isClosed_ = false;
 };
 

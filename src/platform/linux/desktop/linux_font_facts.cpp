@@ -1,6 +1,10 @@
 #include "platform/linux/desktop/linux_font_facts.h"
 
+#include <sys/mman.h>
+#include <sys/resource.h>
+
 #include <algorithm>
+#include <cstddef>
 #include <memory>
 
 #include "platform/linux/facts/dynamic_library.h"
@@ -72,10 +76,24 @@ Owned<FontSet> allFaces(const Fontconfig& fontconfig, Configuration* configurati
   return faces;
 }
 
+/// Whether fontconfig has room: what it cannot map or allocate makes it crash, so where the host's
+/// address space is limited, this much must be left of it.
+bool hasRoomForFonts() {
+  constexpr std::size_t kNeededBytes = std::size_t{64} << 20;
+  rlimit limit = {};
+  if (getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) return true;
+  void* const room =
+      mmap(nullptr, kNeededBytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (room == MAP_FAILED) return false;
+  munmap(room, kNeededBytes);
+  return true;
+}
+
 }  // namespace
 
 FontFacts LinuxFontFacts::read() {
   FontFacts facts;
+  if (!hasRoomForFonts()) return facts;
   Fontconfig fontconfig;
   if (!fontconfig.bindTo(DynamicLibrary::open(libraryNames_))) return facts;
   const Owned<Configuration> configuration(fontconfig.loadConfigAndFonts(),

@@ -4,8 +4,8 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <deque>
 #include <limits>
+#include <list>
 #include <mutex>
 #include <optional>
 #include <unordered_map>
@@ -51,8 +51,8 @@ struct CurlHttpSession::State : ThreadSeeker, ExitParticipant, std::enable_share
   const std::shared_ptr<ThreadRetries> retries;
   std::mutex mutex;
   LibraryThread thread;
-  std::deque<Task> tasks;
-  std::deque<Call> waiting;
+  std::list<Task> tasks;
+  std::list<Call> waiting;
   // Open before the thread starts.
   WakeUpEvent wakeUp;
   bool isWatchingExit = false;
@@ -69,10 +69,10 @@ struct CurlHttpSession::State : ThreadSeeker, ExitParticipant, std::enable_share
   void seekThread() noexcept override;
   bool startThread() noexcept;
 
-  /// Drops what waits, outside of the lock.
-  void stop() {
-    std::deque<Task> droppedTasks;
-    std::deque<Call> droppedCalls;
+  /// Drops what waits, outside of the lock. Needs no memory: lists that are empty have none.
+  void stop() noexcept {
+    std::list<Task> droppedTasks;
+    std::list<Call> droppedCalls;
     const std::lock_guard lock(mutex);
     isStopped = true;
     droppedTasks.swap(tasks);

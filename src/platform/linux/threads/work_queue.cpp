@@ -19,10 +19,10 @@ namespace {
 
 constexpr std::size_t kMaxRunningCompletions = 2;
 constexpr std::size_t kMaxRunningInOrder = 1;
-static_assert(kMaxRunningCompletions + 2 * kMaxRunningInOrder == WorkQueue::kMaxThreads,
+static_assert(kMaxRunningCompletions + 3 * kMaxRunningInOrder == WorkQueue::kMaxThreads,
               "a task that its lane admits must find a thread");
 static_assert(WorkLane::completions == WorkLane{0} && WorkLane::files == WorkLane{1} &&
-                  WorkLane::facts == WorkLane{2},
+                  WorkLane::facts == WorkLane{2} && WorkLane::images == WorkLane{3},
               "lanes are kept in this order");
 
 }  // namespace
@@ -84,8 +84,8 @@ class WorkQueue::State : public ThreadSeeker,
   std::mutex mutex_;
   std::condition_variable changed_;
   // In the order of WorkLane.
-  std::array<Lane, 3> lanes_ = {Lane{kMaxRunningCompletions}, Lane{kMaxRunningInOrder},
-                                Lane{kMaxRunningInOrder}};
+  std::array<Lane, 4> lanes_ = {Lane{kMaxRunningCompletions}, Lane{kMaxRunningInOrder},
+                                Lane{kMaxRunningInOrder}, Lane{kMaxRunningInOrder}};
   std::uint64_t nextNumber_ = 0;
   std::array<LibraryThread, kMaxThreads> threads_;
   std::array<bool, kMaxThreads> isThreadAlive_ = {};
@@ -159,7 +159,7 @@ void WorkQueue::State::seekThread() noexcept {
 }
 
 void WorkQueue::State::stop() noexcept {
-  std::array<std::list<Item>, 3> dropped;  // outside of the lock
+  std::array<std::list<Item>, 4> dropped;  // outside of the lock
   const std::lock_guard lock(mutex_);
   isStopped_ = true;
   for (std::size_t i = 0; i < dropped.size(); ++i) dropped[i].swap(lanes_[i].waiting);
@@ -244,6 +244,7 @@ void WorkQueue::State::beginExit() noexcept {
   // A host's completion may use what its destructors are taking down.
   at(WorkLane::completions).isHeld = true;
   at(WorkLane::facts).isHeld = true;
+  at(WorkLane::images).isHeld = true;
 }
 
 void WorkQueue::State::awaitExit(std::chrono::steady_clock::time_point deadline) noexcept {

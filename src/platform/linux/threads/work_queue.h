@@ -9,9 +9,9 @@
 
 namespace quorvance {
 
-/// Background work on at most four threads, which start on demand and end when idle.
+/// Background work on at most five threads, which start on demand and end when idle.
 ///
-/// The lanes of files and facts run one task at a time, completions two: together as many as there
+/// Completions run two tasks at a time, every other lane one: together as many as there
 /// are threads, so a task that its lane admits never waits for a thread. With one hung task of each
 /// kind every lane but the hung one goes on, and one more completion at a time still runs.
 /// When the system has no thread to give, the tasks wait (thread_retries.h). A task that finds no
@@ -22,7 +22,7 @@ namespace quorvance {
 /// state's mutex.
 class WorkQueue : public BackgroundQueue {
  public:
-  static constexpr std::size_t kMaxThreads = 4;
+  static constexpr std::size_t kMaxThreads = 5;
   static constexpr std::chrono::milliseconds kIdleTime{10'000};
 
   /// `idleTime`: how long a thread waits for another task before it ends.

@@ -45,6 +45,7 @@ TEST(WorkQueueTest, AHungTaskOfEachKindHoldsUpNoOtherCompletion) {
   HangingTasks hanging;
   hanging.hang(queue, WorkLane::files);
   hanging.hang(queue, WorkLane::facts);
+  hanging.hang(queue, WorkLane::images);
   hanging.hang(queue, WorkLane::completions);
   for (int i = 0; i < 100; ++i) waitForTask(queue, WorkLane::completions);
 }
@@ -58,12 +59,13 @@ TEST(WorkQueueTest, HungCompletionsHoldUpNoLane) {
   for (int i = 0; i < 10; ++i) {
     waitForTask(queue, WorkLane::facts);
     waitForTask(queue, WorkLane::files);
+    waitForTask(queue, WorkLane::images);
   }
 }
 
 TEST(WorkQueueTest, LanesRunOneTaskAtATimeInOrder) {
   constexpr int kTasks = 500;
-  for (const WorkLane lane : {WorkLane::files, WorkLane::facts}) {
+  for (const WorkLane lane : {WorkLane::files, WorkLane::facts, WorkLane::images}) {
     WorkQueue queue;
     std::vector<int> order;  // unguarded: two tasks at a time would be a race
     for (int i = 0; i < kTasks; ++i) {
