@@ -51,7 +51,13 @@ void ReportStore::log(const std::optional<PlatformError>& error) const {
 }
 
 bool ReportStore::prepare() {
-  if (!documents_ || !documents_->prepare()) return false;
+  if (!documents_) return false;
+  if (!documents_->prepare()) {
+    // Without any folder that is no error; one that has a place tells what is wrong with it.
+    std::vector<DocumentEntry> entries;
+    if (documents_->fileSystemPath()) log(documents_->list(entries));
+    return false;
+  }
   if (!isRecovered_.exchange(true)) recoverUnfinished();
   return true;
 }
@@ -91,6 +97,10 @@ bool ReportStore::storeReport(const Json& report, ReportCategory category) {
   const std::optional<std::string> text = writeJsonIndented(report);
   if (!text) {
     log(unreadable("that was made", "It cannot be JSON."));
+    return false;
+  }
+  if (text->size() > kMaxDocumentBytes) {
+    log(unreadable("that was made", "It is longer than a report may be."));
     return false;
   }
   // A write error is ignored, by contract.

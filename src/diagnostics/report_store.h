@@ -37,7 +37,7 @@ class ReportStore {
               std::shared_ptr<ExceptionLogger> exceptions);
 
   /// True when the report was kept. Dropped without a folder, in a full category, and when it
-  /// cannot be JSON.
+  /// cannot be JSON or is longer than kMaxDocumentBytes.
   bool storeReport(const Json& report, ReportCategory category);
 
   /// For an upload of the category, from before its files are looked at until the last was removed.

@@ -77,6 +77,32 @@ TEST(ReportStoreTest, FailuresAreSilentAndOnlyWriteErrorsAreNotLogged) {
   EXPECT_THAT(world.documents->files, IsEmpty());
 }
 
+TEST(ReportStoreTest, WhatCouldNeverBeUploadedIsRefusedAndLogged) {
+  for (const auto& [bytes, isKept] :
+       {std::pair(kMaxDocumentBytes, true), {kMaxDocumentBytes + 1, false}}) {
+    StoreWorld world;
+    const std::string around = "{\n  \"a\": \"\"\n}";
+    Json report = makeObject(1);
+    putMember(report, "a", std::string(bytes - around.size(), 'x'));
+    EXPECT_EQ(world.reports->storeReport(report, ReportCategory::crash), isKept);
+    EXPECT_EQ(world.documents->files.size(), isKept ? 1U : 0U);
+    EXPECT_EQ(world.tracing->size(), isKept ? 0U : 1U);
+  }
+}
+
+TEST(ReportStoreTest, FolderThatIsNamedAndCannotBeMadeIsLogged) {
+  struct NamedFolder : MemoryDocuments {
+    std::optional<std::string> fileSystemPath() const override { return "/named"; }
+  };
+  StoreWorld world;
+  const auto folder = std::make_shared<NamedFolder>();
+  folder->isAvailable = false;
+  folder->listError = PlatformError{"disk", 20, "Not a directory", std::nullopt};
+  ReportStore reports(folder, std::make_shared<ExceptionLogger>(world.tracing));
+  EXPECT_FALSE(reports.storeReport(smallReport(), ReportCategory::crash));
+  EXPECT_EQ(world.tracing->size(), 1U);
+}
+
 TEST(ReportStoreTest, UnreadableFilesAreSetAsideAndNoLongerCount) {
   StoreWorld world;
   world.documents->files = {{"crash1.json", "rubbish"},

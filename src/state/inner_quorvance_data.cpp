@@ -57,7 +57,10 @@ StoredValue InnerQuorvanceData::readPersistent(StoredKey key) {
   if (entry.kind == StoredEntry::Kind::text) return std::move(entry.text);
   if (entry.kind == StoredEntry::Kind::other) return OtherStoredValue{};
   StoredValue value = defaultValue(key);
-  writePersistent(key, value);
+  if (const auto* text = std::get_if<std::string>(&value)) {
+    defaults_->writeDefault(rowOf(key).name, *text);
+    defaults_->synchronize();
+  }
   return value;
 }
 

@@ -26,6 +26,12 @@ class KeyValueStore {
   virtual void write(std::string_view key, std::string_view text) = 0;
   /// Asks for what was written to reach the disk; returns without waiting for it.
   virtual void synchronize() = 0;
+
+  // What a host's own store may leave as it is.
+
+  /// Gives a key that was read as absent its first value. Where the store has one meanwhile, or
+  /// finds one that another process has stored, that stays and later reads answer it.
+  virtual void writeDefault(std::string_view key, std::string_view text) { write(key, text); }
 };
 
 }  // namespace quorvance

@@ -82,7 +82,10 @@ LinuxIdentity::LinuxIdentity(RootFiles files, std::string_view hostIdentifier,
 
 std::optional<std::string> LinuxIdentity::vendorIdentifier() {
   const std::lock_guard lock(mutex_);
-  if (!vendorIdentifier_) vendorIdentifier_ = findVendorIdentifier();
+  // Asked for each time: the store may come to know it late, from the disk or another process.
+  const StoredEntry stored = store_->read(kStoredKey);
+  if (isUpperCaseUuid(stored.text)) return stored.text;
+  if (!vendorIdentifier_) vendorIdentifier_ = makeVendorIdentifier(stored.kind);
   return vendorIdentifier_;
 }
 
@@ -92,15 +95,18 @@ std::string LinuxIdentity::origin() const {
   return "HMAC of the vendor, keyed with /etc/machine-id; else a stored random one";
 }
 
-std::string LinuxIdentity::findVendorIdentifier() const {
-  const StoredEntry stored = store_->read(kStoredKey);
-  if (isUpperCaseUuid(stored.text)) return stored.text;
+// What stands under the key and is no identifier gives way.
+std::string LinuxIdentity::makeVendorIdentifier(StoredEntry::Kind stored) const {
   const std::optional<std::string> text = files_.fact("/etc/machine-id");
   if (const auto machineId = machineIdBytes(text.value_or(""))) {
     return vendorIdentifierFor(*machineId, vendor_);
   }
   std::string random = randomUuid();
-  store_->write(kStoredKey, random);
+  if (stored == StoredEntry::Kind::absent) {
+    store_->writeDefault(kStoredKey, random);
+  } else {
+    store_->write(kStoredKey, random);
+  }
   return random;
 }
 

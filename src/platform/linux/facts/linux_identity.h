@@ -38,12 +38,13 @@ class LinuxIdentity : public IdentitySource {
   std::string origin() const override;
 
  private:
-  std::string findVendorIdentifier() const;
+  std::string makeVendorIdentifier(StoredEntry::Kind stored) const;
 
   const RootFiles files_;
   const std::string vendor_;
   const std::shared_ptr<KeyValueStore> store_;
   std::mutex mutex_;
+  // What this process made, for as long as nothing is stored.
   std::optional<std::string> vendorIdentifier_;
 };
 

@@ -70,5 +70,13 @@ TEST_F(LinuxIdentityTest, AnswersFromMemoryAfterTheFirstTime) {
   EXPECT_EQ(identity.advertisingIdentifier(), std::nullopt);
 }
 
+TEST_F(LinuxIdentityTest, AStoredOneThatBecomesKnownLateIsPreferred) {
+  const std::string stored = "3D8C8D5C-C2D2-44CA-815F-19C0E8294672";
+  LinuxIdentity identity(RootFiles(folder_.path()), "com.bank.app", store_);
+  EXPECT_NE(identity.vendorIdentifier(), stored);
+  store_->write("vendorIdentifier", stored);
+  EXPECT_EQ(identity.vendorIdentifier(), stored);
+}
+
 }  // namespace
 }  // namespace quorvance

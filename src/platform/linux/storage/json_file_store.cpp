@@ -1,5 +1,7 @@
 #include "platform/linux/storage/json_file_store.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <map>
@@ -9,6 +11,7 @@
 #include <utility>
 
 #include "base/debug.h"
+#include "base/forked_child.h"
 #include "base/json.h"
 #include "base/out_of_memory.h"
 #include "platform/linux/storage/file_lock.h"
@@ -43,10 +46,22 @@ Entries entriesOf(const Json& object) {
   return entries;
 }
 
-/// Whether to set the file aside. One that cannot be read now may be readable the next time.
-bool isSpoilt(const SmallFile& file) {
-  return file.outcome == SmallFile::Outcome::whole || file.outcome == SmallFile::Outcome::tooLong;
+/// A file that cannot be read now may be readable the next time: it is neither empty nor spoilt.
+bool isUnreadableForNow(const SmallFile& file) {
+  return file.outcome == SmallFile::Outcome::failed;
 }
+
+/// What memory has for the disk.
+struct Pending {
+  Entries entries;
+  /// Those whose texts the disk may not have.
+  Keys unwritten;
+  /// Of those, the ones that yield to whatever the file has.
+  Keys defaults;
+};
+
+constexpr const char* kUnreadableForNow = "it cannot be read";
+constexpr int kMaxSetAside = 10;
 
 }  // namespace
 
@@ -58,11 +73,15 @@ class JsonFileStore::StateFile {
 
   const std::string& path() const { return path_; }
   SmallFile load() const { return readSmallFile(path_, kMaxFileBytes); }
-  /// Makes the file hold the texts of `keys`, or every text when it is missing or set aside.
-  /// Returns null, or in words what went wrong.
-  const char* merge(const Keys& keys, const Entries& entries);
+  /// Makes the file hold the texts of what is unwritten, or every text when it is missing or set
+  /// aside. Returns null, or in words what went wrong; `found` is what it held before.
+  const char* merge(const Pending& pending, Entries& found);
+  /// Only reads.
+  const char* look(Entries& found) const;
 
  private:
+  const char* replace(Json& object, const Keys& wanted, const SmallFile& file, bool isLocked) const;
+  void setAside() const;
   void put(Json& object, const std::string& key, const StoredEntry& entry) const;
   void drop(Json& object, const std::string& key) const;
 
@@ -72,32 +91,65 @@ class JsonFileStore::StateFile {
   bool isLockStalled_ = false;
 };
 
-const char* JsonFileStore::StateFile::merge(const Keys& keys, const Entries& entries) {
+const char* JsonFileStore::StateFile::look(Entries& found) const {
+  const SmallFile file = load();
+  if (isUnreadableForNow(file)) return kUnreadableForNow;
+  const std::optional<Json> object = objectIn(file);
+  if (object) found = entriesOf(*object);
+  return nullptr;
+}
+
+// What cannot be locked at all is not locked, as for the reports beside it.
+const char* JsonFileStore::StateFile::merge(const Pending& pending, Entries& found) {
   if (!makePrivateFolder(folder_)) return "its folder cannot be made";
   const FileLock lock(folder_ + "/state.lock", isLockStalled_ ? kMaxLockWait.zero() : kMaxLockWait);
   isLockStalled_ = lock.outcome() == FileLock::Outcome::heldElsewhere;
-  if (lock.outcome() != FileLock::Outcome::held) return "it cannot be locked";
+  if (isLockStalled_) return "it cannot be locked";
   const SmallFile file = load();
+  if (isUnreadableForNow(file)) return kUnreadableForNow;
   std::optional<Json> object = objectIn(file);
   const JsonDiscarder discarder(object);
   const bool isNew = !object || file.outcome == SmallFile::Outcome::missing;
   if (!object) {
-    if (!isSpoilt(file)) return "it cannot be read";
-    std::rename(path_.c_str(), (folder_ + "/unreadable-state.json").c_str());
+    setAside();
     object = Json::object();
   }
-  for (const auto& [key, entry] : entries) {
-    if (isNew || keys.contains(key)) put(*object, key, entry);
+  found = entriesOf(*object);
+  Keys wanted;
+  for (const auto& [key, entry] : pending.entries) {
+    const bool isYielding = pending.defaults.contains(key) && found.contains(key);
+    if (!isYielding && (isNew || pending.unwritten.contains(key))) {
+      put(*object, key, entry);
+      wanted.insert(key);
+    }
   }
-  std::optional<std::string> bytes = writeJson(*object);
+  if (wanted.empty()) return nullptr;
+  return replace(*object, wanted, file, lock.outcome() == FileLock::Outcome::held);
+}
+
+const char* JsonFileStore::StateFile::replace(Json& object, const Keys& wanted,
+                                              const SmallFile& file, bool isLocked) const {
+  std::optional<std::string> bytes = writeJson(object);
   if (!bytes || bytes->size() > kMaxFileBytes) {
-    for (const std::string& key : keys) drop(*object, key);
-    bytes = writeJson(*object);
+    for (const std::string& key : wanted) drop(object, key);
+    bytes = writeJson(object);
   }
   if (!bytes) return "it cannot be JSON";
   if (*bytes == file.bytes) return nullptr;
-  const bool isReplaced = replaceFile(path_, folder_ + "/state.tmp", *bytes);
+  // Without the lock nobody else is kept off a name that all processes use.
+  const std::string owner = isLocked ? "" : "." + std::to_string(getpid());
+  const bool isReplaced = replaceFile(path_, folder_ + "/state" + owner + ".tmp", *bytes);
   return isReplaced ? nullptr : "it cannot be written";
+}
+
+// A folder under the name may stand in the way of another name. Where none is free, a file is
+// overwritten and a folder stays.
+void JsonFileStore::StateFile::setAside() const {
+  const std::string name = folder_ + "/unreadable-state";
+  for (int i = 1; i <= kMaxSetAside; ++i) {
+    const std::string number = i == 1 ? "" : "-" + std::to_string(i);
+    if (std::rename(path_.c_str(), (name + number + ".json").c_str()) == 0) return;
+  }
 }
 
 void JsonFileStore::StateFile::put(Json& object, const std::string& key,
@@ -123,25 +175,31 @@ struct JsonFileStore::State {
 
   std::optional<StateFile> file;
   std::mutex mutex;
+  // The first use has tried to read the file.
+  bool isLoadTried = false;
+  // Memory has what the file held.
   bool isLoaded = false;
-  Entries entries;
-  // Those whose texts the disk may not have.
-  Keys unwritten;
+  Pending pending;
   // Flushes on the file lane. Made beforehand: asking for it needs no memory.
   std::shared_ptr<PreparedTask> flushTask;
 
   bool load();
   void change(std::string_view key, std::string_view text);
+  void changeToDefault(std::string_view key, std::string_view text);
   void flush();
+  void adopt(const Keys& asked, const Entries& found);
+  bool needsDisk();
 };
 
 // Under the mutex. Whether there is a file that cannot be used.
 bool JsonFileStore::State::load() {
-  if (isLoaded) return false;
-  std::optional<Json> object = file ? objectIn(file->load()) : Json::object();
+  if (isLoadTried) return false;
+  const SmallFile read = file ? file->load() : SmallFile{SmallFile::Outcome::missing, {}};
+  std::optional<Json> object = objectIn(read);
   const JsonDiscarder discarder(object);
-  if (object) entries = entriesOf(*object);
-  isLoaded = true;
+  if (object) pending.entries = entriesOf(*object);
+  isLoadTried = true;
+  isLoaded = !isUnreadableForNow(read);
   return !object;
 }
 
@@ -149,28 +207,68 @@ bool JsonFileStore::State::load() {
 // memory at most a key is written again whose text is the same.
 void JsonFileStore::State::change(std::string_view key, std::string_view text) {
   StoredEntry entry = {StoredEntry::Kind::text, std::string(text)};
-  if (file) unwritten.emplace(key);
-  entries.insert_or_assign(std::string(key), std::move(entry));
+  if (file) pending.unwritten.emplace(key);
+  pending.entries.insert_or_assign(std::string(key), std::move(entry));
+  const auto found = pending.defaults.find(key);
+  if (found != pending.defaults.end()) pending.defaults.erase(found);
+}
+
+// Under the mutex.
+void JsonFileStore::State::changeToDefault(std::string_view key, std::string_view text) {
+  if (pending.entries.contains(key)) return;
+  StoredEntry entry = {StoredEntry::Kind::text, std::string(text)};
+  if (file) {
+    pending.defaults.emplace(key);
+    pending.unwritten.emplace(key);
+  }
+  pending.entries.emplace(key, std::move(entry));
 }
 
 void JsonFileStore::State::flush() {
-  Keys keys;
+  Pending taken;
   const char* problem = "it needs more memory than there is";
   hasMemoryFor([&] {
-    Entries known;
+    bool isKnown = false;
     {
       const std::lock_guard lock(mutex);
-      known = entries;
-      keys.swap(unwritten);
+      isKnown = isLoaded;
+      taken.entries = pending.entries;
+      taken.defaults = pending.defaults;
+      taken.unwritten.swap(pending.unwritten);
     }
-    problem = keys.empty() ? nullptr : file->merge(keys, known);
+    Entries found;
+    problem = nullptr;
+    if (!taken.unwritten.empty()) {
+      problem = file->merge(taken, found);
+    } else if (!isKnown) {
+      problem = file->look(found);
+    }
+    if (problem == nullptr) adopt(taken.defaults, found);
   });
   if (problem == nullptr) return;
   {
     const std::lock_guard lock(mutex);
-    unwritten.merge(keys);
+    pending.unwritten.merge(taken.unwritten);
   }
   sayOfState(file->path(), problem);
+}
+
+// What the host has written since is no default any more.
+void JsonFileStore::State::adopt(const Keys& asked, const Entries& found) {
+  const std::lock_guard lock(mutex);
+  for (const auto& [key, entry] : found) {
+    const bool isYielding = asked.contains(key) && pending.defaults.contains(key);
+    const bool isNews = !isLoaded && !pending.entries.contains(key);
+    if (isYielding || isNews) pending.entries.insert_or_assign(key, entry);
+  }
+  for (const std::string& key : asked) pending.defaults.erase(key);
+  isLoaded = true;
+}
+
+// A file that could not be read is looked at again whenever the state is used, by the file lane.
+bool JsonFileStore::State::needsDisk() {
+  const std::lock_guard lock(mutex);
+  return file && (!pending.unwritten.empty() || (isLoadTried && !isLoaded));
 }
 
 JsonFileStore::JsonFileStore(std::optional<std::string> folder,
@@ -179,6 +277,11 @@ JsonFileStore::JsonFileStore(std::optional<std::string> folder,
   state_->flushTask = queue_->prepare(
       WorkLane::files, [state = state_.get()](const PreparedTask::Owner&) { state->flush(); });
   if (!state_->flushTask) throw std::bad_alloc();
+}
+
+// What could not be written is tried once more.
+JsonFileStore::~JsonFileStore() {
+  if (!leakInForkedChild(state_)) askForDisk();
 }
 
 void JsonFileStore::load() {
@@ -192,9 +295,16 @@ void JsonFileStore::load() {
 
 StoredEntry JsonFileStore::read(std::string_view key) {
   load();
-  const std::lock_guard lock(state_->mutex);
-  const auto found = state_->entries.find(key);
-  return found == state_->entries.end() ? StoredEntry() : found->second;
+  StoredEntry entry;
+  bool isLoaded = false;
+  {
+    const std::lock_guard lock(state_->mutex);
+    const auto found = state_->pending.entries.find(key);
+    if (found != state_->pending.entries.end()) entry = found->second;
+    isLoaded = state_->isLoaded;
+  }
+  if (!isLoaded) askForDisk();
+  return entry;
 }
 
 void JsonFileStore::write(std::string_view key, std::string_view text) {
@@ -206,14 +316,19 @@ void JsonFileStore::write(std::string_view key, std::string_view text) {
   askForDisk();
 }
 
+void JsonFileStore::writeDefault(std::string_view key, std::string_view text) {
+  load();
+  {
+    const std::lock_guard lock(state_->mutex);
+    state_->changeToDefault(key, text);
+  }
+  askForDisk();
+}
+
 void JsonFileStore::synchronize() { askForDisk(); }
 
 void JsonFileStore::askForDisk() {
-  {
-    const std::lock_guard lock(state_->mutex);
-    if (state_->unwritten.empty()) return;
-  }
-  state_->flushTask->start(state_);
+  if (state_->needsDisk()) state_->flushTask->start(state_);
 }
 
 }  // namespace quorvance

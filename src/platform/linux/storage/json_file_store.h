@@ -13,14 +13,18 @@ namespace quorvance {
 
 /// The key-value state in one JSON file, "state.json" in the data folder.
 ///
-/// The first use reads the file, on the caller's thread; from then on memory answers. A write
-/// changes memory at once and asks the file lane to compare it with the file, which other processes
-/// write too. There, under a file lock that they take as well, the file is read again, the written
-/// keys alone are replaced, and unless it has them already the whole takes the old one's place in
-/// one step; everything else in it stays as it was found. A file that is missing gets every text
-/// that memory has. What cannot be written is tried again with the next write. A file that is no
-/// JSON object or too long counts as empty; the first write sets it aside as
-/// "unreadable-state.json". Any thread; guarded by the state's mutex.
+/// The first use reads the file, on the caller's thread; from then on memory answers. One that
+/// cannot be read for now is read again by the file lane with each further use, and what it holds
+/// is known from then on. A write changes memory at once and asks the file lane to compare it with
+/// the file, which other processes write too. There, under a file lock that they take as well
+/// (where the file system has locks), the file is read again, the written keys alone are replaced,
+/// and unless it has them already the whole takes the old one's place in one step; everything else
+/// in it stays as it was found. A default is written only where its key is absent there; otherwise
+/// memory takes the file's value, unless the host has written one meanwhile. A file that is missing
+/// gets every text that memory has. What cannot be written is tried again with the next write, and
+/// at the end of the store. A file that is no JSON object or too long, and whatever else has its
+/// name, counts as empty; the first write sets it aside as "unreadable-state.json", with a number
+/// where that name is taken by a folder. Any thread; guarded by the state's mutex.
 class JsonFileStore : public KeyValueStore {
  public:
   /// Longer files are not read.
@@ -31,10 +35,14 @@ class JsonFileStore : public KeyValueStore {
 
   /// Without a folder everything stays in memory. `queue` must not be null.
   JsonFileStore(std::optional<std::string> folder, std::shared_ptr<BackgroundQueue> queue);
+  ~JsonFileStore() override;
+  JsonFileStore(const JsonFileStore&) = delete;
+  JsonFileStore& operator=(const JsonFileStore&) = delete;
 
   StoredEntry read(std::string_view key) override;
   void write(std::string_view key, std::string_view text) override;
   void synchronize() override;
+  void writeDefault(std::string_view key, std::string_view text) override;
 
  private:
   class StateFile;

@@ -121,19 +121,94 @@ TEST_F(JsonFileStoreTest, StartsEmptyWithAFileThatIsNoStateAndReplacesIt) {
   }
 }
 
-TEST_F(JsonFileStoreTest, LivesInMemoryWithAFolderOrAPipeInPlaceOfItsFile) {
+TEST_F(JsonFileStoreTest, SetsAsideAFolderOrAPipeInPlaceOfItsFileUnderAFreeName) {
   const std::string path = folder_.at("app/quorvance/state.json");
-  fs::create_directories(path + "/full");
+  // The first name is taken by a folder that is not empty.
+  fs::create_directories(folder_.at("app/quorvance/unreadable-state.json/full"));
   for (const bool isPipe : {false, true}) {
-    if (isPipe) fs::remove_all(path);
+    fs::remove_all(path);
+    if (!isPipe) fs::create_directories(path + "/full");
     ASSERT_EQ(isPipe ? mkfifo(path.c_str(), 0600) : 0, 0);
     JsonFileStore store = makeStore();
     EXPECT_EQ(store.read("a").kind, Kind::absent);
     store.write("a", "1");
     lane_->run();
-    EXPECT_EQ(store.read("a").text, "1");
-    EXPECT_FALSE(fs::is_regular_file(path));
+    ASSERT_TRUE(fs::is_regular_file(path)) << isPipe;
+    EXPECT_EQ(stateText(), R"({"a":"1"})");
   }
+  EXPECT_TRUE(fs::exists(folder_.at("app/quorvance/unreadable-state-2.json/full")));
+  EXPECT_TRUE(fs::is_fifo(folder_.at("app/quorvance/unreadable-state-3.json")));
+}
+
+TEST_F(JsonFileStoreTest, IsWrittenWithoutALockWhereNoneIsToBeHad) {
+  fs::create_directories(folder_.at("app/quorvance/state.lock"));
+  JsonFileStore store = makeStore();
+  store.write("a", "1");
+  lane_->run();
+  EXPECT_EQ(stateText(), R"({"a":"1"})");
+}
+
+TEST_F(JsonFileStoreTest, ADefaultYieldsToTheFileAndToTheHostButItsWriteToNobody) {
+  struct Case {
+    const char* name;
+    bool isUnreadableAtFirst;
+    bool isWrittenByHost;
+    const char* read;
+  };
+  const std::string theirs = R"({ "a": "theirs", "b": "b" })";
+  for (const Case& c : {Case{"the first reading fails", true, false, "theirs"},
+                        Case{"another process came first", false, false, "theirs"},
+                        Case{"the first reading fails, the host writes", true, true, "host's"},
+                        Case{"another came first, the host writes", false, true, "host's"}}) {
+    obstructDisk(false);
+    fs::create_directories(folder_.at("app/quorvance"));
+    const std::string path = folder_.at("app/quorvance/state.json");
+    if (c.isUnreadableAtFirst) fs::create_symlink(path, path);  // it cannot be opened for now
+    JsonFileStore store = makeStore();
+    EXPECT_EQ(store.read("a").kind, Kind::absent) << c.name;
+    store.writeDefault("a", "default");
+    EXPECT_EQ(store.read("a").text, "default") << c.name;
+    if (c.isUnreadableAtFirst) lane_->run();
+    fs::remove(path);
+    putState(theirs);
+    if (c.isWrittenByHost) store.write("a", "host's");
+    store.writeDefault("a", "another default");
+    store.synchronize();
+    lane_->run();
+    EXPECT_EQ(store.read("a").text, c.read) << c.name;
+    EXPECT_EQ(makeStore().read("a").text, c.read) << c.name;
+    EXPECT_EQ(stateText() == theirs, !c.isWrittenByHost) << c.name;
+    EXPECT_EQ(store.read("b").text, c.isUnreadableAtFirst ? "b" : "") << c.name;
+  }
+}
+
+TEST_F(JsonFileStoreTest, AFileThatCouldNotBeReadIsReadWithoutAnyWrite) {
+  const std::string path = folder_.at("app/quorvance/state.json");
+  fs::create_directories(folder_.at("app/quorvance"));
+  fs::create_symlink(path, path);
+  JsonFileStore store = makeStore();
+  EXPECT_EQ(store.read("a").kind, Kind::absent);
+  lane_->run();
+  fs::remove(path);
+  putState(R"({"a":"1"})");
+  EXPECT_EQ(store.read("a").kind, Kind::absent) << "the caller waited for the disk";
+  EXPECT_EQ(store.read("a").kind, Kind::absent);
+  EXPECT_EQ(lane_->waiting(), 1U);
+  lane_->run();
+  EXPECT_EQ(store.read("a").text, "1");
+  EXPECT_EQ(lane_->waiting(), 0U);
+}
+
+TEST_F(JsonFileStoreTest, WhatFailedBeforeIsTriedOnceMoreAtTheEndOfTheStore) {
+  obstructDisk(true);
+  {
+    JsonFileStore store = makeStore();
+    store.write("a", "1");
+    lane_->run();
+    obstructDisk(false);
+  }
+  lane_->run();
+  EXPECT_EQ(stateText(), R"({"a":"1"})");
 }
 
 // The older value must not come back with a restart.

@@ -37,7 +37,8 @@ class WorkQueue::State : public ThreadSeeker,
 
   void post(WorkLane lane, Task task) noexcept;
   std::shared_ptr<PreparedTask> prepare(WorkLane lane, PreparedTask::Body body) noexcept;
-  /// Drops what waits and, unless the caller is one of the threads, waits for what runs.
+  /// Drops what waits, save for files, and waits for what runs, save for files and on one of the
+  /// threads.
   void end() noexcept;
   void seekThread() noexcept override;
   bool drain(WorkLane lane, std::chrono::steady_clock::time_point deadline);
@@ -71,6 +72,8 @@ class WorkQueue::State : public ThreadSeeker,
   };
 
   void stop() noexcept;
+  void keepFiles(std::list<Item>& dropped) noexcept;
+  bool isLate() const { return isStopped_ && std::chrono::steady_clock::now() >= filesEnd_; }
   void add(WorkLane lane, Node& node, std::unique_lock<std::mutex>& lock) noexcept;
   bool wantsThread() const;
   bool startThread() noexcept;
@@ -90,6 +93,8 @@ class WorkQueue::State : public ThreadSeeker,
   std::array<LibraryThread, kMaxThreads> threads_;
   std::array<bool, kMaxThreads> isThreadAlive_ = {};
   bool isStopped_ = false;
+  // Once stopped: when the file lane begins with nothing more.
+  std::chrono::steady_clock::time_point filesEnd_;
   bool isWatchingExit_ = false;
 };
 
@@ -162,16 +167,40 @@ void WorkQueue::State::stop() noexcept {
   std::array<std::list<Item>, 4> dropped;  // outside of the lock
   const std::lock_guard lock(mutex_);
   isStopped_ = true;
-  for (std::size_t i = 0; i < dropped.size(); ++i) dropped[i].swap(lanes_[i].waiting);
+  filesEnd_ = std::chrono::steady_clock::now() + kMaxTimeAfterEnd;
+  for (std::size_t i = 0; i < dropped.size(); ++i) {
+    if (&lanes_[i] != &at(WorkLane::files)) dropped[i].swap(lanes_[i].waiting);
+  }
+  keepFiles(dropped.front());
   changed_.notify_all();
 }
 
+// Under the mutex. What is kept needs a thread, which also keeps the state: without one it is lost.
+void WorkQueue::State::keepFiles(std::list<Item>& dropped) noexcept {
+  auto& waiting = at(WorkLane::files).waiting;
+  if (waiting.size() > kMaxTasksAfterEnd) {
+    const auto first = std::next(waiting.begin(), std::ptrdiff_t{kMaxTasksAfterEnd});
+    dropped.splice(dropped.end(), waiting, first, waiting.end());
+  }
+  if (!waiting.empty() && wantsThread()) startThread();
+  const bool isAnyAlive =
+      std::find(isThreadAlive_.begin(), isThreadAlive_.end(), true) != isThreadAlive_.end();
+  if (!isAnyAlive) dropped.splice(dropped.end(), waiting);
+}
+
 void WorkQueue::State::end() noexcept {
-  stop();  // no thread is started any more
+  stop();
+  std::unique_lock lock(mutex_);
   const bool isOwnThread =
       std::any_of(threads_.begin(), threads_.end(),
                   [](const LibraryThread& thread) { return thread.isCurrent(); });
-  for (LibraryThread& thread : threads_) isOwnThread ? thread.detach() : thread.finish();
+  // At the end of the process a thread may have come to rest for ever.
+  if (!isOwnThread && !hasProcessExitBegun()) {
+    changed_.wait(lock, [&] {
+      return at(WorkLane::completions).running == 0 && at(WorkLane::facts).running == 0;
+    });
+  }
+  for (LibraryThread& thread : threads_) thread.detach();
 }
 
 // Under the mutex: whether fewer threads are about to look for a task than could find one.
@@ -199,17 +228,20 @@ bool WorkQueue::State::startThread() noexcept {
 }
 
 void WorkQueue::State::run(std::size_t slot) {
+  std::list<Item> late;  // dropped outside of the lock
   std::unique_lock lock(mutex_);
-  while (!isStopped_) {
+  while (!isLate()) {
     if (Lane* const lane = nextLane()) {
       runNext(*lane, lock);
       continue;
     }
+    if (isStopped_) break;
     const bool isWoken =
         changed_.wait_for(lock, idleTime_, [&] { return isStopped_ || nextLane() != nullptr; });
     if (!isWoken) break;
   }
   isThreadAlive_[slot] = false;
+  if (isLate()) late.swap(at(WorkLane::files).waiting);
 }
 
 /// The lane with the oldest item that may run now; null when there is none.
@@ -233,7 +265,7 @@ bool WorkQueue::State::drain(WorkLane lane, std::chrono::steady_clock::time_poin
   {
     std::unique_lock lock(mutex_);
     const Lane& drained = at(lane);
-    if (isStopped_ || (drained.running == 0 && drained.waiting.empty())) return true;
+    if (drained.running == 0 && drained.waiting.empty()) return true;
     add(lane, node, lock);
   }
   return ended->get_future().wait_until(deadline) == std::future_status::ready;
@@ -264,6 +296,7 @@ void WorkQueue::State::runNext(Lane& lane, std::unique_lock<std::mutex>& lock) {
   retries_->retry();
   lock.lock();
   --lane.running;
+  if (isStopped_) changed_.notify_all();
 }
 
 WorkQueue::WorkQueue(std::chrono::milliseconds idleTime, std::shared_ptr<ThreadRetries> retries)

@@ -17,13 +17,16 @@ namespace quorvance {
 /// When the system has no thread to give, the tasks wait (thread_retries.h). A task that finds no
 /// memory is lost; one that throws anything else ends the process. Destroying the queue drops what
 /// waits and waits for what runs, but not for the host's thread-local objects; on one of its own
-/// threads it waits for nothing. When the process ends normally the file lane finishes what it
-/// holds, within kMaxExitDelay; the other lanes begin with nothing more. Any thread; guarded by the
-/// state's mutex.
+/// threads it waits for nothing. It never waits for files: what that lane holds is finished on its
+/// thread, kMaxTasksAfterEnd tasks that begin within kMaxTimeAfterEnd. When the process ends
+/// normally the file lane finishes what it holds, within kMaxExitDelay; the other lanes begin with
+/// nothing more. Any thread; guarded by the state's mutex.
 class WorkQueue : public BackgroundQueue {
  public:
   static constexpr std::size_t kMaxThreads = 5;
   static constexpr std::chrono::milliseconds kIdleTime{10'000};
+  static constexpr std::size_t kMaxTasksAfterEnd = 500;
+  static constexpr std::chrono::seconds kMaxTimeAfterEnd{10};
 
   /// `idleTime`: how long a thread waits for another task before it ends.
   explicit WorkQueue(std::chrono::milliseconds idleTime = kIdleTime,

@@ -110,16 +110,31 @@ TEST(WorkQueueTest, DestructionDropsWhatWaitsAndWaitsForWhatRuns) {
   std::promise<void> started;
   std::promise<void> mayEnd;
   bool isEnded = false;
-  queue->post(WorkLane::files, [&, end = mayEnd.get_future().share()] {
+  queue->post(WorkLane::facts, [&, end = mayEnd.get_future().share()] {
     started.set_value();
     end.wait();
     isEnded = true;
   });
   started.get_future().wait();
-  queue->post(WorkLane::files,
+  queue->post(WorkLane::facts,
               [signal = signalWhenDropped(mayEnd)] { FAIL() << "was to be dropped"; });
   queue.reset();
   EXPECT_TRUE(isEnded);
+}
+
+TEST(WorkQueueTest, FileLaneIsFinishedAfterTheEndWhichWaitsForNoDisk) {
+  auto queue = std::make_unique<WorkQueue>();
+  std::promise<void> mayEnd;
+  std::promise<int> finished;
+  int ran = 0;
+  queue->post(WorkLane::files, [end = mayEnd.get_future().share()] { end.wait(); });
+  for (int i = 0; i < 10; ++i) queue->post(WorkLane::files, [&] { ++ran; });
+  queue->post(WorkLane::files, [&] { finished.set_value(ran); });
+  EXPECT_TRUE(returnsByItself([&] { queue.reset(); }));
+  mayEnd.set_value();
+  auto result = finished.get_future();
+  ASSERT_EQ(result.wait_for(kThreadTestPatience), std::future_status::ready);
+  EXPECT_EQ(result.get(), 10);
 }
 
 TEST(WorkQueueTest, DestroyedByItsOwnTaskWaitsForNothing) {
