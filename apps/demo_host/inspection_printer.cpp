@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <future>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "apps/demo_host/demo_errors.h"

@@ -265,12 +265,16 @@ TEST(CurlHttpSessionTest, DestroyedByItsOwnCompletionDropsTheOthers) {
                   });
   }
   arrived.wait();
-  // Holds the session's thread until both replies are there, so that it finds them together.
+  // Holds the session's thread until both replies are there, so that it finds them together, and
+  // this thread is out of the session.
+  std::promise<void> dispatched;
   session->dispatch([&] {
     signalAtThreadEnd(std::move(ended));
     mayAnswer.set_value();
     answered.wait();
+    dispatched.get_future().wait();
   });
+  dispatched.set_value();
   firstDropped.get_future().wait();
   secondDropped.get_future().wait();
   threadEnd.wait();

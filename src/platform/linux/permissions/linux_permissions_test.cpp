@@ -126,13 +126,13 @@ TEST_F(PermissionsTest, ThePlaceIsFollowedWhileItIsWanted) {
   EXPECT_EQ(service->service().fix, std::nullopt);
   EXPECT_EQ(bus_.mock().hear(), "stop com.bank.app 8 60");
   bus_.play("place(1.0, 2.0, 3.0, 4.0)");
-  int looks = 0;
-  EXPECT_TRUE(holds([&] { return ++looks == 2; })) << "the signal has been seen";
+  bus_.play("accuracy_level(0)");
+  EXPECT_TRUE(holds([&] { return !service->service().isOn; })) << "both signals have been seen";
+  bus_.play("accuracy_level(8)");
+  EXPECT_TRUE(holds([&] { return service->service().isOn; }));
   service->want(true);
   EXPECT_EQ(bus_.mock().hear(), "start com.bank.app 8 60");
   EXPECT_EQ(service->service().fix, std::nullopt) << "a place that nobody wanted";
-  bus_.play("accuracy_level(0)");
-  EXPECT_TRUE(holds([&] { return !service->service().isOn; }));
 }
 
 TEST_F(PermissionsTest, AServiceThatGoesTellsNothingAndOneThatComesBackIsAskedAgain) {

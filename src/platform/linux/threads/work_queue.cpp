@@ -197,7 +197,8 @@ void WorkQueue::State::end() noexcept {
   // At the end of the process a thread may have come to rest for ever.
   if (!isOwnThread && !hasProcessExitBegun()) {
     changed_.wait(lock, [&] {
-      return at(WorkLane::completions).running == 0 && at(WorkLane::facts).running == 0;
+      return at(WorkLane::completions).running == 0 && at(WorkLane::facts).running == 0 &&
+             at(WorkLane::images).running == 0;
     });
   }
   for (LibraryThread& thread : threads_) thread.detach();
