@@ -1,7 +1,9 @@
 #include "diagnostics/report_keeper.h"
 
+#include <string>
 #include <utility>
 
+#include "base/debug.h"
 #include "base/out_of_memory.h"
 
 namespace quorvance {
@@ -30,10 +32,15 @@ struct KeptJson {
 // The place among those that wait is given back with the task, be it lost.
 template <class MakeReport>
 void ReportKeeper::post(MakeReport makeReport, ReportCategory category) {
-  const bool isFull = waiting_->fetch_add(1) >= kMaxWaitingReports;
+  std::atomic<std::size_t>& count = (*waiting_)[static_cast<std::size_t>(category)];
+  const bool isFull = count.fetch_add(1) >= kMaxWaitingReports;
   const std::shared_ptr<void> place(
-      nullptr, [waiting = waiting_](std::nullptr_t) { waiting->fetch_sub(1); });
-  if (isFull) return;
+      nullptr, [waiting = waiting_, &count](std::nullptr_t) { count.fetch_sub(1); });
+  if (isFull) {
+    debugPrint("a report is dropped, too many wait for the disk: " +
+               std::string(categoryWord(category)));
+    return;
+  }
   backgroundQueue_->post(WorkLane::files,
                          withinMemory([store = store_, place, makeReport, category] {
                            Json report = makeReport();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <memory>
@@ -12,11 +13,12 @@
 
 namespace quorvance {
 
-/// How many reports may wait for the disk; when it does not answer, further ones are dropped.
-inline constexpr std::size_t kMaxWaitingReports = 200;
+/// How many reports of a category may wait for the disk; when it does not answer, further ones are
+/// dropped.
+inline constexpr std::size_t kMaxWaitingReports = 100;
 
 /// Hands reports to the store on the file lane and returns without waiting for it; of one thread's
-/// reports, in order. Any thread; silent about what it could not keep.
+/// reports, in order. Any thread; what it could not keep it tells in debug mode alone.
 class ReportKeeper {
  public:
   ReportKeeper(std::shared_ptr<ReportStore> store, std::shared_ptr<BackgroundQueue> backgroundQueue,
@@ -33,8 +35,8 @@ class ReportKeeper {
   const std::shared_ptr<ReportStore> store_;
   const std::shared_ptr<BackgroundQueue> backgroundQueue_;
   const std::shared_ptr<SystemTexts> texts_;
-  const std::shared_ptr<std::atomic<std::size_t>> waiting_ =
-      std::make_shared<std::atomic<std::size_t>>(0);
+  using Counts = std::array<std::atomic<std::size_t>, kReportCategoryWords.size()>;
+  const std::shared_ptr<Counts> waiting_ = std::make_shared<Counts>();
 };
 
 }  // namespace quorvance

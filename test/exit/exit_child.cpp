@@ -34,6 +34,8 @@ constexpr int kVerdictsInFlight = 16;
 constexpr int kCompletionThreads = 2;
 constexpr auto kSlowInitialisation = 100ms;
 constexpr auto kTidyingUp = 5ms;
+// As many as wait for the console, less those of the library's own.
+constexpr int kPrintedLines = 900;
 
 struct Arguments {
   const char* folder = nullptr;
@@ -44,6 +46,8 @@ struct Arguments {
 
 Arguments arguments;
 std::atomic<bool> isInitialisationSlow{false};
+// The host leaves no time for what goes on beside it.
+std::atomic<bool> isHostQuick{false};
 std::binary_semaphore threadIsBusy{0};
 std::atomic<int> completionsBegun{0};
 std::latch bothBusy{kCompletionThreads};
@@ -212,6 +216,16 @@ void startProgram() {
   _exit(EXIT_SUCCESS);
 }
 
+/// What was printed last needs the end's care.
+void printAndReturn() {
+  QuorvanceManager::setIsInDebugMode(true);
+  isHostQuick = true;
+  QuorvanceManager::shared();
+  sayThatTheEndBegins();
+  for (int i = 0; i < kPrintedLines; ++i) QuorvanceManager::log("line");
+  QuorvanceManager::log("the last line");
+}
+
 const std::map<std::string, void (*)()> kShapes = {
     {"return_from_main", returnFromMain},
     {"log_out", logOut},
@@ -225,6 +239,7 @@ const std::map<std::string, void (*)()> kShapes = {
     {"exit_quickly", exitQuickly},
     {"exit_forked_child", exitForkedChild},
     {"start_program", startProgram},
+    {"print_and_return", printAndReturn},
 };
 
 }  // namespace
@@ -264,6 +279,7 @@ int main(int argc, char** argv) {
   // A host with an end of its own: what goes on beside it has the time to go wrong.
   std::atexit([] {
     hostTidiesUp.count_down();
+    if (isHostQuick) _exit(EXIT_SUCCESS);
     keepBusy(kTidyingUp, [] {});
   });
   arguments = {argv[2], argv[3], argv[4], std::atoi(argv[5])};

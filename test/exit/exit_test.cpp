@@ -129,6 +129,10 @@ TEST_F(ExitTest, TheLastWriteIsOnTheDisk) {
   EXPECT_EQ(storedUser(), "UNKNOWN");
 }
 
+TEST_F(ExitTest, TheLastLineIsPrinted) {
+  EXPECT_TRUE(run("print_and_return").output.ends_with("the last line\n"));
+}
+
 TEST_F(ExitTest, ADiskThatDoesNotAnswerIsWaitedForUpToABoundAtANormalEndAlone) {
   std::filesystem::create_directory(folder_);
   const int lock = open((folder_ + "/state.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);

@@ -16,6 +16,7 @@
 #include "base/out_of_memory.h"
 #include "platform/linux/storage/file_lock.h"
 #include "platform/linux/storage/private_files.h"
+#include "platform/linux/threads/process_exit.h"
 
 namespace quorvance {
 namespace {
@@ -168,7 +169,7 @@ void JsonFileStore::StateFile::drop(Json& object, const std::string& key) const 
   object.erase(key);
 }
 
-struct JsonFileStore::State {
+struct JsonFileStore::State : ExitParticipant, std::enable_shared_from_this<State> {
   explicit State(std::optional<std::string> folder) {
     if (folder) file.emplace(std::move(*folder));
   }
@@ -189,6 +190,10 @@ struct JsonFileStore::State {
   void flush();
   void adopt(const Keys& asked, const Entries& found);
   bool needsDisk();
+  bool needsDiskLocked() const;
+  void beginExit() noexcept override;
+  /// The queue waits for its file lane.
+  void awaitExit(std::chrono::steady_clock::time_point /*deadline*/) noexcept override {}
 };
 
 // Under the mutex. Whether there is a file that cannot be used.
@@ -268,7 +273,19 @@ void JsonFileStore::State::adopt(const Keys& asked, const Entries& found) {
 // A file that could not be read is looked at again whenever the state is used, by the file lane.
 bool JsonFileStore::State::needsDisk() {
   const std::lock_guard lock(mutex);
+  return needsDiskLocked();
+}
+
+// Under the mutex.
+bool JsonFileStore::State::needsDiskLocked() const {
   return file && (!pending.unwritten.empty() || (isLoadTried && !isLoaded));
+}
+
+// What could not be written is tried once more. The mutex is held where a first use reads a disk
+// that may not answer.
+void JsonFileStore::State::beginExit() noexcept {
+  const std::unique_lock lock(mutex, std::try_to_lock);
+  if (lock && needsDiskLocked()) flushTask->start(shared_from_this());
 }
 
 JsonFileStore::JsonFileStore(std::optional<std::string> folder,
@@ -277,6 +294,7 @@ JsonFileStore::JsonFileStore(std::optional<std::string> folder,
   state_->flushTask = queue_->prepare(
       WorkLane::files, [state = state_.get()](const PreparedTask::Owner&) { state->flush(); });
   if (!state_->flushTask) throw std::bad_alloc();
+  joinProcessExit(state_);
 }
 
 // What could not be written is tried once more.

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -209,6 +212,25 @@ TEST_F(JsonFileStoreTest, WhatFailedBeforeIsTriedOnceMoreAtTheEndOfTheStore) {
   }
   lane_->run();
   EXPECT_EQ(stateText(), R"({"a":"1"})");
+}
+
+TEST_F(JsonFileStoreTest, WhatFailedBeforeIsTriedOnceMoreAtTheEndOfTheProcess) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto endWithAStore = [&] {
+    static std::function<void()> judge;
+    judge = [this] {
+      lane_->run();
+      _exit(stateText() == R"({"a":"1"})" ? EXIT_SUCCESS : EXIT_FAILURE);
+    };
+    std::atexit([] { judge(); });  // before the library's handler, so it runs after that
+    obstructDisk(true);
+    JsonFileStore store = makeStore();
+    store.write("a", "1");
+    lane_->run();
+    obstructDisk(false);
+    std::exit(EXIT_SUCCESS);
+  };
+  EXPECT_EXIT(endWithAStore(), testing::ExitedWithCode(EXIT_SUCCESS), "");
 }
 
 // The older value must not come back with a restart.

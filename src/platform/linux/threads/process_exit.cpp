@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/debug.h"
 #include "base/forked_child.h"
 
 namespace quorvance {
@@ -32,9 +33,12 @@ struct ExitState {
   }
   void await() {
     const Clock::time_point start = Clock::now();
+    const Clock::time_point deadline = start + delayLeft;
     for (const auto& participant : participants) {
-      if (const auto held = participant.lock()) held->awaitExit(start + delayLeft);
+      if (Clock::now() >= deadline) break;
+      if (const auto held = participant.lock()) held->awaitExit(deadline);
     }
+    flushDebugOutput(deadline);
     delayLeft -= std::min(delayLeft, Clock::now() - start);
   }
 };
