@@ -4,22 +4,28 @@ import assert from 'node:assert/strict';
 import * as bodies from './bodies.js';
 import {PATHS} from './bodies.js';
 import {consoleTest, idOf} from './harness.js';
+import {DEMO_HOST, run} from './world.js';
+
+// Each group of three axes shows the rows that were sent, and nothing else; returns what is shown.
+async function assertPlotted(page, body) {
+  const {sensorsData, sensorsTS, sensorHeader} = body.bio_sensor_event_data;
+  const groups = (sensorsData[0] ?? sensorHeader).length / 3;
+  await page.waitForFunction((n) => document.querySelectorAll('.motion .uplotbox').length === n, groups + 1);
+  const shown = await page.$$eval('.motion .uplotbox', (boxes) => boxes.map((box) => box.plot.data.map((axis) => [...axis])));
+  for (let group = 0; group < groups; group += 1) {
+    const whole = shown[group][0].map((time, index) => [time, ...shown[group].slice(1).map((axis) => axis[index])]).filter((row) => row[1] !== null);
+    assert.deepEqual(whole, sensorsData.map((row, index) => [sensorsTS[index][0] - sensorsTS[0][0], ...row.slice(group * 3, group * 3 + 3)]));
+  }
+  return shown.slice(0, groups);
+}
 
 consoleTest('9 biometrics: what is plotted is what was sent', {}, async ({server, page, go}) => {
   await server.call(PATHS.session, bodies.sessionData());
-  const plots = () => page.$$eval('.motion .uplotbox', (boxes) => boxes.map((box) => box.plot.data.map((axis) => [...axis])));
   for (const columns of [9, 12]) {
     const body = bodies.biometrics({columns});
     await server.call(PATHS.bio, body);
     await go('/bio/' + await idOf(server, PATHS.bio));
-    await page.waitForFunction((n) => document.querySelectorAll('.motion .uplotbox').length === n, columns / 3 + 1);
-    const {sensorsData, sensorsTS} = body.bio_sensor_event_data;
-    const shown = await plots();
-    for (let group = 0; group < columns / 3; group += 1) {
-      const whole = shown[group][0].map((time, index) => [time, ...shown[group].slice(1).map((axis) => axis[index])]).filter((row) => row[1] !== null);
-      assert.deepEqual(whole, sensorsData.map((row, index) => [sensorsTS[index][0] - sensorsTS[0][0], ...row.slice(group * 3, group * 3 + 3)]));
-      assert.ok(shown[group][1].includes(null), 'the line is broken between the presses');
-    }
+    for (const axes of await assertPlotted(page, body)) assert.ok(axes[1].includes(null), 'the line is broken between the presses');
     assert.equal(await page.$$eval('.warnbar', (bars) => bars.length), 0);
     assert.equal(await page.$$eval('.touch .press circle:not(.begin)', (dots) => dots.length), 50);
     assert.match(await page.textContent('.bio'), /Touches on 390 \u00d7 844 points/);
@@ -36,6 +42,24 @@ consoleTest('9 biometrics: what is plotted is what was sent', {}, async ({server
   await page.click('.plot:has(.touch) button');
   const untimed = await page.$$eval('.plot:has(.touch) tbody tr', (rows) => rows.map((row) => row.firstChild.textContent + row.lastChild.textContent));
   assert.deepEqual(untimed, Array(49).fill(''), 'no time is guessed');
+});
+
+consoleTest('9 biometrics: so are the screens of the shipped journeys, as the library sends them', {}, async ({server, page, go}) => {
+  const columns = [];
+  for (const journey of ['banking_day', 'screens_in_debug']) {
+    const {status, out} = await run(DEMO_HOST, [`${process.env.JOURNEYS}/${journey}.json`, '--server', server.url]);
+    assert.equal(status, 0, out);
+  }
+  for (const {id, path} of await server.exchanges()) {
+    if (path !== PATHS.bio) continue;
+    const body = await server.json(`exchanges/${id}/request`);
+    const {sensorsData, eventList} = body.bio_sensor_event_data;
+    await go('/bio/' + id);
+    await page.waitForFunction((n) => document.querySelectorAll('.touch .press circle:not(.begin)').length === n, eventList.length);
+    await assertPlotted(page, body);
+    columns.push(sensorsData[0].length);
+  }
+  assert.deepEqual([...new Set(columns)].sort((a, b) => a - b), [9, 12]);
 });
 
 consoleTest('10 traces: spans, without length, open, ambiguous, appended', {}, async ({server, page, go}) => {
