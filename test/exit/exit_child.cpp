@@ -264,10 +264,12 @@ extern "C" CURL* curl_easy_init() {
   return handle;
 }
 
+// NOLINTBEGIN(bugprone-reserved-identifier): the names are the sanitizers'.
 // Read by the leak sanitizer: a host that ends in the middle of its work leaves that behind.
 extern "C" int __lsan_is_turned_off() { return 1; }
 // Read by the thread sanitizer, which otherwise holds up every end by a second.
 extern "C" const char* __tsan_default_options() { return "atexit_sleep_ms=0"; }
+// NOLINTEND(bugprone-reserved-identifier)
 
 int main(int argc, char** argv) {
   const auto shape = argc == 6 ? kShapes.find(argv[1]) : kShapes.end();
