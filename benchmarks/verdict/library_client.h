@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <semaphore>
 #include <string>
 
 #include "benchmarks/verdict/loopback_server.h"

@@ -58,6 +58,8 @@ struct CurlHttpSession::State : ThreadSeeker, ExitParticipant, std::enable_share
   bool isWatchingExit = false;
   bool isRunning = false;
   bool isStopped = false;
+  // The thread waits, or is about to, and nobody has woken it yet.
+  bool isAsleep = false;
   // The process ends: the thread leaves libcurl, says so, and never comes back to it.
   bool isExiting = false;
   bool isAtRest = false;
@@ -83,6 +85,7 @@ struct CurlHttpSession::State : ThreadSeeker, ExitParticipant, std::enable_share
   /// For the thread, wherever it is out of libcurl. Does not return once the process ends.
   std::unique_lock<std::mutex> lockOrRest() {
     std::unique_lock lock(mutex);
+    isAsleep = false;
     if (isExiting) {
       isAtRest = true;
       isDone.notify_all();
@@ -256,6 +259,7 @@ void CurlHttpSession::Worker::sleep() {
     const auto lock = state_->lockOrRest();
     const bool canStart = !state_->waiting.empty() && inFlight_.size() < kMaxInFlight;
     if (state_->isStopped || !state_->tasks.empty() || canStart) return;
+    state_->isAsleep = true;
   }
   // Not libcurl's own wake-up: it is missing, in silence, when there was no descriptor for it.
   curl_waitfd wakeUp = {state_->wakeUp.descriptor(), CURL_WAIT_POLLIN, 0};
@@ -304,8 +308,10 @@ void CurlHttpSession::Worker::keep(std::unique_ptr<CurlTransfer> transfer) {
 // Without a thread or a descriptor everything waits until somebody tries again.
 void CurlHttpSession::State::wake(std::unique_lock<std::mutex>& lock) noexcept {
   const bool isRefused = !isRunning && !startThread();
-  if (!isRefused && !thread.isCurrent()) wakeUp.signal();
+  const bool isToBeWoken = std::exchange(isAsleep, false);
   lock.unlock();
+  // Under the mutex the thread would wake up only to wait for it.
+  if (isToBeWoken) wakeUp.signal();
   isRefused ? retries->noteRefusal() : retries->retry();
 }
 

@@ -146,13 +146,11 @@ void WorkQueue::State::add(WorkLane lane, Node& node, std::unique_lock<std::mute
   node.front().number = nextNumber_++;
   auto& waiting = at(lane).waiting;
   waiting.splice(waiting.end(), node);
-  bool isRefused = false;
-  if (wantsThread()) {
-    isRefused = !startThread();
-  } else {
-    changed_.notify_one();
-  }
+  const bool isThreadWanted = wantsThread();
+  const bool isRefused = isThreadWanted && !startThread();
   lock.unlock();
+  // Under the mutex the thread would wake up only to wait for it.
+  if (!isThreadWanted) changed_.notify_one();
   isRefused ? retries_->noteRefusal() : retries_->retry();
 }
 
