@@ -144,12 +144,7 @@ std::unique_ptr<DocumentsLock> ReportStore::lockUpload(ReportCategory category) 
 
 std::vector<std::string> ReportStore::reportsOf(ReportCategory category) {
   std::vector<std::string> names;
-  std::vector<DocumentEntry> entries;
-  if (!prepare()) return names;
-  log(documents_->list(entries));
-  for (DocumentEntry& entry : entries) {
-    if (entry.name.starts_with(categoryWord(category))) names.push_back(std::move(entry.name));
-  }
+  if (prepare()) log(documents_->listNames(categoryWord(category), names));
   return names;
 }
 

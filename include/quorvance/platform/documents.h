@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "quorvance/platform_error.h"
@@ -73,6 +74,17 @@ class DocumentsFolder {
   /// Where the folder is in the file system, as an absolute path: a dying process writes there
   /// itself. Absent when it is in none. Always the same; any thread, never waits.
   virtual std::optional<std::string> fileSystemPath() const { return std::nullopt; }
+  /// Of the names that list() gives, those that begin with the prefix. Asked for often: a folder
+  /// that can tell that nothing was added or removed looks no further.
+  virtual std::optional<PlatformError> listNames(std::string_view prefix,
+                                                 std::vector<std::string>& names) {
+    std::vector<DocumentEntry> entries;
+    std::optional<PlatformError> error = list(entries);
+    for (DocumentEntry& entry : entries) {
+      if (entry.name.starts_with(prefix)) names.push_back(std::move(entry.name));
+    }
+    return error;
+  }
   /// Keeps other processes that have this folder from the same purpose. Null when somebody had the
   /// lock for the whole time-out; a folder without locks gives one that keeps off nobody.
   virtual std::unique_ptr<DocumentsLock> lockAmongProcesses(std::string_view /*purpose*/,

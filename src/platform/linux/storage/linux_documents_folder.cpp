@@ -6,8 +6,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
+#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -33,23 +36,44 @@ std::int64_t nanosecondsOf(const struct timespec& time) {
   return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
 }
 
-// Calls visit(name, status) for every entry that is still there.
+// Calls visit(folder, name) for every entry.
 template <class Visit>
-std::optional<PlatformError> visitEntries(const std::string& path, Visit visit) {
+std::optional<PlatformError> visitNames(const std::string& path, Visit visit) {
   const Directory directory(opendir(path.c_str()));
   if (!directory) return errorOf(errno, path);
   for (;;) {
     errno = 0;
     const dirent* const entry = readdir(directory.get());
     if (entry == nullptr) break;
-    const std::string name = static_cast<const char*>(entry->d_name);
-    struct stat status = {};
-    const int looked = fstatat(dirfd(directory.get()), name.c_str(), &status, AT_SYMLINK_NOFOLLOW);
-    if (looked == 0) visit(name, status);
+    visit(dirfd(directory.get()), std::string(static_cast<const char*>(entry->d_name)));
   }
   if (errno != 0) return errorOf(errno, path);
   return std::nullopt;
 }
+
+// File times are as coarse as two seconds: what changes within that may leave no trace in them.
+constexpr std::chrono::seconds kCoarsestFileTime{2};
+
+/// What tells one state of a folder from another.
+struct FolderStamp {
+  dev_t device = 0;
+  ino_t number = 0;
+  std::int64_t changed = 0;
+
+  friend bool operator==(const FolderStamp&, const FolderStamp&) = default;
+
+  static std::optional<FolderStamp> of(const std::string& path) {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) return std::nullopt;
+    return FolderStamp{status.st_dev, status.st_ino, nanosecondsOf(status.st_mtim)};
+  }
+
+  /// Whether the next change, from now on, makes another stamp.
+  bool isSettled() const {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::nanoseconds(changed) < now - kCoarsestFileTime;
+  }
+};
 
 class FolderLock : public DocumentsLock {
  public:
@@ -67,6 +91,11 @@ void synchronizeFolder(const std::string& path) {
 }
 
 }  // namespace
+
+struct LinuxDocumentsFolder::Listing {
+  FolderStamp stamp;
+  std::vector<std::string> names;
+};
 
 LinuxDocumentsFolder::LinuxDocumentsFolder(std::optional<std::string> path)
     : path_(std::move(path)) {}
@@ -100,8 +129,8 @@ bool LinuxDocumentsFolder::isAbandoned(const std::string& temporaryName) const {
 std::vector<UnfinishedDocument> LinuxDocumentsFolder::unfinishedDocuments() {
   std::vector<std::string> names;
   // What cannot be listed now is looked at in the next process.
-  visitEntries(path_.value_or(std::string()), [&](const std::string& name, const struct stat&) {
-    if (name.starts_with(TemporaryName::kPrefix)) names.push_back(name);
+  visitNames(path_.value_or(std::string()), [&](int /*folder*/, std::string name) {
+    if (name.starts_with(TemporaryName::kPrefix)) names.push_back(std::move(name));
   });
   std::vector<UnfinishedDocument> unfinished;
   for (std::string& name : names) {
@@ -113,11 +142,39 @@ std::vector<UnfinishedDocument> LinuxDocumentsFolder::unfinishedDocuments() {
 }
 
 std::optional<PlatformError> LinuxDocumentsFolder::list(std::vector<DocumentEntry>& entries) {
-  return visitEntries(path_.value_or(std::string()),
-                      [&](const std::string& name, const struct stat& status) {
-                        if (name.starts_with('.')) return;
-                        entries.push_back({name, nanosecondsOf(status.st_ctim)});
-                      });
+  return visitNames(path_.value_or(std::string()), [&](int folder, std::string name) {
+    struct stat status = {};
+    if (name.starts_with('.')) return;
+    // It may be gone by now.
+    if (fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return;
+    entries.push_back({std::move(name), nanosecondsOf(status.st_ctim)});
+  });
+}
+
+// The stamp is older than the names: what is added meanwhile makes it another one.
+std::optional<PlatformError> LinuxDocumentsFolder::listNames(std::string_view prefix,
+                                                             std::vector<std::string>& names) {
+  const std::string path = path_.value_or(std::string());
+  const std::optional<FolderStamp> stamp = FolderStamp::of(path);
+  const bool isSettled = stamp && stamp->isSettled();
+  std::shared_ptr<const Listing> listing;
+  {
+    const std::lock_guard lock(mutex_);
+    listing = listing_;
+  }
+  if (!listing || !stamp || listing->stamp != *stamp) {
+    auto fresh = std::make_shared<Listing>(Listing{stamp.value_or(FolderStamp()), {}});
+    const auto error = visitNames(path, [&](int /*folder*/, std::string name) {
+      if (!name.starts_with('.')) fresh->names.push_back(std::move(name));
+    });
+    if (error) return error;
+    listing = std::move(fresh);
+    const std::lock_guard lock(mutex_);
+    listing_ = isSettled ? listing : nullptr;
+  }
+  std::copy_if(listing->names.begin(), listing->names.end(), std::back_inserter(names),
+               [&](const std::string& name) { return name.starts_with(prefix); });
+  return std::nullopt;
 }
 
 DocumentRead LinuxDocumentsFolder::read(const std::string& name, std::string& bytes) {

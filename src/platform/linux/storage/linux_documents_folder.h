@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,6 +23,8 @@ class LinuxDocumentsFolder : public DocumentsFolder {
 
   bool prepare() override;
   std::optional<PlatformError> list(std::vector<DocumentEntry>& entries) override;
+  std::optional<PlatformError> listNames(std::string_view prefix,
+                                         std::vector<std::string>& names) override;
   DocumentRead read(const std::string& name, std::string& bytes) override;
   std::optional<PlatformError> write(const std::string& name, std::string_view bytes) override;
   std::optional<PlatformError> rename(const std::string& from, const std::string& to) override;
@@ -32,10 +35,17 @@ class LinuxDocumentsFolder : public DocumentsFolder {
   std::vector<UnfinishedDocument> unfinishedDocuments() override;
 
  private:
+  /// The names as they stood at one change of the folder. Other processes may add some: the kernel
+  /// then gives the folder another time.
+  struct Listing;
+
   std::string at(std::string_view name) const;
   bool isAbandoned(const std::string& temporaryName) const;
 
   const std::optional<std::string> path_;
+  // Guards the pointer.
+  std::mutex mutex_;
+  std::shared_ptr<const Listing> listing_;
 };
 
 }  // namespace quorvance

@@ -1,10 +1,12 @@
 #include "platform/linux/storage/linux_documents_folder.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <ctime>
 #include <filesystem>
 
 #include "platform/linux/storage/file_lock.h"
@@ -77,6 +79,41 @@ TEST(DocumentsFolderTest, OddThingsUnderAReportsNameAreNeverReadable) {
   std::string bytes;
   EXPECT_EQ(folder.read("crash-missing", bytes).kind, DocumentRead::Kind::failed);
   EXPECT_EQ(root.get("secret.json"), "{\"of\": \"somebody else\"}");
+}
+
+/// Gives the folder the time of so many seconds ago.
+void setFolderTime(const TemporaryFolder& folder, std::time_t secondsAgo) {
+  const timespec time = {std::time(nullptr) - secondsAgo, 5};
+  const timespec times[] = {time, time};
+  ASSERT_EQ(utimensat(AT_FDCWD, folder.path().c_str(), times, 0), 0);
+}
+
+// A change within the coarseness of file times may leave the folder's time as it was.
+TEST(DocumentsFolderTest, NamesAreListedAnewUnlessTheFolderHasStoodForAWhile) {
+  for (const bool isSettled : {false, true}) {
+    const TemporaryFolder root;
+    LinuxDocumentsFolder folder(root.path());
+    const auto namesOf = [&](std::string_view category) {
+      std::vector<std::string> names;
+      EXPECT_FALSE(folder.listNames(category, names).has_value());
+      return names;
+    };
+    const std::time_t age = isSettled ? 60 : 0;
+    root.put("bio1.json", "{}");
+    root.put(".bio2.json", "{}");
+    root.put("crash1.json", "{}");
+    setFolderTime(root, age);
+    EXPECT_THAT(namesOf("bio"), ElementsAre("bio1.json"));
+    root.put("bio3.json", "{}");
+    setFolderTime(root, age);
+    EXPECT_EQ(namesOf("bio").size(), isSettled ? 1U : 2U);
+    setFolderTime(root, 30);
+    EXPECT_THAT(namesOf("bio"), UnorderedElementsAre("bio1.json", "bio3.json"));
+    EXPECT_THAT(namesOf("crash"), ElementsAre("crash1.json"));
+    std::filesystem::remove_all(root.path());
+    std::vector<std::string> names;
+    EXPECT_TRUE(folder.listNames("bio", names).has_value());
+  }
 }
 
 /// A temporary as this process would begin it, made by a fork that has died since.
