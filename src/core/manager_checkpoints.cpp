@@ -33,10 +33,16 @@ void ManagerCore::configureUserId(const CheckPoint& checkPoint, const Json& json
   if (user != nullptr && user->userId) configureUserId(user->userId);
 }
 
+// The ask is made at once, under the identity of before a login. Only its start waits.
+Task ManagerCore::uploadLater(ReportCategory category) {
+  ReportUploader::SharedRun run = askForUpload(category);
+  if (!run) return nullptr;
+  return [uploader = context_->uploader, run = std::move(run)] { uploader->start(run); };
+}
+
 // Takes the user out of a login first, so that the body already carries it.
 Json ManagerCore::checkPointBody(const CheckPoint& checkPoint, Json json) {
   const JsonDiscarder jsonDiscarder(json);
-  uploadStoredReports(ReportCategory::activity);
   configureUserId(checkPoint, json);
   Json body = context_->deviceData->getJson(checkPoint.type(), false);
   JsonDiscarder discarder(body);
@@ -63,13 +69,15 @@ void ManagerCore::askForRisk(const CheckPoint& checkPoint,
   const JsonDiscarder discarder(json);
   const OperationTrace trace(*context_->tracing, "getRiskForCheckPoint",
                              [&] { return std::vector{textOf(json)}; });
+  Task upload = uploadLater(ReportCategory::activity);
   Json body = checkPointBody(checkPoint, std::move(json));
   const JsonDiscarder bodyDiscarder(body);
   const PreparedCall call = networkManager_->prepare(Service::getCheckpointRisk, checkPoint.type());
   verdict->setRequestId(call.requestId);
   networkManager_->send(call, std::move(body),
                         {[verdict](const ResponceObject& response) { verdict->answer(response); },
-                         [verdict] { PendingVerdict::giveUp(verdict); }});
+                         [verdict] { PendingVerdict::giveUp(verdict); }},
+                        std::move(upload));
 }
 
 void ManagerCore::arriveToCheckPoint(const CheckPoint& checkPoint) {
@@ -77,15 +85,17 @@ void ManagerCore::arriveToCheckPoint(const CheckPoint& checkPoint) {
   const JsonDiscarder discarder(json);
   const OperationTrace trace(*context_->tracing, "arriveToCheckPoint",
                              [&] { return std::vector{textOf(json)}; });
+  Task upload = uploadLater(ReportCategory::activity);
   Json body = checkPointBody(checkPoint, std::move(json));
   const JsonDiscarder bodyDiscarder(body);
-  networkManager_->send(networkManager_->prepare(Service::sendCheckpointEvent, checkPoint.type()),
-                        std::move(body),
-                        [self = shared_from_this(),
-                         kept = trace.continuation()](const ResponceObject& response) mutable {
-                          printResponse(response);
-                          appendResponse(kept, response);
-                        });
+  networkManager_->send(
+      networkManager_->prepare(Service::sendCheckpointEvent, checkPoint.type()), std::move(body),
+      [self = shared_from_this(),
+       kept = trace.continuation()](const ResponceObject& response) mutable {
+        printResponse(response);
+        appendResponse(kept, response);
+      },
+      std::move(upload));
 }
 
 void ManagerCore::updateCheckPointStatus(CheckPointType type, const std::string& requestID,

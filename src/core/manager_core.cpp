@@ -28,8 +28,11 @@ std::optional<std::string> ManagerCore::getSessionId() const {
 }
 
 void ManagerCore::uploadStoredReports(ReportCategory category) {
-  context_->uploader->uploadStoredReports(category, networkManager_,
-                                          networkManager_->prepare(serviceOf(category)));
+  context_->uploader->start(askForUpload(category));
+}
+
+ReportUploader::SharedRun ManagerCore::askForUpload(ReportCategory category) {
+  return context_->uploader->ask(category, networkManager_, networkManager_->callerOfNow());
 }
 
 }  // namespace quorvance

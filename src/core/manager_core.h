@@ -113,6 +113,10 @@ class ManagerCore : public CrashEyeDelegate,
 
   /// The session as of now and the identity go with the reports.
   void uploadStoredReports(ReportCategory category);
+  /// The same without a start.
+  ReportUploader::SharedRun askForUpload(ReportCategory category);
+  /// The start, as a task that goes with a request.
+  Task uploadLater(ReportCategory category);
 
   const std::shared_ptr<Context> context_;
   /// Milliseconds since 1970; before the client first reads the store.

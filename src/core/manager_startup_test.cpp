@@ -168,8 +168,9 @@ TEST(StartupTest, DeviceIdentifierIsStoredThenErrorsThenCrashesThenTheSession) {
   EXPECT_THAT(services,
               ElementsAre(server + ManagerWorld::kErrorPath, server + ManagerWorld::kCrashPath,
                           server + ManagerWorld::kSessionPath));
-  // Two listings and two files: the facts of the session were asked for after the uploads.
-  EXPECT_EQ(facts->documentReads, 4);
+  // Twice two listings, without and with the lock, and two files: the facts of the session were
+  // asked for after the uploads.
+  EXPECT_EQ(facts->documentReads, 6);
   // The same identifier again does all of it again.
   world.manager->initializeDeviceId();
   world.time->run();

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "base/out_of_memory.h"
-#include "base/uuid.h"
 
 namespace quorvance {
 
@@ -39,38 +38,44 @@ ReportUploader::Category& ReportUploader::categoryOf(ReportCategory category) {
   return categories_[static_cast<std::size_t>(category)];
 }
 
-void ReportUploader::uploadStoredReports(ReportCategory category,
-                                         std::shared_ptr<QuorvanceNetworkManager> client,
-                                         PreparedCall identity) {
-  Ask ask{category, std::move(client), std::move(identity)};
+ReportUploader::SharedRun ReportUploader::ask(ReportCategory category,
+                                              std::shared_ptr<QuorvanceNetworkManager> client,
+                                              Caller caller) {
+  Ask ask{category, std::move(client), std::move(caller)};
   {
     const std::lock_guard lock(mutex_);
     Category& state = categoryOf(category);
     if (state.isRunning) {
       if (!state.waiting) state.waiting = std::move(ask);
-      return;
+      return nullptr;
     }
     state.isRunning = true;
   }
-  begin(std::move(ask));
+  return makeRun(std::move(ask));
 }
 
 // Without memory the reports wait for the next ask.
-void ReportUploader::begin(Ask ask) noexcept {
+ReportUploader::SharedRun ReportUploader::makeRun(Ask ask) noexcept {
   const ReportCategory category = ask.category;
   SharedRun run;
   if (!hasMemoryFor([&] { run = std::make_shared<Run>(shared_from_this(), std::move(ask)); })) {
-    return end(category);
+    end(category);
   }
+  return run;
+}
+
+void ReportUploader::start(const SharedRun& run) noexcept {
+  if (!run) return;
   run->step = backgroundQueue_->prepare(WorkLane::files, [run = run.get()](const auto& /*owner*/) {
     run->uploader->goOn(run->shared_from_this());
   });
   if (run->step) run->step->start(run);
 }
 
-// On the file lane, as what follows.
+// On the file lane, as what follows. Where there is nothing to send nobody is kept from it.
 void ReportUploader::goOn(const SharedRun& run) {
   if (!run->lock) {
+    if (store_->reportsOf(run->ask.category).empty()) return;
     run->lock = store_->lockUpload(run->ask.category);
     if (run->lock) run->names = store_->reportsOf(run->ask.category);
   } else if (std::exchange(run->wasLastTaken, false)) {
@@ -100,10 +105,9 @@ void ReportUploader::send(const SharedRun& run, const std::string& name,
   std::optional<Json> report = store_->readReport(name);
   if (!report) return;
   const JsonDiscarder discarder(report);
-  PreparedCall call = run->ask.identity;
-  call.requestId = randomUuid();
-  call.keys.requestId = call.requestId;
-  run->ask.client->send(call, std::move(*report), handler);
+  const Ask& ask = run->ask;
+  ask.client->send(ask.client->prepareFor(ask.caller, serviceOf(ask.category)), std::move(*report),
+                   handler);
 }
 
 void ReportUploader::end(ReportCategory category) noexcept {
@@ -114,7 +118,7 @@ void ReportUploader::end(ReportCategory category) noexcept {
     further = std::exchange(state.waiting, std::nullopt);
     state.isRunning = further.has_value();
   }
-  if (further) begin(std::move(*further));
+  if (further) start(makeRun(std::move(*further)));
 }
 
 }  // namespace quorvance

@@ -17,32 +17,37 @@ namespace quorvance {
 /// A category's life: idle, until an ask begins a run. A run lists the files once and tries each,
 /// whatever became of the one before, be it lost for want of memory. Asks made meanwhile become one
 /// further run, under the identity of the earliest of them, so runs of one category never overlap.
-/// A run that another process has under way is left to that one. It ends when nobody holds it.
+/// A run that another process has under way is left to that one. It ends when nobody holds it; one
+/// that was never started has tried nothing.
 class ReportUploader : public std::enable_shared_from_this<ReportUploader> {
  public:
   ReportUploader(std::shared_ptr<ReportStore> store,
                  std::shared_ptr<BackgroundQueue> backgroundQueue);
 
-  /// Returns at once. `identity` is a call as it stood when the upload was asked for: the reports
-  /// go out under its user, device and session, each with a request identifier of its own.
-  void uploadStoredReports(ReportCategory category, std::shared_ptr<QuorvanceNetworkManager> client,
-                           PreparedCall identity);
+  struct Run;
+  using SharedRun = std::shared_ptr<Run>;
+
+  /// Takes note of the ask, which wakes no thread. The reports go out under the identity and the
+  /// session of `caller`, each with a request identifier of its own. Null when a run is under way,
+  /// which another one will follow then; otherwise the run, for start().
+  SharedRun ask(ReportCategory category, std::shared_ptr<QuorvanceNetworkManager> client,
+                Caller caller);
+  /// Returns at once; null does nothing.
+  void start(const SharedRun& run) noexcept;
 
  private:
   struct Ask {
     ReportCategory category;
     std::shared_ptr<QuorvanceNetworkManager> client;
-    PreparedCall identity;
+    Caller caller;
   };
-  struct Run;
-  using SharedRun = std::shared_ptr<Run>;
   struct Category {
     bool isRunning = false;
     std::optional<Ask> waiting;
   };
 
   Category& categoryOf(ReportCategory category);
-  void begin(Ask ask) noexcept;
+  SharedRun makeRun(Ask ask) noexcept;
   void goOn(const SharedRun& run);
   void tryNext(const SharedRun& run);
   void send(const SharedRun& run, const std::string& name, const ReplyHandler& handler);

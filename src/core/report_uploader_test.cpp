@@ -107,6 +107,20 @@ TEST(UploaderTest, RunsNeverOverlapAndAsksMeanwhileBecomeOneUnderTheEarliest) {
   EXPECT_THAT(world.usersSentTo(ManagerWorld::kActivityPath), ElementsAre("u1", "u1", "u2", "u2"));
 }
 
+TEST(UploaderTest, AskOfACheckpointWakesNobodyAndKeepsItsPlaceBeforeThatOfALogout) {
+  UploadWorld world;
+  world.put({"activity1.json"});
+  world.http->answer(ManagerWorld::kActivityPath, statusReply(500));
+  world.time->run();
+  const std::size_t waiting = world.time->waiting();
+  world.manager->arriveToCheckPoint(Launch());
+  EXPECT_EQ(world.time->waiting(), waiting + 1) << "the request is one post";
+  world.manager->configureUserId("u2");
+  world.manager->logout();
+  world.time->run();
+  EXPECT_THAT(world.usersSentTo(ManagerWorld::kActivityPath), ElementsAre("u1", "u2"));
+}
+
 TEST(UploaderTest, GoesOnAfterAUrlThatDoesNotParse) {
   UploadWorld world;
   world.put({"activity1.json", "activity2.json"});

@@ -43,6 +43,7 @@ struct Call {
   std::string requestId;
   bool reportErrors = true;
   ReplyHandler handler;
+  Task alongside;
   bool isTraced = false;
   std::optional<LoggingData> trace;
 
@@ -58,6 +59,8 @@ struct Call {
 };
 
 void Call::send(const std::shared_ptr<Call>& self) {
+  // The network has its turn before what is dispatched here.
+  if (alongside) services->http->dispatch(withinMemory(std::exchange(alongside, nullptr)));
   if (!parsesAsUrl(url)) return handler.drop();
   if (!maker.expired()) setMember(params, "version", SystemTexts::sdkVersion());
   if (isInDebugMode()) debugPrint("jsonObj " + debugTextOf(params));
@@ -159,7 +162,8 @@ NetworkCallMaker::NetworkCallMaker(CallServices services)
     : services_(std::make_shared<const CallServices>(std::move(services))) {}
 
 void NetworkCallMaker::requestFromServer(std::string url, Json params, std::string requestId,
-                                         std::optional<bool> reportErrors, ReplyHandler handler) {
+                                         std::optional<bool> reportErrors, ReplyHandler handler,
+                                         Task alongside) {
   const JsonDiscarder discarder(params);
   auto call = std::make_shared<Call>();
   call->services = services_;
@@ -169,6 +173,7 @@ void NetworkCallMaker::requestFromServer(std::string url, Json params, std::stri
   call->requestId = std::move(requestId);
   call->reportErrors = reportErrors.value_or(true);
   call->handler = std::move(handler);
+  call->alongside = std::move(alongside);
   services_->http->dispatch(withinMemory([call] { call->send(call); }));
 }
 

@@ -69,9 +69,12 @@ class NetworkCallMaker : public std::enable_shared_from_this<NetworkCallMaker> {
  public:
   explicit NetworkCallMaker(CallServices services);
 
-  /// Returns at once; any thread. `reportErrors` absent means true.
+  /// Returns at once; any thread. `reportErrors` absent means true. `alongside` runs on the
+  /// session's thread after the request has been sent, or could not be: what else a host call wants
+  /// of other threads costs it no further wake-up.
   void requestFromServer(std::string url, Json params, std::string requestId,
-                         std::optional<bool> reportErrors, ReplyHandler handler);
+                         std::optional<bool> reportErrors, ReplyHandler handler,
+                         Task alongside = nullptr);
 
  private:
   const std::shared_ptr<const CallServices> services_;

@@ -11,35 +11,50 @@ QuorvanceNetworkManager::QuorvanceNetworkManager(std::shared_ptr<InnerQuorvanceD
                                                  std::shared_ptr<NetworkCallMaker> callMaker)
     : state_(std::move(state)), callMaker_(std::move(callMaker)), identity_(state_) {}
 
+Caller QuorvanceNetworkManager::callerOfNow() {
+  return {identity_.current(), state_->currentSession()};
+}
+
 PreparedCall QuorvanceNetworkManager::prepare(Service service,
                                               std::optional<CheckPointType> checkPoint,
                                               std::optional<std::string> requestId) {
-  const ClientIdentity::Values identity = identity_.current();
+  return prepare(callerOfNow(), service, checkPoint, std::move(requestId));
+}
+
+PreparedCall QuorvanceNetworkManager::prepareFor(Caller caller, Service service) const {
+  return prepare(std::move(caller), service, std::nullopt, std::nullopt);
+}
+
+PreparedCall QuorvanceNetworkManager::prepare(Caller caller, Service service,
+                                              std::optional<CheckPointType> checkPoint,
+                                              std::optional<std::string> requestId) const {
   PreparedCall call;
   call.service = service;
-  call.url = identity.serverUrl + std::string(rowOf(service).path);
+  call.url = std::move(caller.identity.serverUrl.append(rowOf(service).path));
   call.requestId = requestId ? std::move(*requestId) : randomUuid();
   // The stored identifier is raw; only this copy is encoded.
-  call.keys.userId = percentEncodeForQuery(identity.userId);
-  call.keys.deviceId = identity.deviceId;
+  call.keys.userId = percentEncodeForQuery(caller.identity.userId);
+  call.keys.deviceId = std::move(caller.identity.deviceId);
   call.keys.requestId = call.requestId;
   call.keys.appUUID = state_->vendorIdentifier();
-  if (const std::string version = SystemTexts::sdkVersion(); !version.empty()) {
-    call.keys.version = version;
+  if (std::string version = SystemTexts::sdkVersion(); !version.empty()) {
+    call.keys.version = std::move(version);
   }
   call.keys.checkPoint = checkPoint;
-  call.session = state_->currentSession();
+  call.session = std::move(caller.session);
   return call;
 }
 
-void QuorvanceNetworkManager::send(const PreparedCall& call, Json body, ReplyHandler handler) {
+void QuorvanceNetworkManager::send(const PreparedCall& call, Json body, ReplyHandler handler,
+                                   Task alongside) {
   const JsonDiscarder discarder(body);
   constexpr std::size_t kOwnMembers = 3;  // "keys", "session" and "version"
   reserveMembers(body, kOwnMembers);
   setMember(body, "keys", call.keys.getJson());
   call.session.putInto(body);
   callMaker_->requestFromServer(call.url, std::move(body), call.requestId,
-                                rowOf(call.service).reportErrors, std::move(handler));
+                                rowOf(call.service).reportErrors, std::move(handler),
+                                std::move(alongside));
 }
 
 void QuorvanceNetworkManager::sendImage(Json body, ReplyHandler handler) {

@@ -12,6 +12,12 @@
 
 namespace quorvance {
 
+/// Whose calls these are at one moment.
+struct Caller {
+  ClientIdentity::Values identity;
+  Session session;
+};
+
 /// A call whose identity is settled and whose body may come later.
 struct PreparedCall {
   Service service = Service::getSdkConfiguration;
@@ -32,21 +38,29 @@ class QuorvanceNetworkManager {
   /// Whose calls these are; asked anew for every call.
   ClientIdentity& identity() { return identity_; }
 
+  /// The identity and the session of now.
+  Caller callerOfNow();
+
   /// Settles a call under the identity and the session of now: every call begins here, so that none
   /// can forget it. A request identifier that is given is the call's; otherwise it gets a fresh
   /// one.
   PreparedCall prepare(Service service, std::optional<CheckPointType> checkPoint = std::nullopt,
                        std::optional<std::string> requestId = std::nullopt);
+  /// As above, under those of an earlier moment.
+  PreparedCall prepareFor(Caller caller, Service service) const;
 
   /// Sends the body, an object, under the call's identity; what it holds under "keys" and "session"
-  /// is replaced.
-  void send(const PreparedCall& call, Json body, ReplyHandler handler);
+  /// is replaced. For `alongside` see NetworkCallMaker.
+  void send(const PreparedCall& call, Json body, ReplyHandler handler, Task alongside = nullptr);
 
   /// Sends the body as it stands: no "keys", no "session". The request identifier is the vendor
   /// identifier.
   void sendImage(Json body, ReplyHandler handler);
 
  private:
+  PreparedCall prepare(Caller caller, Service service, std::optional<CheckPointType> checkPoint,
+                       std::optional<std::string> requestId) const;
+
   const std::shared_ptr<InnerQuorvanceData> state_;
   const std::shared_ptr<NetworkCallMaker> callMaker_;
   ClientIdentity identity_;
