@@ -8,9 +8,6 @@
 namespace quorvance {
 namespace {
 
-constexpr int kCompact = -1;
-constexpr int kIndent = 2;
-
 // `depth` values stand around this one.
 bool fitsDepth(const Json& value, std::size_t depth) {
   if (!value.is_structured()) return true;
@@ -24,11 +21,6 @@ bool holdsWritable(const Json& value) {
   if (value.is_number_float()) return std::isfinite(*value.get_ptr<const Json::number_float_t*>());
   if (!value.is_structured()) return !value.is_discarded() && !value.is_binary();
   return std::all_of(value.begin(), value.end(), holdsWritable);
-}
-
-std::optional<std::string> dumpJson(const Json& value, int indent) {
-  if (!canBeWritten(value)) return std::nullopt;
-  return value.dump(indent, ' ', false, Json::error_handler_t::replace);
 }
 
 // Copies a value that fits the depth without copying the texts that are cut.
@@ -66,10 +58,6 @@ bool isNestedTooDeep(const Json& value) { return !fitsDepth(value, 0); }
 bool canBeWritten(const Json& value) { return fitsDepth(value, 0) && holdsWritable(value); }
 
 Json unwritableJson() { return std::numeric_limits<double>::quiet_NaN(); }
-
-std::optional<std::string> writeJson(const Json& value) { return dumpJson(value, kCompact); }
-
-std::optional<std::string> writeJsonIndented(const Json& value) { return dumpJson(value, kIndent); }
 
 std::string textOf(const Json& value) { return writeJson(value).value_or("nil"); }
 

@@ -115,6 +115,56 @@ TEST(WriteJsonTest, ReplacesTextThatIsNotUtf8InKeysAndValues) {
   EXPECT_TRUE(parseJson(written).has_value());
 }
 
+// Every byte and every pair, and longer sequences about the bounds of what UTF-8 allows.
+TEST(WriteJsonTest, WritesTheBytesOfTheJsonLibrary) {
+  const std::string bounds = "\x1F\x22\x41\x5C\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0";
+  std::vector<std::string> texts;
+  for (int first = 0; first < 256; ++first) {
+    texts.push_back({static_cast<char>(first)});
+    for (int second = 0; second < 256; ++second) {
+      texts.push_back({'x', static_cast<char>(first), static_cast<char>(second), 'y'});
+    }
+  }
+  for (const char lead : "\xC2\xDF\xE0\xE1\xED\xEF\xF0\xF1\xF4\xF5"sv) {
+    for (const char second : bounds) {
+      for (const char third : bounds) {
+        texts.push_back({lead, second, third});
+        for (const char fourth : bounds) texts.push_back({lead, second, third, fourth});
+      }
+    }
+  }
+  for (const std::string& text : texts) {
+    Json object = makeObject(2);
+    putMember(object, text, text);
+    compactText(object);
+  }
+  using Limits = std::numeric_limits<double>;
+  const Json others = {Limits::max(),
+                       Limits::min(),
+                       Limits::denorm_min(),
+                       -0.0,
+                       0.1,
+                       1e21,
+                       5e-324,
+                       99.5,
+                       1e15,
+                       123456789.123,
+                       INT64_MIN,
+                       UINT64_MAX,
+                       0,
+                       -1,
+                       true,
+                       false,
+                       nullptr,
+                       Json::array(),
+                       Json::object(),
+                       "",
+                       parsedJson(R"({"":[[],{"a":{}}]})")};
+  compactText(others);
+  EXPECT_FALSE(writeJson(Json::binary({1})).has_value());
+  EXPECT_FALSE(writeJson(Json(Json::value_t::discarded)).has_value());
+}
+
 TEST(WriteJsonTest, KeepsTheOrderOfMembersAndTheKindOfNumbers) {
   const std::string text =
       "{\"b\":1,\"a\":1.0,\"z\":-9223372036854775808,\"c\":[true,null,\"\\u0000\\\"\"]}";

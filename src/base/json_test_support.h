@@ -17,9 +17,11 @@ inline Json parsedJson(std::string_view text) {
 }
 
 /// The compact text of a value that must be writable: compares order, numbers and spelling at once.
+/// Its bytes are those of the JSON library, whatever is written.
 inline std::string compactText(const Json& value) {
   const auto text = writeJson(value);
   if (!text) ADD_FAILURE() << "a value that cannot be JSON";
+  EXPECT_EQ(text.value_or(""), value.dump(-1, ' ', false, Json::error_handler_t::replace));
   return text.value_or("");
 }
 
