@@ -18,17 +18,27 @@ const User* userSigningIn(const CheckPoint& checkPoint) {
   return registration == nullptr ? nullptr : registration->user().get();
 }
 
+// Entries are kept for long, and there are many.
+TraceArguments traceArgumentsOf(const Json& json) {
+  std::string text = textOf(json);
+  text.shrink_to_fit();
+  auto arguments = std::make_shared<std::vector<std::string>>();
+  arguments->push_back(std::move(text));
+  return arguments;
+}
+
 }  // namespace
 
 void ManagerCore::configureUserId(const CheckPoint& checkPoint) {
   Json json = checkPoint.getJson();
   const JsonDiscarder discarder(json);
-  configureUserId(checkPoint, json);
+  configureUserId(checkPoint, json, nullptr);
 }
 
-void ManagerCore::configureUserId(const CheckPoint& checkPoint, const Json& json) {
+void ManagerCore::configureUserId(const CheckPoint& checkPoint, const Json& json,
+                                  const TraceArguments& traced) {
   const OperationTrace trace(*context_->tracing, "configureUserId",
-                             [&] { return std::vector{textOf(json)}; });
+                             [&] { return traced ? traced : traceArgumentsOf(json); });
   const User* user = userSigningIn(checkPoint);
   if (user != nullptr && user->userId) configureUserId(user->userId);
 }
@@ -41,9 +51,10 @@ Task ManagerCore::uploadLater(ReportCategory category) {
 }
 
 // Takes the user out of a login first, so that the body already carries it.
-Json ManagerCore::checkPointBody(const CheckPoint& checkPoint, Json json) {
+Json ManagerCore::checkPointBody(const CheckPoint& checkPoint, Json json,
+                                 const TraceArguments& traced) {
   const JsonDiscarder jsonDiscarder(json);
-  configureUserId(checkPoint, json);
+  configureUserId(checkPoint, json, traced);
   Json body = context_->deviceData->getJson(checkPoint.type(), false);
   JsonDiscarder discarder(body);
   setMember(body, CheckPointTypeToString::toString(checkPoint.type()), std::move(json));
@@ -68,9 +79,9 @@ void ManagerCore::askForRisk(const CheckPoint& checkPoint,
   Json json = checkPoint.getJson();
   const JsonDiscarder discarder(json);
   const OperationTrace trace(*context_->tracing, "getRiskForCheckPoint",
-                             [&] { return std::vector{textOf(json)}; });
+                             [&] { return traceArgumentsOf(json); });
   Task upload = uploadLater(ReportCategory::activity);
-  Json body = checkPointBody(checkPoint, std::move(json));
+  Json body = checkPointBody(checkPoint, std::move(json), trace.arguments());
   const JsonDiscarder bodyDiscarder(body);
   const PreparedCall call = networkManager_->prepare(Service::getCheckpointRisk, checkPoint.type());
   verdict->setRequestId(call.requestId);
@@ -84,9 +95,9 @@ void ManagerCore::arriveToCheckPoint(const CheckPoint& checkPoint) {
   Json json = checkPoint.getJson();
   const JsonDiscarder discarder(json);
   const OperationTrace trace(*context_->tracing, "arriveToCheckPoint",
-                             [&] { return std::vector{textOf(json)}; });
+                             [&] { return traceArgumentsOf(json); });
   Task upload = uploadLater(ReportCategory::activity);
-  Json body = checkPointBody(checkPoint, std::move(json));
+  Json body = checkPointBody(checkPoint, std::move(json), trace.arguments());
   const JsonDiscarder bodyDiscarder(body);
   networkManager_->send(
       networkManager_->prepare(Service::sendCheckpointEvent, checkPoint.type()), std::move(body),

@@ -104,8 +104,10 @@ class ManagerCore : public CrashEyeDelegate,
   void configureDeviceId(const std::string& deviceId);
   /// Whether the server has accepted the running session.
   bool isDataSendAfterSession() const;
-  void configureUserId(const CheckPoint& checkPoint, const Json& json);
-  Json checkPointBody(const CheckPoint& checkPoint, Json json);
+  void configureUserId(const CheckPoint& checkPoint, const Json& json,
+                       const TraceArguments& traced);
+  /// `traced`: the checkpoint's text, where there is one already.
+  Json checkPointBody(const CheckPoint& checkPoint, Json json, const TraceArguments& traced);
   void askForRisk(const CheckPoint& checkPoint, const std::shared_ptr<PendingVerdict>& verdict);
   void announceScreen(ScreenListenerType type, std::int64_t actionId);
   void storeStartApp(std::int64_t now);

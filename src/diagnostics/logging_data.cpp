@@ -29,15 +29,17 @@ Json LoggingData::getJson() const {
   JsonDiscarder discarder(object);
   putMember(object, "date", dateText(timestamp));
   if (call->thread) putMember(object, "threadName", textOf(*call->thread));
-  if (call->methodName) putMember(object, "methodName", *call->methodName);
+  if (call->methodName) putMember(object, "methodName", std::string(*call->methodName));
   // The key says "Logging", the type "Loggin".
   if (statusLogginType) {
     putMember(object, "statusLoggingType", std::string(wordOf(*statusLogginType)));
   }
   Json parameters = Json::array();
   const JsonDiscarder parametersDiscarder(parameters);
-  parameters.get_ref<Json::array_t&>().reserve(call->paramList.size());
-  for (const std::string& parameter : call->paramList) parameters.push_back(parameter);
+  if (call->paramList) {
+    parameters.get_ref<Json::array_t&>().reserve(call->paramList->size());
+    for (const std::string& parameter : *call->paramList) parameters.push_back(parameter);
+  }
   putMember(object, "paramList", std::move(parameters));
   discarder.keep();
   return object;

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -14,6 +15,10 @@ namespace quorvance {
 /// The phase of a traced operation (spelled so, as the interface is). End is raw 1, before Middle.
 enum class StatusLogginType : std::int64_t { start = 0, end = 1, middle = 2 };
 
+/// The arguments of a traced operation as text, shared by the entries that tell of them: a
+/// checkpoint's text is long. Null stands for none.
+using TraceArguments = std::shared_ptr<const std::vector<std::string>>;
+
 /// One trace record. A plain value: copies share what does not change, so that a completion keeps
 /// its own and no lock is needed.
 struct LoggingData {
@@ -21,8 +26,9 @@ struct LoggingData {
   struct Call {
     /// Absent when unknown.
     std::optional<std::thread::id> thread;
-    std::optional<std::string> methodName;
-    std::vector<std::string> paramList;
+    /// Of static storage.
+    std::optional<std::string_view> methodName;
+    TraceArguments paramList;
   };
 
   /// Milliseconds since 1970.

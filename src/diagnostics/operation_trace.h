@@ -29,7 +29,7 @@ class TraceContinuation {
 
 /// The trace entry of one operation of the manager, from here to the end of its scope: what is
 /// opened first ends last. The level is read once, when it is opened, and the arguments are put
-/// into words only when it is on. An empty name leaves no entry.
+/// into words only when it is on. An empty name, which is of static storage, leaves no entry.
 class OperationTrace {
  public:
   OperationTrace(TracingManager& tracing, std::string_view name)
@@ -40,7 +40,7 @@ class OperationTrace {
     // An entry that finds no memory is not worth the operation.
     hasMemoryFor([&] {
       if (!name.empty() && tracing.isOn(TraceLevel::qvManager)) {
-        record_ = tracing.traceStart(true, name, makeArguments());
+        record_ = start(tracing, name, makeArguments());
       }
     });
   }
@@ -53,8 +53,18 @@ class OperationTrace {
   /// The entry never ends.
   void leaveOpen() { record_.reset(); }
   TraceContinuation continuation() const { return {tracing_, record_}; }
+  /// For another operation with the same arguments; null where nothing is recorded.
+  TraceArguments arguments() const { return record_ ? record_->call->paramList : nullptr; }
 
  private:
+  static std::optional<LoggingData> start(TracingManager& tracing, std::string_view name,
+                                          std::vector<std::string> arguments) {
+    return tracing.traceStart(true, name, std::move(arguments));
+  }
+  static std::optional<LoggingData> start(TracingManager& tracing, std::string_view name,
+                                          TraceArguments arguments) {
+    return tracing.traceStartWith(name, std::move(arguments));
+  }
   void end() noexcept;
 
   TracingManager& tracing_;

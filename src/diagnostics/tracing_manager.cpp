@@ -23,10 +23,17 @@ TracingManager::TracingManager(std::shared_ptr<InnerQuorvanceData> state,
 std::optional<LoggingData> TracingManager::traceStart(bool enabled, std::string_view methodName,
                                                       std::vector<std::string> paramList) {
   if (!enabled) return std::nullopt;
-  LoggingData record{
-      state_->now(), StatusLogginType::start,
-      std::make_shared<const LoggingData::Call>(LoggingData::Call{
-          std::this_thread::get_id(), std::string(methodName), std::move(paramList)})};
+  TraceArguments arguments;
+  if (!paramList.empty()) {
+    arguments = std::make_shared<const std::vector<std::string>>(std::move(paramList));
+  }
+  return traceStartWith(methodName, std::move(arguments));
+}
+
+LoggingData TracingManager::traceStartWith(std::string_view methodName, TraceArguments arguments) {
+  LoggingData record{state_->now(), StatusLogginType::start,
+                     std::make_shared<const LoggingData::Call>(LoggingData::Call{
+                         std::this_thread::get_id(), methodName, std::move(arguments)})};
   add(record);
   return record;
 }
@@ -39,7 +46,10 @@ void TracingManager::traceAppend(bool enabled, std::optional<LoggingData>& recor
                                  std::string text) {
   if (!enabled || !record) return;
   auto call = std::make_shared<LoggingData::Call>(*record->call);
-  call->paramList.push_back(std::move(text));
+  auto further = std::make_shared<std::vector<std::string>>();
+  if (call->paramList) *further = *call->paramList;
+  further->push_back(std::move(text));
+  call->paramList = std::move(further);
   record->call = std::move(call);
   addRestamped(*record, StatusLogginType::middle);
 }

@@ -33,9 +33,11 @@ class TracingManager {
   bool isOn(TraceLevel level) const { return state_->traceLevels().isOn(level); }
 
   /// Absent when not enabled. Otherwise the record is returned even when the buffer refuses its
-  /// entry; the caller keeps it for the end.
+  /// entry; the caller keeps it for the end. `methodName` is of static storage.
   std::optional<LoggingData> traceStart(bool enabled, std::string_view methodName,
                                         std::vector<std::string> paramList);
+  /// The same, enabled, with arguments that several operations share.
+  LoggingData traceStartWith(std::string_view methodName, TraceArguments arguments);
   /// Adds a second entry for the record, marked "End" and restamped.
   void traceEnd(bool enabled, std::optional<LoggingData>& record);
   /// The record gains the text as one more parameter and is added again, marked "Middle".
