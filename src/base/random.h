@@ -5,9 +5,9 @@
 
 namespace quorvance {
 
-/// Fills the span from the system's own generator, not from one of the process: what is made of it
-/// stays unique after a fork. Ends the process when the system gives none. Any thread. Defined by
-/// the platform that is linked.
+/// Fills the span with bytes of the system's own generator. A thread may have fetched some
+/// beforehand; no fork of the process has the same ones. Ends the process when the system gives
+/// none. Any thread. Defined by the platform that is linked.
 void fillWithRandomBytes(std::span<std::uint8_t> bytes);
 
 }  // namespace quorvance

@@ -144,15 +144,22 @@ void InnerQuorvanceData::startNewSession() {
 }
 
 Session InnerQuorvanceData::currentSession() {
+  if (std::optional<Session> session = knownSession()) return std::move(*session);
   // A first read makes both.
   read(StoredKey::sessionId);
   read(StoredKey::sessionTime);
+  return knownSession().value_or(Session());
+}
+
+std::optional<Session> InnerQuorvanceData::knownSession() {
   const std::lock_guard lock(mutex_);
-  const StoredValue& id = dictData_.find(rowOf(StoredKey::sessionId).name)->second;
-  const StoredValue& time = dictData_.find(rowOf(StoredKey::sessionTime).name)->second;
-  const auto* text = std::get_if<std::string>(&id);
-  const auto* milliseconds = std::get_if<std::int64_t>(&time);
-  return {text == nullptr ? std::string() : *text, milliseconds == nullptr ? 0 : *milliseconds};
+  const auto id = dictData_.find(rowOf(StoredKey::sessionId).name);
+  const auto time = dictData_.find(rowOf(StoredKey::sessionTime).name);
+  if (id == dictData_.end() || time == dictData_.end()) return std::nullopt;
+  const auto* text = std::get_if<std::string>(&id->second);
+  const auto* milliseconds = std::get_if<std::int64_t>(&time->second);
+  return Session{text == nullptr ? std::string() : *text,
+                 milliseconds == nullptr ? 0 : *milliseconds};
 }
 
 std::shared_ptr<const SdkConfig> InnerQuorvanceData::sdkConfig() const {

@@ -62,6 +62,7 @@ class InnerQuorvanceData {
   StoredValue readPersistent(StoredKey key);
   void writePersistent(StoredKey key, const StoredValue& value);
   StoredValue readMemory(StoredKey key);
+  std::optional<Session> knownSession();
   std::string newSessionId();
 
   const std::shared_ptr<WallClock> clock_;
