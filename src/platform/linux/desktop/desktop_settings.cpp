@@ -80,10 +80,11 @@ std::optional<bool> truth(const Gio& gio, const char* schema, const char* key) {
 
 std::optional<float> scaledFontSize(const Gio& gio) {
   const OwnedValue font = valueOf(gio, kInterface, "font-name", "s");
-  const auto size = font ? fontSizeIn(gio.textOf(font.get(), nullptr)) : std::nullopt;
+  std::optional<float> size = font ? fontSizeIn(gio.textOf(font.get(), nullptr)) : std::nullopt;
   if (!size) return std::nullopt;
   const OwnedValue scale = valueOf(gio, kInterface, "text-scaling-factor", "d");
-  return scale ? *size * static_cast<float>(gio.realOf(scale.get())) : *size;
+  if (scale) size = *size * static_cast<float>(gio.realOf(scale.get()));
+  return size;
 }
 
 }  // namespace
