@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
+#include <memory>
 #include <mutex>
 #include <utility>
 
@@ -31,10 +32,11 @@ class Places {
     isFree_.wait(lock, [&] { return free_ > 0; });
     --free_;
   }
-  // Under the mutex to the end: whoever takes the last place may destroy this.
   void giveBack() {
-    const std::lock_guard lock(mutex_);
-    ++free_;
+    {
+      const std::lock_guard lock(mutex_);
+      ++free_;
+    }
     isFree_.notify_one();
   }
 
@@ -69,15 +71,16 @@ LibraryClient::LibraryClient(const LoopbackServer& server, const std::string& fo
 
 Figures LibraryClient::inTurn(int count) {
   const auto transaction = fullTransaction();
-  Places answered(0);
+  const auto answered = std::make_shared<Places>(0);
   Figures calls;
   Figures verdicts;
   for (int i = 0; i < count; ++i) {
     const double before = nowMicroseconds();
-    manager_->getRiskForCheckPoint(*transaction, [&](const Risk&, const std::string&,
-                                                     const std::string&) { answered.giveBack(); });
+    manager_->getRiskForCheckPoint(
+        *transaction,
+        [answered](const Risk&, const std::string&, const std::string&) { answered->giveBack(); });
     calls.push_back(nowMicroseconds() - before);
-    answered.take();
+    answered->take();
     verdicts.push_back(nowMicroseconds() - before);
   }
   calls.insert(calls.end(), verdicts.begin(), verdicts.end());
@@ -86,14 +89,15 @@ Figures LibraryClient::inTurn(int count) {
 
 double LibraryClient::perSecond(int count, int inFlight) {
   const auto transaction = fullTransaction();
-  Places places(inFlight);
+  const auto places = std::make_shared<Places>(inFlight);
   const double before = nowMicroseconds();
   for (int i = 0; i < count; ++i) {
-    places.take();
-    manager_->getRiskForCheckPoint(*transaction, [&](const Risk&, const std::string&,
-                                                     const std::string&) { places.giveBack(); });
+    places->take();
+    manager_->getRiskForCheckPoint(
+        *transaction,
+        [places](const Risk&, const std::string&, const std::string&) { places->giveBack(); });
   }
-  for (int i = 0; i < inFlight; ++i) places.take();
+  for (int i = 0; i < inFlight; ++i) places->take();
   return count / ((nowMicroseconds() - before) / 1e6);
 }
 
