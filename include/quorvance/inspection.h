@@ -21,7 +21,8 @@ struct InspectedField {
   std::string key{};
   /// JSON text; absent when nothing is known.
   std::optional<std::string> value{};
-  /// A session or checkpoint of this moment would carry it.
+  /// A session or checkpoint of this moment would carry it; a permission: it decides which list of
+  /// permissions names it.
   bool isSent = false;
   /// Where it comes from; of several sources the first that tells.
   std::string source{};

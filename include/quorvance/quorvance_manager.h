@@ -46,7 +46,8 @@ using RiskCompletion =
 /// an empty server URL is ever reported to the host.
 ///
 /// Every operation may be called from any thread, returns without waiting for a network, a disk or
-/// a bus, and throws nothing. In a forked child of the host every operation returns at once and
+/// a bus (crashEyeDidCatchCrash alone waits for the disk, and the first call reads two small
+/// files), and throws nothing. In a forked child of the host every operation returns at once and
 /// does nothing.
 class QuorvanceManager {
  public:
@@ -150,8 +151,9 @@ class QuorvanceManager {
   /// next checkpoint its verdict.
   void setPendingUserData(Json userData);
 
-  /// Keeps the crash as a report, to be sent later. Waits for the disk, as no other operation does:
-  /// the report is there when it returns, and the process may end.
+  /// Keeps the crash as a report, to be sent later. Waits for the disk, as no other operation does,
+  /// and for a second at most for other processes: the report is there when it returns, unless it
+  /// could not be kept, and the process may end.
   void crashEyeDidCatchCrash(const CrashModel& crash);
 
  private:

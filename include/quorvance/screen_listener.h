@@ -27,7 +27,8 @@ class QuorvanceScreenListener {
   /// again.
   virtual void finishScreenListener() = 0;
   /// Takes the recognizer's new state, its place and its first touch. Called by the recognizer; the
-  /// host's main thread only, since it looks at the views.
+  /// host's main thread only, since it looks at the views. A touch that began, moved or ended on a
+  /// listener without a view ends the process.
   virtual void handleTouches(const QuorvanceGestureRecognizer& recognizer) = 0;
 };
 

@@ -28,7 +28,8 @@ namespace quorvance {
 
 /// The groups of device facts; a missing one answers "unknown".
 struct DeviceFactSources {
-  /// Read once, by whichever background thread of the library needs it first.
+  /// Read with every refresh, and by whichever background thread needs it first; an inspection may
+  /// read it at the same time. Of later readings name, locale and time zone are taken.
   std::shared_ptr<FactSource<SystemFacts>> system;
   std::shared_ptr<FactSource<StorageFacts>> storage;
   std::shared_ptr<FactSource<ScreenFacts>> screen;
