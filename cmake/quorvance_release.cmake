@@ -8,8 +8,8 @@ include(CheckCXXSourceCompiles)
 # 3 % and cost 120 kB.
 function(quorvance_release_objects target)
   target_compile_options(${target} PRIVATE
-    $<$<CONFIG:Release>:-Os -ffunction-sections -fdata-sections -fstack-protector-strong>)
-  target_compile_definitions(${target} PRIVATE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
+    $<$<CONFIG:Release>:-Os -ffunction-sections -fdata-sections -fstack-protector-strong
+      -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
   set(base ${PROJECT_SOURCE_DIR}/src/base)
   set(hotSources ${base}/json.cpp ${base}/json_parser.cpp ${base}/json_writer.cpp
     ${base}/record.cpp ${base}/text.cpp)

@@ -16,7 +16,7 @@ struct VocabularyTable<StatusLogginType> {
 
 namespace {
 
-std::string textOf(std::thread::id thread) {
+std::string threadText(std::thread::id thread) {
   std::ostringstream text;
   text << "thread " << thread;
   return text.str();
@@ -28,7 +28,7 @@ Json LoggingData::getJson() const {
   Json object = makeObject(5);
   JsonDiscarder discarder(object);
   putMember(object, "date", dateText(timestamp));
-  if (call->thread) putMember(object, "threadName", textOf(*call->thread));
+  if (call->thread) putMember(object, "threadName", threadText(*call->thread));
   if (call->methodName) putMember(object, "methodName", std::string(*call->methodName));
   // The key says "Logging", the type "Loggin".
   if (statusLogginType) {

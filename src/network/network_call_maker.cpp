@@ -59,8 +59,11 @@ struct Call {
 };
 
 void Call::send(const std::shared_ptr<Call>& self) {
-  // The network has its turn before what is dispatched here.
-  if (alongside) services->http->dispatch(withinMemory(std::exchange(alongside, nullptr)));
+  // The network has its turn before what is dispatched here, whose want of memory costs that alone.
+  if (alongside) {
+    hasMemoryFor(
+        [&] { services->http->dispatch(withinMemory(std::exchange(alongside, nullptr))); });
+  }
   if (!parsesAsUrl(url)) return handler.drop();
   if (!maker.expired()) setMember(params, "version", SystemTexts::sdkVersion());
   if (isInDebugMode()) debugPrint("jsonObj " + debugTextOf(params));

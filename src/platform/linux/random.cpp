@@ -56,7 +56,12 @@ void* mapWipedOnFork() {
   void* const page = mmap(nullptr, sizeof(FetchedBytes), PROT_READ | PROT_WRITE,
                           MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (page == MAP_FAILED) return nullptr;
-  if (madvise(page, sizeof(FetchedBytes), MADV_WIPEONFORK) == 0) return page;
+  // An emulator that takes any advice keeps none.
+  constexpr int kNoAdvice = -1;
+  if (madvise(page, sizeof(FetchedBytes), kNoAdvice) != 0 &&
+      madvise(page, sizeof(FetchedBytes), MADV_WIPEONFORK) == 0) {
+    return page;
+  }
   unmap(page);
   return nullptr;
 }
@@ -67,10 +72,12 @@ std::optional<pthread_key_t> makeKey() {
   return key;
 }
 
+// Made when the library is loaded: a fork finds nobody in the midst of it.
+const std::optional<pthread_key_t> key = makeKey();
+
 /// The calling thread's; null where it can have none. Not thread_local: a destructor of that kind
 /// ends the process when there is no memory to note it.
 FetchedBytes* fetchedBytes() {
-  static const std::optional<pthread_key_t> key = makeKey();
   if (!key) return nullptr;
   void* page = pthread_getspecific(*key);
   if (page == nullptr) {

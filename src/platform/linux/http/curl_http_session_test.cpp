@@ -2,7 +2,6 @@
 
 #include <curl/curl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -18,6 +17,7 @@
 
 #include "platform/linux/http/http_exchange_test_support.h"
 #include "platform/linux/threads/thread_signals_test_support.h"
+#include "platform/testing/no_more_descriptors_test_support.h"
 
 namespace quorvance {
 namespace {
@@ -93,25 +93,6 @@ TEST(CurlHttpSessionTest, UrlsThatCannotBeSentToFailOnTheSessionsThread) {
     EXPECT_EQ(thread.get_future().get(), expected);
   }
 }
-
-/// Lets this process open no further descriptor while it lives.
-class NoMoreDescriptors {
- public:
-  NoMoreDescriptors() {
-    getrlimit(RLIMIT_NOFILE, &previous_);
-    rlimit limit = previous_;
-    const int next = dup(STDOUT_FILENO);
-    limit.rlim_cur = static_cast<rlim_t>(next);
-    close(next);
-    setrlimit(RLIMIT_NOFILE, &limit);
-  }
-  ~NoMoreDescriptors() { setrlimit(RLIMIT_NOFILE, &previous_); }
-  NoMoreDescriptors(const NoMoreDescriptors&) = delete;
-  NoMoreDescriptors& operator=(const NoMoreDescriptors&) = delete;
-
- private:
-  rlimit previous_ = {};
-};
 
 auto threadCount() {
   const std::filesystem::directory_iterator tasks("/proc/self/task");

@@ -51,10 +51,7 @@ std::optional<PlatformError> visitNames(const std::string& path, Visit visit) {
   return std::nullopt;
 }
 
-// File times are as coarse as two seconds: what changes within that may leave no trace in them.
-constexpr std::chrono::seconds kCoarsestFileTime{2};
-
-/// What tells one state of a folder from another.
+/// What tells one state of a folder from another. The time is the kernel's own: nobody can set it.
 struct FolderStamp {
   dev_t device = 0;
   ino_t number = 0;
@@ -65,13 +62,13 @@ struct FolderStamp {
   static std::optional<FolderStamp> of(const std::string& path) {
     struct stat status = {};
     if (stat(path.c_str(), &status) != 0) return std::nullopt;
-    return FolderStamp{status.st_dev, status.st_ino, nanosecondsOf(status.st_mtim)};
+    return FolderStamp{status.st_dev, status.st_ino, nanosecondsOf(status.st_ctim)};
   }
 
   /// Whether the next change, from now on, makes another stamp.
-  bool isSettled() const {
+  bool isSettled(std::chrono::nanoseconds coarsestFileTime) const {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
-    return std::chrono::nanoseconds(changed) < now - kCoarsestFileTime;
+    return std::chrono::nanoseconds(changed) < now - coarsestFileTime;
   }
 };
 
@@ -97,8 +94,9 @@ struct LinuxDocumentsFolder::Listing {
   std::vector<std::string> names;
 };
 
-LinuxDocumentsFolder::LinuxDocumentsFolder(std::optional<std::string> path)
-    : path_(std::move(path)) {}
+LinuxDocumentsFolder::LinuxDocumentsFolder(std::optional<std::string> path,
+                                           std::chrono::nanoseconds coarsestFileTime)
+    : path_(std::move(path)), coarsestFileTime_(coarsestFileTime) {}
 
 std::string LinuxDocumentsFolder::at(std::string_view name) const {
   return path_.value_or(std::string()) + "/" + std::string(name);
@@ -156,25 +154,33 @@ std::optional<PlatformError> LinuxDocumentsFolder::listNames(std::string_view pr
                                                              std::vector<std::string>& names) {
   const std::string path = path_.value_or(std::string());
   const std::optional<FolderStamp> stamp = FolderStamp::of(path);
-  const bool isSettled = stamp && stamp->isSettled();
+  const bool isSettled = stamp && stamp->isSettled(coarsestFileTime_);
   std::shared_ptr<const Listing> listing;
+  std::uint64_t changes = 0;
   {
     const std::lock_guard lock(mutex_);
     listing = listing_;
+    changes = changes_;
   }
   if (!listing || !stamp || listing->stamp != *stamp) {
     auto fresh = std::make_shared<Listing>(Listing{stamp.value_or(FolderStamp()), {}});
-    const auto error = visitNames(path, [&](int /*folder*/, std::string name) {
+    std::optional<PlatformError> error = visitNames(path, [&](int /*folder*/, std::string name) {
       if (!name.starts_with('.')) fresh->names.push_back(std::move(name));
     });
     if (error) return error;
     listing = std::move(fresh);
     const std::lock_guard lock(mutex_);
-    listing_ = isSettled ? listing : nullptr;
+    listing_ = isSettled && changes == changes_ ? listing : nullptr;
   }
   std::copy_if(listing->names.begin(), listing->names.end(), std::back_inserter(names),
                [&](const std::string& name) { return name.starts_with(prefix); });
   return std::nullopt;
+}
+
+void LinuxDocumentsFolder::forgetNames() {
+  const std::lock_guard lock(mutex_);
+  ++changes_;
+  listing_ = nullptr;
 }
 
 DocumentRead LinuxDocumentsFolder::read(const std::string& name, std::string& bytes) {
@@ -203,6 +209,7 @@ std::optional<PlatformError> LinuxDocumentsFolder::write(const std::string& name
   const std::string temporary = at(TemporaryName::make(name, false));
   errno = 0;
   if (!replaceFile(at(name), temporary, bytes)) return errorOf(errno != 0 ? errno : EIO, name);
+  forgetNames();
   synchronizeFolder(*path_);
   return std::nullopt;
 }
@@ -210,13 +217,15 @@ std::optional<PlatformError> LinuxDocumentsFolder::write(const std::string& name
 std::optional<PlatformError> LinuxDocumentsFolder::rename(const std::string& from,
                                                           const std::string& to) {
   if (std::rename(at(from).c_str(), at(to).c_str()) != 0) return errorOf(errno, from);
+  forgetNames();
   synchronizeFolder(*path_);
   return std::nullopt;
 }
 
 std::optional<PlatformError> LinuxDocumentsFolder::remove(const std::string& name) {
-  if (std::remove(at(name).c_str()) == 0) return std::nullopt;
-  return errorOf(errno, name);
+  if (std::remove(at(name).c_str()) != 0) return errorOf(errno, name);
+  forgetNames();
+  return std::nullopt;
 }
 
 }  // namespace quorvance

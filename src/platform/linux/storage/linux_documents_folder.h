@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -18,8 +19,12 @@ namespace quorvance {
 /// ".lock-" and the purpose.
 class LinuxDocumentsFolder : public DocumentsFolder {
  public:
+  /// File times are as coarse as two seconds: what changes within that may leave no trace in them.
+  static constexpr std::chrono::seconds kCoarsestFileTime{2};
+
   /// Absent: there is none to be had.
-  explicit LinuxDocumentsFolder(std::optional<std::string> path);
+  explicit LinuxDocumentsFolder(std::optional<std::string> path,
+                                std::chrono::nanoseconds coarsestFileTime = kCoarsestFileTime);
 
   bool prepare() override;
   std::optional<PlatformError> list(std::vector<DocumentEntry>& entries) override;
@@ -41,11 +46,14 @@ class LinuxDocumentsFolder : public DocumentsFolder {
 
   std::string at(std::string_view name) const;
   bool isAbandoned(const std::string& temporaryName) const;
+  void forgetNames();
 
   const std::optional<std::string> path_;
-  // Guards the pointer.
+  const std::chrono::nanoseconds coarsestFileTime_;
   std::mutex mutex_;
   std::shared_ptr<const Listing> listing_;
+  // Of this process: a listing that one of them overtook is not kept.
+  std::uint64_t changes_ = 0;
 };
 
 }  // namespace quorvance
