@@ -1,6 +1,7 @@
 #pragma once
 
 #include <arpa/inet.h>
+#include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -109,7 +110,7 @@ class ScriptedTcpServer {
     sockaddr_in address = {};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    bind(listener_, asAddress(address), sizeof address);
+    EXPECT_EQ(bind(listener_, asAddress(address), sizeof address), 0);
     listen(listener_, SOMAXCONN);
     socklen_t length = sizeof address;
     getsockname(listener_, asAddress(address), &length);

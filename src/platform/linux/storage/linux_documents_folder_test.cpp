@@ -25,6 +25,7 @@ std::vector<std::string> documentNames(LinuxDocumentsFolder& folder) {
   std::vector<DocumentEntry> entries;
   EXPECT_FALSE(folder.list(entries).has_value());
   std::vector<std::string> names;
+  names.reserve(entries.size());
   for (const DocumentEntry& entry : entries) names.push_back(entry.name);
   return names;
 }
