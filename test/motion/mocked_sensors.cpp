@@ -14,8 +14,8 @@
 
 #include "test/motion/sensor_rows_test_support.h"
 
-// Read by the thread sanitizer: the library of the mocked devices opens and closes descriptors where
-// it does not see that, and it takes two uses of one number for two of one file.
+// Read by the thread sanitizer: the library of the mocked devices opens and closes descriptors
+// where it does not see that, and it takes two uses of one number for two of one file.
 // NOLINTNEXTLINE(bugprone-reserved-identifier): the name is the sanitizer's.
 extern "C" const char* __tsan_default_options() { return "ignore_interceptors_accesses=1"; }
 
