@@ -1,15 +1,12 @@
 #include "benchmarks/verdict/library_client.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include <array>
+#include <chrono>
 #include <condition_variable>
-#include <cstdlib>
-#include <ctime>
 #include <fstream>
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <utility>
 
 #include "benchmarks/full_transaction.h"
@@ -46,12 +43,8 @@ class Places {
   int free_;
 };
 
-// Nothing has changed in the folder for a while, as is usual: within two seconds it is listed anew.
-void settle(const std::string& folder) {
-  const timespec time = {std::time(nullptr) - 60, 0};
-  const timespec times[] = {time, time};
-  if (utimensat(AT_FDCWD, folder.c_str(), times, 0) != 0) std::abort();
-}
+// After a change the folder is listed anew for two seconds.
+constexpr std::chrono::milliseconds kSettlingTime{2100};
 
 }  // namespace
 
@@ -66,8 +59,9 @@ LibraryClient::LibraryClient(const LoopbackServer& server, const std::string& fo
   manager_->initializeDeviceId();
   server.awaitStart();
   inTurn(kWarmUpVerdicts);
-  settle(folder);
 }
+
+void LibraryClient::settle() { std::this_thread::sleep_for(kSettlingTime); }
 
 Figures LibraryClient::inTurn(int count) {
   const auto transaction = fullTransaction();
@@ -110,7 +104,6 @@ void storeReports(const std::string& folder) {
           << "{}";
     }
   }
-  settle(folder);
 }
 
 }  // namespace quorvance

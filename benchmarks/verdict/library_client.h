@@ -16,6 +16,9 @@ class LibraryClient {
   /// What the library keeps lies in `folder`.
   LibraryClient(const LoopbackServer& server, const std::string& folder);
 
+  /// Waits until nothing has changed in the folder for a while, as is usual.
+  static void settle();
+
   /// Microseconds of each call on the host's thread, then of each verdict from its call on: one
   /// after another.
   Figures inTurn(int count);

@@ -1,7 +1,6 @@
 #include "platform/linux/desktop/linux_font_facts.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -11,6 +10,7 @@
 #include <string>
 #include <utility>
 
+#include "platform/testing/lowered_limit_test_support.h"
 #include "platform/testing/temporary_folder_test_support.h"
 
 namespace quorvance {
@@ -76,24 +76,11 @@ TEST(LinuxFontFactsTest, AreEmptyWithoutFontsConfigurationOrLibrary) {
   EXPECT_TRUE(LinuxFontFacts(others).read().fontsByFamily.empty()) << "a library without them";
 }
 
-/// The address space of this process may grow by so much, until its end.
-class LimitedAddressSpace {
- public:
-  explicit LimitedAddressSpace(std::size_t megabytes) {
-    getrlimit(RLIMIT_AS, &previous_);
-    std::size_t pages = 0;
-    std::ifstream("/proc/self/statm") >> pages;
-    rlimit limit = previous_;
-    limit.rlim_cur = pages * static_cast<std::size_t>(getpagesize()) + (megabytes << 20);
-    setrlimit(RLIMIT_AS, &limit);
-  }
-  ~LimitedAddressSpace() { setrlimit(RLIMIT_AS, &previous_); }
-  LimitedAddressSpace(const LimitedAddressSpace&) = delete;
-  LimitedAddressSpace& operator=(const LimitedAddressSpace&) = delete;
-
- private:
-  rlimit previous_ = {};
-};
+rlim_t addressSpaceWith(std::size_t moreMegabytes) {
+  std::size_t pages = 0;
+  std::ifstream("/proc/self/statm") >> pages;
+  return pages * static_cast<std::size_t>(getpagesize()) + (moreMegabytes << 20);
+}
 
 // fontconfig does not survive it.
 TEST(LinuxFontFactsTest, AreNotReadWhereTheAddressSpaceHasNoRoomForThem) {
@@ -101,7 +88,7 @@ TEST(LinuxFontFactsTest, AreNotReadWhereTheAddressSpaceHasNoRoomForThem) {
   fonts.add("DejaVuSans.ttf");
   ASSERT_FALSE(LinuxFontFacts().read().familyNames.empty());
   for (const auto& [megabytes, isRead] : {std::pair{16U, false}, {48U, false}, {512U, true}}) {
-    const LimitedAddressSpace limited(megabytes);
+    const LoweredLimit limited(RLIMIT_AS, addressSpaceWith(megabytes));
     EXPECT_EQ(!LinuxFontFacts().read().familyNames.empty(), isRead) << megabytes;
   }
 }

@@ -17,7 +17,7 @@
 
 #include "platform/linux/http/http_exchange_test_support.h"
 #include "platform/linux/threads/thread_signals_test_support.h"
-#include "platform/testing/no_more_descriptors_test_support.h"
+#include "platform/testing/lowered_limit_test_support.h"
 
 namespace quorvance {
 namespace {

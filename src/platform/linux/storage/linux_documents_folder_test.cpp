@@ -10,7 +10,7 @@
 
 #include "platform/linux/storage/file_lock.h"
 #include "platform/linux/storage/temporary_name.h"
-#include "platform/testing/no_more_descriptors_test_support.h"
+#include "platform/testing/lowered_limit_test_support.h"
 #include "platform/testing/temporary_folder_test_support.h"
 
 namespace quorvance {
