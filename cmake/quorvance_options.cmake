@@ -13,7 +13,7 @@ set(QUORVANCE_SANITIZE "" CACHE STRING
 set_property(CACHE QUORVANCE_SANITIZE PROPERTY STRINGS "" "address,undefined" "thread")
 
 # Only read by targets of a unity build (-DCMAKE_UNITY_BUILD=ON).
-set(CMAKE_UNITY_BUILD_BATCH_SIZE 8)
+set(CMAKE_UNITY_BUILD_BATCH_SIZE 12)
 
 if(QUORVANCE_SANITIZE)
   # Hosts of an instrumented library must be instrumented too, hence for the whole directory tree.
