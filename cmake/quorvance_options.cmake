@@ -12,9 +12,6 @@ set(QUORVANCE_SANITIZE "" CACHE STRING
     "Sanitizers for everything: empty, \"address,undefined\" or \"thread\"")
 set_property(CACHE QUORVANCE_SANITIZE PROPERTY STRINGS "" "address,undefined" "thread")
 
-# Only read by targets of a unity build (-DCMAKE_UNITY_BUILD=ON).
-set(CMAKE_UNITY_BUILD_BATCH_SIZE 12)
-
 if(QUORVANCE_SANITIZE)
   # Hosts of an instrumented library must be instrumented too, hence for the whole directory tree.
   add_compile_options(-fsanitize=${QUORVANCE_SANITIZE} -fno-omit-frame-pointer)

@@ -3,7 +3,7 @@
 # quorvance_warnings(<target>)
 #
 # The warnings that the project's own code is free of, with g++ 12 and clang 14. Never seen by who
-# links the target.
+# links the target. Called once a target has its sources, it also groups them for a unity build.
 function(quorvance_warnings target)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic
@@ -24,6 +24,31 @@ function(quorvance_warnings target)
   if(QUORVANCE_WERROR)
     target_compile_options(${target} PRIVATE -Werror)
   endif()
+  quorvance_unity_groups(${target})
+endfunction()
+
+# quorvance_unity_groups(<target>)
+#
+# A unity build compiles the sources of one folder together, twelve at most, and never those of two
+# folders: names without linkage must differ within a folder alone. Sources that are added to the
+# target later are compiled one by one.
+function(quorvance_unity_groups target)
+  set(mostSources 12)
+  get_target_property(sources ${target} SOURCES)
+  list(FILTER sources INCLUDE REGEX "\\.cpp$")
+  foreach(source IN LISTS sources)
+    get_filename_component(folder ${source} ABSOLUTE)
+    file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${folder})
+    get_filename_component(folder "${folder}" DIRECTORY)
+    string(MAKE_C_IDENTIFIER "${folder}" folder)
+    if(NOT DEFINED count_${folder})
+      set(count_${folder} 0)
+    endif()
+    math(EXPR group "${count_${folder}} / ${mostSources}")
+    math(EXPR count_${folder} "${count_${folder}} + 1")
+    set_property(SOURCE ${source} PROPERTY UNITY_GROUP ${folder}_${group})
+  endforeach()
+  set_target_properties(${target} PROPERTIES UNITY_BUILD_MODE GROUP)
 endfunction()
 
 # quorvance_sources(<variable> <glob>...)
