@@ -2,8 +2,10 @@
 
 #include <curl/curl.h>
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <limits>
 #include <list>
 #include <mutex>
@@ -44,11 +46,13 @@ struct CurlHttpSession::State : ThreadSeeker, ExitParticipant, std::enable_share
     HttpCompletion completion;
   };
 
-  State(std::string trusted, std::shared_ptr<ThreadRetries> threadRetries)
-      : caFile(std::move(trusted)), retries(std::move(threadRetries)) {}
+  State(std::string trusted, std::shared_ptr<ThreadRetries> threadRetries,
+        std::chrono::milliseconds longestIdle)
+      : caFile(std::move(trusted)), retries(std::move(threadRetries)), maxIdleTime(longestIdle) {}
 
   const std::string caFile;
   const std::shared_ptr<ThreadRetries> retries;
+  const std::chrono::milliseconds maxIdleTime;
   std::mutex mutex;
   LibraryThread thread;
   std::list<Task> tasks;
@@ -130,6 +134,8 @@ class CurlHttpSession::Worker {
   void finishDone();
   void finishOne(CURL* handle, CURLcode code);
   void sleep();
+  int longestWait() const;
+  void closeWhenIdle();
 
   bool isStopped();
   std::optional<Task> takeTask();
@@ -141,6 +147,8 @@ class CurlHttpSession::Worker {
   CURLM* multi_ = nullptr;
   std::unordered_map<CURL*, std::unique_ptr<CurlTransfer>> inFlight_;
   std::vector<std::unique_ptr<CurlTransfer>> idle_;
+  // The last exchange ended then; before the first one, libcurl was opened then.
+  std::chrono::steady_clock::time_point idleSince_;
 };
 
 CurlHttpSession::Worker::~Worker() {
@@ -163,6 +171,7 @@ void CurlHttpSession::Worker::run() {
     startWaiting();
     perform();
     sleep();
+    closeWhenIdle();
   }
 }
 
@@ -175,6 +184,7 @@ void CurlHttpSession::Worker::open() {
   constexpr long kConnections = kMaxInFlight;
   curl_multi_setopt(multi_, CURLMOPT_MAX_TOTAL_CONNECTIONS, kConnections);
   curl_multi_setopt(multi_, CURLMOPT_MAXCONNECTS, kConnections);
+  idleSince_ = std::chrono::steady_clock::now();
 }
 
 // Those that are there now: what they dispatch waits until the network has had its turn.
@@ -248,6 +258,7 @@ void CurlHttpSession::Worker::finishOne(CURL* handle, CURLcode code) {
   std::unique_ptr<CurlTransfer> transfer = std::move(found->second);
   inFlight_.erase(found);
   curl_multi_remove_handle(multi_, handle);
+  idleSince_ = std::chrono::steady_clock::now();
   HttpReply reply = transfer->finish(code);
   const HttpCompletion completion = transfer->takeCompletion();
   keep(std::move(transfer));
@@ -266,9 +277,28 @@ void CurlHttpSession::Worker::sleep() {
   if (multi_ == nullptr) {
     state_->wakeUp.wait();
   } else {
-    curl_multi_poll(multi_, &wakeUp, 1, kLongestWaitMilliseconds, nullptr);
+    curl_multi_poll(multi_, &wakeUp, 1, longestWait(), nullptr);
   }
   if (multi_ == nullptr || wakeUp.revents != 0) state_->wakeUp.reset();
+}
+
+int CurlHttpSession::Worker::longestWait() const {
+  if (!inFlight_.empty()) return kLongestWaitMilliseconds;
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(idleSince_ + state_->maxIdleTime -
+                                                                 std::chrono::steady_clock::now());
+  return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, kLongestWaitMilliseconds));
+}
+
+// libcurl looks at the age of its connections only when it is used, and has no other way to close
+// those that rest. What opens it again is the next use.
+void CurlHttpSession::Worker::closeWhenIdle() {
+  if (multi_ == nullptr || !inFlight_.empty() || longestWait() > 0) return;
+  {
+    const auto lock = state_->lockOrRest();
+    if (state_->isStopped || !state_->tasks.empty() || !state_->waiting.empty()) return;
+  }
+  curl_multi_cleanup(multi_);
+  multi_ = nullptr;
 }
 
 bool CurlHttpSession::Worker::isStopped() {
@@ -334,8 +364,9 @@ bool CurlHttpSession::State::startThread() noexcept {
   return isRunning;
 }
 
-CurlHttpSession::CurlHttpSession(std::string caFile, std::shared_ptr<ThreadRetries> retries)
-    : state_(std::make_shared<State>(std::move(caFile), retries)) {
+CurlHttpSession::CurlHttpSession(std::string caFile, std::shared_ptr<ThreadRetries> retries,
+                                 std::chrono::milliseconds maxIdleTime)
+    : state_(std::make_shared<State>(std::move(caFile), retries, maxIdleTime)) {
   retries->join(state_);
 }
 

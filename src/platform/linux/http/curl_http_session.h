@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -25,9 +26,14 @@ class CurlHttpSession : public HttpSession {
   /// Beyond so many waiting requests a further one ends at once with a transport error.
   static constexpr std::size_t kMaxWaiting = 1024;
 
+  /// A connection that nothing has used for so long is closed.
+  static constexpr std::chrono::milliseconds kMaxIdleTime{60'000};
+
   /// `caFile`: certificates to trust instead of the system's; empty stands for those.
-  explicit CurlHttpSession(std::string caFile = {}, std::shared_ptr<ThreadRetries> retries =
-                                                        std::make_shared<ThreadRetries>());
+  explicit CurlHttpSession(
+      std::string caFile = {},
+      std::shared_ptr<ThreadRetries> retries = std::make_shared<ThreadRetries>(),
+      std::chrono::milliseconds maxIdleTime = kMaxIdleTime);
   ~CurlHttpSession() override;
   CurlHttpSession(const CurlHttpSession&) = delete;
   CurlHttpSession& operator=(const CurlHttpSession&) = delete;

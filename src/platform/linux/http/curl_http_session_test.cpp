@@ -94,6 +94,29 @@ TEST(CurlHttpSessionTest, UrlsThatCannotBeSentToFailOnTheSessionsThread) {
   }
 }
 
+TEST(CurlHttpSessionTest, ConnectionsThatNothingUsesAreClosedAndTheNextRequestOpensOne) {
+  constexpr std::ptrdiff_t kBurst = 8;
+  std::latch arrived(kBurst);
+  std::latch closed(kBurst);
+  ScriptedTcpServer server([&](ScriptedConnection& connection) {
+    connection.readRequest();
+    if (connection.index() < kBurst) arrived.arrive_and_wait();
+    connection.writeReply("{}");
+    if (connection.index() >= kBurst) return;
+    connection.waitForEnd();
+    closed.count_down();
+  });
+  CurlHttpSession session({}, std::make_shared<ThreadRetries>(), milliseconds(50));
+  std::latch answered(kBurst);
+  for (std::ptrdiff_t i = 0; i < kBurst; ++i) {
+    session.send(requestFor(server.url()), [&](const HttpReply&) { answered.count_down(); });
+  }
+  answered.wait();
+  closed.wait();
+  EXPECT_EQ(exchange(session, requestFor(server.url())).status, 200);
+  EXPECT_EQ(server.connections(), kBurst + 1U);
+}
+
 auto threadCount() {
   const std::filesystem::directory_iterator tasks("/proc/self/task");
   return std::distance(begin(tasks), end(tasks));

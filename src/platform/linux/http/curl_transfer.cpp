@@ -16,6 +16,7 @@ namespace {
 
 // Smaller numbers are interim heads: the reply's own head has not come.
 constexpr long kFirstFinalStatus = 200;
+constexpr long kMaxConnectionAgeSeconds = 60;
 
 }  // namespace
 
@@ -52,6 +53,8 @@ void CurlTransfer::setConstantOptions(const std::string& caFile) {
   curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);
   curl_easy_setopt(handle, CURLOPT_OPENSOCKETFUNCTION, &CurlTransfer::openSocket);
   curl_easy_setopt(handle, CURLOPT_TCP_NODELAY, 1L);
+  // Looked at by the next use: of a burst's connections, one may be used for ever and the rest not.
+  curl_easy_setopt(handle, CURLOPT_MAXAGE_CONN, kMaxConnectionAgeSeconds);
   // Without it a hung name server holds the thread long past the time-out.
   curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
   curl_easy_setopt(handle, CURLOPT_SSLVERSION, CURL_SSLVERSION_TLSv1_2);
