@@ -2,6 +2,8 @@
 
 // Everything that a host includes. Start reading at quorvance_manager.h.
 
+#include "quorvance/standard_library.h"
+
 #include "quorvance/account_check_points.h"
 #include "quorvance/add_payment_method.h"
 #include "quorvance/alternate_stack.h"

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorvance/standard_library.h"
+
 #pragma GCC visibility push(default)
 
 extern "C" {

@@ -4,6 +4,8 @@
 // ...Enumerator class, each an alias of one of the templates below. All members may be called from
 // any thread; the classes hold no state.
 
+#include "quorvance/standard_library.h"
+
 #include <cstdint>
 #include <map>
 #include <optional>

@@ -4,6 +4,8 @@
 // field means "unknown" and its key is then left out of what is sent. Sources are read on the fact
 // lane of the background queue, never inside a host call, so they may wait for files and buses.
 
+#include "quorvance/standard_library.h"
+
 #include <cstdint>
 #include <map>
 #include <optional>
