@@ -95,7 +95,7 @@ std::string demoUsage() {
          "sent "
          "with\n"
          "  --json                 the same for programs\n"
-         "  --help                 print this\n"
+         "  --help, -h             print this\n"
          "\n"
          "exit status:\n"
          "  0  the journey was played, every verdict was as expected, no call was refused\n"
@@ -107,7 +107,7 @@ std::optional<DemoOptions> parseDemoArguments(const std::vector<std::string>& ar
   DemoOptions options;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     const std::string& name = arguments[i];
-    if (name == "--help") return std::nullopt;
+    if (name == "--help" || name == "-h") return std::nullopt;
     const auto setter = valueSetters().find(name);
     const auto flag = flags().find(name);
     if (flag != flags().end()) {
