@@ -1,30 +1,106 @@
-# What an application team gets: headers, both libraries, and find_package(Quorvance).
+# What is installed, in the three components that the Debian packages are made of: "library" to run,
+# "dev" to build with (headers, both libraries, doubles, find_package, pkg-config), and "tools".
 
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(packageFolder ${CMAKE_INSTALL_LIBDIR}/cmake/Quorvance)
+set(documentFolder ${CMAKE_INSTALL_DATAROOTDIR}/doc)
 
-install(DIRECTORY include/quorvance DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-  FILES_MATCHING PATTERN "*.h")
+# --- headers and libraries ---------------------------------------------------------------------
 
-# Two export sets: who links the shared library needs no libcurl to build with.
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/quorvance ${testingHeaderFolder}/quorvance
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev FILES_MATCHING PATTERN "*.h")
+
+# Export sets of their own: who links the shared library needs no libcurl to build with.
 install(TARGETS quorvance EXPORT QuorvanceShared
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT dev
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(TARGETS quorvance_static EXPORT QuorvanceStatic
-  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-foreach(set Shared Static)
+install(TARGETS quorvance_testing EXPORT QuorvanceTesting
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+foreach(set Shared Static Testing)
   install(EXPORT Quorvance${set} NAMESPACE Quorvance:: DESTINATION ${packageFolder}
-    FILE Quorvance${set}Targets.cmake)
+    FILE Quorvance${set}Targets.cmake COMPONENT dev)
 endforeach()
 
-configure_package_config_file(cmake/QuorvanceConfig.cmake.in
+# --- how they are found --------------------------------------------------------------------------
+
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/QuorvanceConfig.cmake.in
   ${PROJECT_BINARY_DIR}/QuorvanceConfig.cmake INSTALL_DESTINATION ${packageFolder})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/QuorvanceConfigVersion.cmake
   COMPATIBILITY SameMajorVersion)
 install(FILES
   ${PROJECT_BINARY_DIR}/QuorvanceConfig.cmake
   ${PROJECT_BINARY_DIR}/QuorvanceConfigVersion.cmake
-  DESTINATION ${packageFolder})
+  DESTINATION ${packageFolder} COMPONENT dev)
+
+# The folder may be moved: all is told from where the file lies.
+set(pcFolder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH pcToPrefix /prefix/${pcFolder} /prefix)
+foreach(name quorvance quorvance-static)
+  configure_file(${PROJECT_SOURCE_DIR}/packaging/${name}.pc.in
+    ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${pcFolder} COMPONENT dev)
+endforeach()
+
+# --- tools -------------------------------------------------------------------------------------
+
+# quorvance_install_tool(<target> <name>)
+#
+# Installs the program under a name of its own, with its manual page.
+function(quorvance_install_tool target name)
+  if(NOT TARGET ${target})
+    return()
+  endif()
+  install(PROGRAMS $<TARGET_FILE:${target}> DESTINATION ${CMAKE_INSTALL_BINDIR} RENAME ${name}
+    COMPONENT tools)
+  install(CODE "if(CMAKE_INSTALL_DO_STRIP)
+      execute_process(COMMAND \"${CMAKE_STRIP}\"
+        \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/${name}\")
+    endif()" COMPONENT tools)
+  install(FILES ${PROJECT_SOURCE_DIR}/packaging/man/${name}.1
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+endfunction()
+
+quorvance_install_tool(quorvance-reports quorvance-reports)
+quorvance_install_tool(risk_server quorvance-risk-server)
+
+# --- papers ------------------------------------------------------------------------------------
+
+install(FILES
+  ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/CHANGELOG.md
+  ${PROJECT_SOURCE_DIR}/SECURITY.md ${PROJECT_SOURCE_DIR}/docs/integration.md
+  ${PROJECT_SOURCE_DIR}/docs/collected.md
+  DESTINATION ${documentFolder}/quorvance COMPONENT dev)
+install(FILES
+  ${PROJECT_SOURCE_DIR}/examples/first_verdict.cpp ${PROJECT_SOURCE_DIR}/examples/fail_open.cpp
+  ${PROJECT_SOURCE_DIR}/examples/fail_closed.cpp
+  DESTINATION ${documentFolder}/quorvance/examples COMPONENT dev)
+
+find_package(Python3 QUIET COMPONENTS Interpreter)
+if(Python3_FOUND)
+  set(bill ${PROJECT_BINARY_DIR}/quorvance.spdx.json)
+  set(makeBill ${PROJECT_SOURCE_DIR}/tools/make_sbom.py)
+  set(toolLibraries)
+  if(TARGET risk_server)
+    find_package(OpenSSL QUIET COMPONENTS Crypto)
+    set(toolLibraries tools/cpp-httplib=${cpp_httplib_VERSION} tools/openssl=${OPENSSL_VERSION})
+  endif()
+  set(vendored ${PROJECT_SOURCE_DIR}/apps/risk_server/console/vendor/LICENCES.txt)
+  add_custom_command(OUTPUT ${bill} DEPENDS ${makeBill} ${vendored} ${versionSource}
+    COMMAND Python3::Interpreter -B ${makeBill} ${bill} ${PROJECT_VERSION} ${vendored}
+      libcurl=${CURL_VERSION_STRING} nlohmann-json=${nlohmann_json_VERSION} ${toolLibraries}
+    VERBATIM)
+  add_custom_target(quorvance_sbom ALL DEPENDS ${bill})
+  install(FILES ${bill} DESTINATION ${documentFolder}/quorvance COMPONENT dev)
+else()
+  message(STATUS "Without Python no bill of materials is made")
+endif()
+
+if(PROJECT_IS_TOP_LEVEL)
+  include(quorvance_packages)
+endif()

@@ -47,7 +47,7 @@ if(NOT QUORVANCE_SANITIZE)
   endforeach()
   add_test(NAME tools.make_openapi
     COMMAND Python3::Interpreter -B ${PROJECT_SOURCE_DIR}/tools/make_openapi.py --check)
-  foreach(tool check_includes check_words compare_logs report_sizes test_summary)
+  foreach(tool check_includes check_words compare_logs dev report_sizes test_summary)
     add_test(NAME tools.${tool}_test
       COMMAND Python3::Interpreter -B ${PROJECT_SOURCE_DIR}/tools/${tool}_test.py)
   endforeach()

@@ -10,7 +10,8 @@ constexpr int kUsage = 2;
 constexpr int kFailed = 1;
 
 int usage(std::ostream& out, int status) {
-  out << "usage: quorvance-reports list|show FOLDER\n\n"
+  out << "usage: quorvance-reports list|show FOLDER\n"
+         "       quorvance-reports --help|--version\n\n"
          "  list FOLDER   the reports that are stored and not sent yet, one line of what each "
          "tells\n"
          "  show FOLDER   the same, whole\n\n"
@@ -27,6 +28,14 @@ int usage(std::ostream& out, int status) {
 int main(int count, char** arguments) {
   const std::string_view verb = count > 1 ? arguments[1] : "";
   if (verb == "--help" || verb == "-h") return usage(std::cout, 0);
+  if (verb == "--version") {
+    std::cout << "quorvance-reports " QUORVANCE_VERSION "\n";
+    return 0;
+  }
+  if (verb.starts_with("-")) {
+    std::cerr << "quorvance-reports: " << verb << ": no such option, see --help\n";
+    return kUsage;
+  }
   if (count != 3 || (verb != "list" && verb != "show")) return usage(std::cerr, kUsage);
   try {
     const auto reports = quorvance_reports::listReports(arguments[2]);

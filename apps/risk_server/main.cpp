@@ -62,6 +62,10 @@ int writeReport(const risk_server::ReportOrder& order, const risk_server::Contra
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (argc == 2 && std::string(argv[1]) == "--version") {
+    std::puts("risk_server " QUORVANCE_VERSION);
+    return 0;
+  }
   try {
     auto line = risk_server::commandLineFrom({argv + 1, argv + argc});
     if (!line) {

@@ -129,7 +129,8 @@ own log, or a HAR file of any proxy) breaks the contract, and ends with 1 if any
   --console-port N       the console's page on this port; a free one by default, "off" for none
   --control-host NAME    serve console and control path under this name of the machine too
   --console-token TEXT   the control path wants "Authorization: Bearer TEXT"
-  --help                 print this
+  --help, -h             print this
+  --version              print the version
 
 When it listens it prints "risk server ready at http://127.0.0.1:PORT/", then "console at URL":
 open that one in a browser. Control, below the first URL:
@@ -149,7 +150,7 @@ std::optional<CommandLine> commandLineFrom(const std::vector<std::string>& argum
   bool isPlain = false;
   for (ArgumentReader reader(arguments); !reader.isAtEnd();) {
     const std::string& name = reader.take();
-    if (name == "--help") return std::nullopt;
+    if (name == "--help" || name == "-h") return std::nullopt;
     const auto setter = optionSetters().find(name);
     if (setter != optionSetters().end()) {
       setter->second(line.options, reader.takeValue(name));
