@@ -91,10 +91,10 @@ TEST(SessionTest, LogoutTakesItsStepsInOrder) {
   EXPECT_THAT(watch->lines,
               ElementsAre("identifier: UNKNOWN 1700000000000", "identifier: UNKNOWN 1700000000005",
                           "face, logout() Start: UNKNOWN 1700000000005 told"));
-  EXPECT_GT(world.time->delayedPosts(), delayedPosts);
   EXPECT_THAT(world.traces(), ElementsAre("logout() Start", "logout() End"));
   EXPECT_EQ(world.manager->identity().userId(), std::nullopt);
   world.time->run();
+  EXPECT_GT(world.time->delayedPosts(), delayedPosts);
   const auto activity = world.http->sentTo(ManagerWorld::kActivityPath);
   const auto session = world.http->sentTo(ManagerWorld::kSessionPath);
   ASSERT_EQ(activity.size(), 1U);

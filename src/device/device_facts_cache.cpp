@@ -39,12 +39,17 @@ struct DeviceFactsCache::Round {
   std::vector<std::shared_ptr<Waiter>> waiters;
 };
 
+// The timer may have a thread started, which is not the host call's business. It is set on the lane
+// on which it would release the task: where that hangs, nobody could.
 std::shared_ptr<DeviceFactsCache::Waiter> DeviceFactsCache::waiterFor(Task task) {
   if (!task) return nullptr;
   auto waiter = std::make_shared<Waiter>();
   waiter->queue = backgroundQueue_;
   waiter->task = std::move(task);
-  mainQueue_->postAfter(kFactsTimeout, [waiter] { waiter->release(); });
+  backgroundQueue_->post(WorkLane::completions, withinMemory([queue = mainQueue_, waiter] {
+                           if (waiter->isReleased) return;
+                           queue->postAfter(kFactsTimeout, [waiter] { waiter->release(); });
+                         }));
   return waiter;
 }
 

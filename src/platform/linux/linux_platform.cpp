@@ -127,8 +127,9 @@ Platform makeLinuxPlatform(LinuxPlatformOptions options) {
   platform.mainQueue = std::move(options.mainQueue);
   if (!platform.mainQueue) platform.mainQueue = std::make_shared<ThreadMainQueue>(retries);
   retries->useTimersOf(platform.mainQueue);
-  platform.backgroundQueue = std::make_shared<WorkQueue>(WorkQueue::kIdleTime, retries);
-  platform.http = std::make_shared<CurlHttpSession>(std::string(), retries);
+  const auto workQueue = std::make_shared<WorkQueue>(WorkQueue::kIdleTime, retries);
+  platform.backgroundQueue = workQueue;
+  platform.http = std::make_shared<CurlHttpSession>(std::string(), retries, workQueue->wakeUps());
   platform.documents = std::make_shared<LinuxDocumentsFolder>(options.dataFolder);
   platform.crashTrap = std::make_shared<LinuxCrashTrap>();
   platform.defaults =

@@ -47,11 +47,15 @@ struct CurlHttpSession::State : ThreadSeeker, ExitParticipant, std::enable_share
   };
 
   State(std::string trusted, std::shared_ptr<ThreadRetries> threadRetries,
-        std::chrono::milliseconds longestIdle)
-      : caFile(std::move(trusted)), retries(std::move(threadRetries)), maxIdleTime(longestIdle) {}
+        std::weak_ptr<WakeUps> wakeUpsOfQueue, std::chrono::milliseconds longestIdle)
+      : caFile(std::move(trusted)),
+        retries(std::move(threadRetries)),
+        wakeUps(std::move(wakeUpsOfQueue)),
+        maxIdleTime(longestIdle) {}
 
   const std::string caFile;
   const std::shared_ptr<ThreadRetries> retries;
+  const std::weak_ptr<WakeUps> wakeUps;
   const std::chrono::milliseconds maxIdleTime;
   std::mutex mutex;
   LibraryThread thread;
@@ -128,12 +132,12 @@ class CurlHttpSession::Worker {
  private:
   void open();
   void runTasks();
-  void startWaiting();
+  bool startWaiting();
   void startCall(State::Call call);
   void perform();
   void finishDone();
   void finishOne(CURL* handle, CURLcode code);
-  void sleep();
+  bool sleep();
   int longestWait() const;
   void closeWhenIdle();
 
@@ -164,13 +168,15 @@ CurlHttpSession::Worker::~Worker() {
   state_->isDone.notify_all();
 }
 
+// What a turn of the network has had posted runs at once, before the next turn.
 void CurlHttpSession::Worker::run() {
+  bool isTurnDue = true;
   while (!isStopped()) {
     open();
     runTasks();
-    startWaiting();
-    perform();
-    sleep();
+    const bool hasTurn = startWaiting() || isTurnDue;
+    if (hasTurn) perform();
+    isTurnDue = sleep() || !hasTurn;
     closeWhenIdle();
   }
 }
@@ -201,12 +207,16 @@ void CurlHttpSession::Worker::runTasks() {
   }
 }
 
-void CurlHttpSession::Worker::startWaiting() {
+// True when there was any.
+bool CurlHttpSession::Worker::startWaiting() {
+  bool isAnyStarted = false;
   while (inFlight_.size() < kMaxInFlight) {
     std::optional<State::Call> call = takeWaiting();
-    if (!call) return;
+    if (!call) break;
+    isAnyStarted = true;
     hasMemoryFor([&] { startCall(std::move(*call)); });
   }
+  return isAnyStarted;
 }
 
 void CurlHttpSession::Worker::startCall(State::Call call) {
@@ -245,10 +255,12 @@ void CurlHttpSession::Worker::perform() {
 
 void CurlHttpSession::Worker::finishDone() {
   int left = 0;
+  std::optional<HeldWakeUps> held;
   while (!isStopped()) {
     const CURLMsg* const message = curl_multi_info_read(multi_, &left);
     if (message == nullptr) return;
     if (message->msg != CURLMSG_DONE) continue;
+    if (!held) held.emplace(state_->wakeUps);
     hasMemoryFor([&] { finishOne(message->easy_handle, message->data.result); });
   }
 }
@@ -265,11 +277,12 @@ void CurlHttpSession::Worker::finishOne(CURL* handle, CURLcode code) {
   completion(std::move(reply));
 }
 
-void CurlHttpSession::Worker::sleep() {
+// False when there is work: it has not slept.
+bool CurlHttpSession::Worker::sleep() {
   {
     const auto lock = state_->lockOrRest();
     const bool canStart = !state_->waiting.empty() && inFlight_.size() < kMaxInFlight;
-    if (state_->isStopped || !state_->tasks.empty() || canStart) return;
+    if (state_->isStopped || !state_->tasks.empty() || canStart) return false;
     state_->isAsleep = true;
   }
   // Not libcurl's own wake-up: it is missing, in silence, when there was no descriptor for it.
@@ -280,6 +293,7 @@ void CurlHttpSession::Worker::sleep() {
     curl_multi_poll(multi_, &wakeUp, 1, longestWait(), nullptr);
   }
   if (multi_ == nullptr || wakeUp.revents != 0) state_->wakeUp.reset();
+  return true;
 }
 
 int CurlHttpSession::Worker::longestWait() const {
@@ -365,8 +379,10 @@ bool CurlHttpSession::State::startThread() noexcept {
 }
 
 CurlHttpSession::CurlHttpSession(std::string caFile, std::shared_ptr<ThreadRetries> retries,
+                                 std::weak_ptr<WakeUps> wakeUps,
                                  std::chrono::milliseconds maxIdleTime)
-    : state_(std::make_shared<State>(std::move(caFile), retries, maxIdleTime)) {
+    : state_(std::make_shared<State>(std::move(caFile), retries, std::move(wakeUps),
+                                     maxIdleTime)) {
   retries->join(state_);
 }
 

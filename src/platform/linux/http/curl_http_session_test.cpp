@@ -106,7 +106,7 @@ TEST(CurlHttpSessionTest, ConnectionsThatNothingUsesAreClosedAndTheNextRequestOp
     connection.waitForEnd();
     closed.count_down();
   });
-  CurlHttpSession session({}, std::make_shared<ThreadRetries>(), milliseconds(50));
+  CurlHttpSession session({}, std::make_shared<ThreadRetries>(), {}, milliseconds(50));
   std::latch answered(kBurst);
   for (std::ptrdiff_t i = 0; i < kBurst; ++i) {
     session.send(requestFor(server.url()), [&](const HttpReply&) { answered.count_down(); });

@@ -7,10 +7,13 @@
 #include <future>
 #include <list>
 #include <mutex>
+#include <optional>
+#include <thread>
 #include <utility>
 
 #include "base/forked_child.h"
 #include "base/out_of_memory.h"
+#include "platform/linux/threads/idle_threads.h"
 #include "platform/linux/threads/library_thread.h"
 #include "platform/linux/threads/process_exit.h"
 
@@ -30,6 +33,7 @@ static_assert(WorkLane::completions == WorkLane{0} && WorkLane::files == WorkLan
 /// Shared by the queue and its threads.
 class WorkQueue::State : public ThreadSeeker,
                          public ExitParticipant,
+                         public WakeUps,
                          public std::enable_shared_from_this<State> {
  public:
   State(std::chrono::milliseconds idleTime, std::shared_ptr<ThreadRetries> retries)
@@ -41,6 +45,8 @@ class WorkQueue::State : public ThreadSeeker,
   /// threads.
   void end() noexcept;
   void seekThread() noexcept override;
+  void hold() noexcept override;
+  void release() noexcept override;
   bool drain(WorkLane lane, std::chrono::steady_clock::time_point deadline);
   void beginExit() noexcept override;
   void awaitExit(std::chrono::steady_clock::time_point deadline) noexcept override;
@@ -75,7 +81,10 @@ class WorkQueue::State : public ThreadSeeker,
   void keepFiles(std::list<Item>& dropped) noexcept;
   bool isLate() const { return isStopped_ && std::chrono::steady_clock::now() >= filesEnd_; }
   void add(WorkLane lane, Node& node, std::unique_lock<std::mutex>& lock) noexcept;
-  bool wantsThread() const;
+  bool bringThread(std::unique_lock<std::mutex>& lock) noexcept;
+  std::size_t admissible() const;
+  std::size_t freeThreads() const;
+  bool wantsThread() const { return admissible() > freeThreads(); }
   bool startThread() noexcept;
   void run(std::size_t slot);
   Lane& at(WorkLane lane) { return lanes_[static_cast<std::size_t>(lane)]; }
@@ -92,6 +101,9 @@ class WorkQueue::State : public ThreadSeeker,
   std::uint64_t nextNumber_ = 0;
   std::array<LibraryThread, kMaxThreads> threads_;
   std::array<bool, kMaxThreads> isThreadAlive_ = {};
+  IdleThreads<kMaxThreads> idle_;
+  // Whose posts wake nobody.
+  std::optional<std::thread::id> holder_;
   bool isStopped_ = false;
   // Once stopped: when the file lane begins with nothing more.
   std::chrono::steady_clock::time_point filesEnd_;
@@ -146,12 +158,33 @@ void WorkQueue::State::add(WorkLane lane, Node& node, std::unique_lock<std::mute
   node.front().number = nextNumber_++;
   auto& waiting = at(lane).waiting;
   waiting.splice(waiting.end(), node);
-  const bool isThreadWanted = wantsThread();
-  const bool isRefused = isThreadWanted && !startThread();
+  if (holder_ == std::this_thread::get_id()) return;
+  bringThread(lock) ? retries_->retry() : retries_->noteRefusal();
+}
+
+// Under the mutex, which is released. One thread at most is woken or started here: it does the same
+// for the next task before it runs its own, which may hang. So a host call starts one at most.
+// False when the system refuses.
+bool WorkQueue::State::bringThread(std::unique_lock<std::mutex>& lock) noexcept {
+  const std::size_t coming = freeThreads() - idle_.size();
+  const bool isOneWanted = admissible() > coming;
+  const std::optional<std::size_t> woken = isOneWanted ? idle_.take() : std::nullopt;
+  const bool isRefused = isOneWanted && !woken && coming == 0 && !startThread();
   lock.unlock();
   // Under the mutex the thread would wake up only to wait for it.
-  if (!isThreadWanted) changed_.notify_one();
-  isRefused ? retries_->noteRefusal() : retries_->retry();
+  if (woken) idle_.wake(*woken);
+  return !isRefused;
+}
+
+void WorkQueue::State::hold() noexcept {
+  const std::lock_guard lock(mutex_);
+  holder_ = std::this_thread::get_id();
+}
+
+void WorkQueue::State::release() noexcept {
+  std::unique_lock lock(mutex_);
+  holder_.reset();
+  bringThread(lock) ? retries_->retry() : retries_->noteRefusal();
 }
 
 void WorkQueue::State::seekThread() noexcept {
@@ -170,7 +203,7 @@ void WorkQueue::State::stop() noexcept {
     if (&lanes_[i] != &at(WorkLane::files)) dropped[i].swap(lanes_[i].waiting);
   }
   keepFiles(dropped.front());
-  changed_.notify_all();
+  while (const auto woken = idle_.take()) idle_.wake(*woken);
 }
 
 // Under the mutex. What is kept needs a thread, which also keeps the state: without one it is lost.
@@ -202,15 +235,18 @@ void WorkQueue::State::end() noexcept {
   for (LibraryThread& thread : threads_) thread.detach();
 }
 
-// Under the mutex: whether fewer threads are about to look for a task than could find one.
-bool WorkQueue::State::wantsThread() const {
-  auto free = std::count(isThreadAlive_.begin(), isThreadAlive_.end(), true);
-  std::size_t admissible = 0;
-  for (const Lane& lane : lanes_) {
-    free -= static_cast<std::ptrdiff_t>(lane.running);
-    admissible += lane.admissible();
-  }
-  return std::cmp_greater(admissible, free);
+std::size_t WorkQueue::State::admissible() const {
+  std::size_t count = 0;
+  for (const Lane& lane : lanes_) count += lane.admissible();
+  return count;
+}
+
+// Under the mutex: those that wait, or are about to look for a task.
+std::size_t WorkQueue::State::freeThreads() const {
+  auto free =
+      static_cast<std::size_t>(std::count(isThreadAlive_.begin(), isThreadAlive_.end(), true));
+  for (const Lane& lane : lanes_) free -= lane.running;
+  return free;
 }
 
 // Under the mutex. False when the system refuses; with all threads alive there is nothing to start.
@@ -234,10 +270,7 @@ void WorkQueue::State::run(std::size_t slot) {
       runNext(*lane, lock);
       continue;
     }
-    if (isStopped_) break;
-    const bool isWoken =
-        changed_.wait_for(lock, idleTime_, [&] { return isStopped_ || nextLane() != nullptr; });
-    if (!isWoken) break;
+    if (isStopped_ || !idle_.wait(slot, lock, idleTime_)) break;
   }
   isThreadAlive_[slot] = false;
   if (isLate()) late.swap(at(WorkLane::files).waiting);
@@ -288,7 +321,7 @@ void WorkQueue::State::runNext(Lane& lane, std::unique_lock<std::mutex>& lock) {
   Item item = std::move(node.front());
   if (item.prepared) item.prepared->takeBack(node);  // it may be started again
   ++lane.running;
-  lock.unlock();
+  if (!bringThread(lock)) retries_->noteRefusal();
   hasMemoryFor([&] { item.prepared ? item.prepared->run(item.owner) : item.task(); });
   item = {};  // what it holds may call back into the queue
   node.clear();
@@ -312,6 +345,8 @@ void WorkQueue::post(WorkLane lane, Task task) { state_->post(lane, std::move(ta
 std::shared_ptr<PreparedTask> WorkQueue::prepare(WorkLane lane, PreparedTask::Body body) {
   return state_->prepare(lane, std::move(body));
 }
+
+std::weak_ptr<WakeUps> WorkQueue::wakeUps() const { return state_; }
 
 bool WorkQueue::drain(WorkLane lane, std::chrono::steady_clock::time_point deadline) {
   return state_->drain(lane, deadline);

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "platform/linux/threads/thread_retries.h"
+#include "platform/linux/threads/wake_ups.h"
 #include "quorvance/platform/queues.h"
 
 namespace quorvance {
@@ -37,6 +38,8 @@ class WorkQueue : public BackgroundQueue {
 
   void post(WorkLane lane, Task task) override;
   std::shared_ptr<PreparedTask> prepare(WorkLane lane, PreparedTask::Body body) override;
+  /// For one thread at a time; without effect once the queue is gone.
+  std::weak_ptr<WakeUps> wakeUps() const;
   /// Waits until the lane has finished what was posted before, at once when there is nothing; false
   /// when `deadline` comes first. Only for a lane that runs one task at a time, and not from one of
   /// its tasks.

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <future>
 #include <memory>
 #include <numeric>
@@ -27,6 +28,9 @@ class HangingTasks {
       end.wait();
     });
     started.get_future().wait();
+  }
+  void post(WorkQueue& queue, WorkLane lane) {
+    queue.post(lane, [end = end_] { end.wait(); });
   }
 
  private:
@@ -76,6 +80,27 @@ TEST(WorkQueueTest, LanesRunOneTaskAtATimeInOrder) {
     std::vector<int> expected(kTasks);
     std::iota(expected.begin(), expected.end(), 0);
     EXPECT_EQ(order, expected);
+  }
+}
+
+// By threads that are started, then by those that have become idle.
+TEST(WorkQueueTest, WhatIsPostedInARowWakesOneThreadWhoWakesTheNext) {
+  WorkQueue queue;
+  for (int round = 0; round < 2; ++round) {
+    HangingTasks hanging;
+    std::array<std::promise<void>, 4> ran;
+    {
+      const HeldWakeUps held(queue.wakeUps());
+      hanging.post(queue, WorkLane::completions);
+      const WorkLane lanes[] = {WorkLane::files, WorkLane::facts, WorkLane::images,
+                                WorkLane::completions};
+      for (std::size_t i = 0; i < ran.size(); ++i) {
+        queue.post(lanes[i], [&task = ran[i]] { task.set_value(); });
+      }
+    }
+    for (auto& task : ran) {
+      ASSERT_EQ(task.get_future().wait_for(kThreadTestPatience), std::future_status::ready);
+    }
   }
 }
 
