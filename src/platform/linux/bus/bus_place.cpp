@@ -1,6 +1,9 @@
 #include "platform/linux/bus/bus_place.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <charconv>
 #include <cstddef>
 
 namespace quorvance {
@@ -25,6 +28,37 @@ std::string escaped(std::string_view path) {
   return text;
 }
 
+constexpr std::string_view kPathKey = "unix:path=";
+
+std::string unescaped(std::string_view value) {
+  std::string text;
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    unsigned char byte = 0;
+    const char* const end = value.data() + std::min(i + 3, value.size());
+    const bool isEscape =
+        value[i] == '%' && std::from_chars(value.data() + i + 1, end, byte, 16).ptr == end;
+    text += isEscape ? static_cast<char>(byte) : value[i];
+    if (isEscape) i += 2;
+  }
+  return text;
+}
+
+/// False when it is certain that nobody listens there.
+bool mayBeThere(std::string_view address) {
+  if (!address.starts_with(kPathKey)) return true;
+  address.remove_prefix(kPathKey.size());
+  return access(unescaped(address.substr(0, address.find(','))).c_str(), F_OK) == 0;
+}
+
+bool mayAnyBeThere(std::string_view addresses) {
+  while (!addresses.empty()) {
+    const std::size_t end = std::min(addresses.find(';'), addresses.size());
+    if (mayBeThere(addresses.substr(0, end))) return true;
+    addresses.remove_prefix(std::min(end + 1, addresses.size()));
+  }
+  return false;
+}
+
 std::string socketAt(std::string_view path) { return std::string(kUnix) + "path=" + escaped(path); }
 
 }  // namespace
@@ -38,6 +72,10 @@ std::string unixAddressesIn(std::string_view addresses) {
     addresses.remove_prefix(std::min(end + 1, addresses.size()));
   }
   return kept;
+}
+
+std::shared_ptr<const SdBus> openSdBusFor(const BusPlace& place) {
+  return mayAnyBeThere(place.address) ? openSdBus(place.libraryNames) : nullptr;
 }
 
 BusPlace systemBusOf(EnvironmentSource& environment, const RootFiles& files) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -24,6 +25,11 @@ struct BusPlace {
   std::chrono::milliseconds timeout = kBusTimeout;
   std::chrono::milliseconds pause = kBusPause;
 };
+
+/// The library that speaks to it; null when there is none, and when nobody can be spoken to: its
+/// address is empty, or its sockets are not there. On machines without buses it would take half a
+/// megabyte for nothing. Waits for the disk, so never in a host call.
+std::shared_ptr<const SdBus> openSdBusFor(const BusPlace& place);
 
 /// The bus of the machine: DBUS_SYSTEM_BUS_ADDRESS, else the usual socket under the root.
 BusPlace systemBusOf(EnvironmentSource& environment, const RootFiles& files);

@@ -13,7 +13,7 @@ class BusQuery {
  public:
   explicit BusQuery(const BusPlace& place)
       : deadline_(BusClock::now() + place.timeout),
-        bus_(place.address.empty() ? nullptr : openSdBus(place.libraryNames)),
+        bus_(openSdBusFor(place)),
         connection_(bus_ ? BusConnection::open(bus_, place.address) : nullptr) {}
 
   /// No message for an error, for no answer in time, and without a bus. Starts no service.

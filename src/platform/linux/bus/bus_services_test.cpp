@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <fstream>
 #include <string>
 
 #include "platform/linux/bus/bus_connection.h"
@@ -9,6 +10,7 @@
 #include "platform/linux/bus/modem_facts.h"
 #include "platform/linux/bus/private_bus_test_support.h"
 #include "platform/linux/bus/screen_reader.h"
+#include "platform/linux/facts/dynamic_library.h"
 #include "platform/linux/facts/linux_environment.h"
 
 namespace quorvance {
@@ -126,6 +128,20 @@ TEST(BusQueryTest, NothingIsToldWithoutALibraryOrABusAndNoServiceIsStarted) {
                              {"unix:path=/no/such/socket", kSdBusNames},
                              {"rubbish;;=", kSdBusNames}};
   for (const BusPlace& place : places) EXPECT_EQ(modemOn(place), kNothing) << place.address;
+}
+
+TEST(BusPlaceTest, NoLibraryIsLoadedForABusThatIsNotThere) {
+  const TemporaryFolder folder;
+  const std::string socket = folder.at("a bus, really");
+  const std::string address = "unix:path=" + folder.at("a%20bus%2c%20really") + ",guid=0";
+  const char* const names[] = {"libBrokenLocale.so.1"};  // any library that nobody uses
+  for (const std::string& absent : {address, address + ";unix:path=/no", std::string()}) {
+    EXPECT_EQ(openSdBusFor({absent, names}), nullptr);
+    EXPECT_FALSE(DynamicLibrary::loaded(names[0]).isOpen()) << absent;
+  }
+  std::ofstream(socket).put(' ');
+  EXPECT_EQ(openSdBusFor({"unix:path=/no;" + address, names}), nullptr);  // speaks to no bus
+  EXPECT_TRUE(DynamicLibrary::loaded(names[0]).isOpen());
 }
 
 TEST(BusPlaceTest, FollowsTheEnvironmentAndKeepsToThisMachine) {

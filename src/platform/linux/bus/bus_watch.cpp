@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/out_of_memory.h"
+#include "platform/linux/bus/bus_place.h"
 
 namespace quorvance {
 namespace {
@@ -14,7 +15,7 @@ constexpr const char* kNoReply = "org.freedesktop.DBus.Error.NoReply";
 }  // namespace
 
 bool BusWatch::begin(const BusPlace& place) {
-  if (auto bus = openSdBus(place.libraryNames)) {
+  if (auto bus = openSdBusFor(place)) {
     connection_ = BusConnection::open(std::move(bus), place.address);
   }
   if (!connection_) {
