@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <functional>
 
 #include "core/manager_world_test_support.h"
 #include "quorvance/account_check_points.h"
@@ -130,6 +131,31 @@ TEST(CheckpointTest, StepsComeInTheirOrder) {
   world.manager->arriveToCheckPoint(Launch());
   world.time->run();
   EXPECT_EQ(world.traces().back(), "arriveToCheckPoint Middle");
+}
+
+// A hundred thousand entries may wait to be sent, and a checkpoint's text is long.
+TEST(CheckpointTest, AllTraceEntriesShareOneText) {
+  ManagerWorld world;
+  world.configure(ManagerWorld::kTraceManager);
+  world.http->answer(ManagerWorld::kRiskPath, okReply("{}"));
+  const Login login(userNamed("a"));
+  const std::vector<std::function<void()>> calls = {
+      [&] { world.manager->getRiskForCheckPoint(login, nullptr); },
+      [&] { world.manager->arriveToCheckPoint(login); }};
+  for (const auto& call : calls) {
+    world.context->tracing->clear();
+    call();
+    std::vector<TraceArguments> arguments;
+    for (const auto& entry : world.context->tracing->snapshot()) {
+      const LoggingData& record = std::get<LoggingData>(entry);
+      if (record.call->methodName != "configure(userId:)") {
+        arguments.push_back(record.call->paramList);
+      }
+    }
+    ASSERT_EQ(arguments.size(), 4U);  // the operation's own, and the taking of the user in it
+    EXPECT_THAT(arguments, testing::Each(arguments[0]));
+    EXPECT_THAT(*arguments[0], ElementsAre(textOf(login.getJson())));
+  }
 }
 
 TEST(CheckpointTest, BodyFollowsTheTypeAndUpdateDetailsCarriesNoDeviceData) {

@@ -28,12 +28,10 @@ Json LoggingData::getJson() const {
   Json object = makeObject(5);
   JsonDiscarder discarder(object);
   putMember(object, "date", dateText(timestamp));
-  if (call->thread) putMember(object, "threadName", threadText(*call->thread));
-  if (call->methodName) putMember(object, "methodName", std::string(*call->methodName));
+  putMember(object, "threadName", threadText(call->thread));
+  putMember(object, "methodName", std::string(call->methodName));
   // The key says "Logging", the type "Loggin".
-  if (statusLogginType) {
-    putMember(object, "statusLoggingType", std::string(wordOf(*statusLogginType)));
-  }
+  putMember(object, "statusLoggingType", std::string(wordOf(statusLogginType)));
   Json parameters = Json::array();
   const JsonDiscarder parametersDiscarder(parameters);
   if (call->paramList) {

@@ -13,29 +13,28 @@
 namespace quorvance {
 
 /// The phase of a traced operation (spelled so, as the interface is). End is raw 1, before Middle.
-enum class StatusLogginType : std::int64_t { start = 0, end = 1, middle = 2 };
+enum class StatusLogginType : std::uint8_t { start = 0, end = 1, middle = 2 };
 
 /// The arguments of a traced operation as text, shared by the entries that tell of them: a
 /// checkpoint's text is long. Null stands for none.
 using TraceArguments = std::shared_ptr<const std::vector<std::string>>;
 
 /// One trace record. A plain value: copies share what does not change, so that a completion keeps
-/// its own and no lock is needed.
+/// its own and no lock is needed. There may be a hundred thousand of them.
 struct LoggingData {
   /// What is traced; the same for every entry of one operation.
   struct Call {
-    /// Absent when unknown.
-    std::optional<std::thread::id> thread;
+    std::thread::id thread;
     /// Of static storage.
-    std::optional<std::string_view> methodName;
+    std::string_view methodName;
     TraceArguments paramList;
   };
 
   /// Milliseconds since 1970.
   std::int64_t timestamp = 0;
-  std::optional<StatusLogginType> statusLogginType;
   /// Never null.
   std::shared_ptr<const Call> call;
+  StatusLogginType statusLogginType = StatusLogginType::start;
 
   Json getJson() const;
 };

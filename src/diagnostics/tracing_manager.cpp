@@ -31,9 +31,10 @@ std::optional<LoggingData> TracingManager::traceStart(bool enabled, std::string_
 }
 
 LoggingData TracingManager::traceStartWith(std::string_view methodName, TraceArguments arguments) {
-  LoggingData record{state_->now(), StatusLogginType::start,
+  LoggingData record{state_->now(),
                      std::make_shared<const LoggingData::Call>(LoggingData::Call{
-                         std::this_thread::get_id(), methodName, std::move(arguments)})};
+                         std::this_thread::get_id(), methodName, std::move(arguments)}),
+                     StatusLogginType::start};
   add(record);
   return record;
 }
@@ -92,12 +93,13 @@ std::size_t TracingManager::size() const {
   return dataLogging_.size();
 }
 
+std::vector<TracingManager::Entry> TracingManager::snapshot() const {
+  const std::lock_guard lock(mutex_);
+  return dataLogging_;
+}
+
 Json TracingManager::entries() const {
-  std::vector<Entry> copy;
-  {
-    const std::lock_guard lock(mutex_);
-    copy = dataLogging_;
-  }
+  const std::vector<Entry> copy = snapshot();
   Json list = Json::array();
   JsonDiscarder discarder(list);
   list.get_ref<Json::array_t&>().reserve(copy.size());

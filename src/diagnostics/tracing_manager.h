@@ -51,6 +51,8 @@ class TracingManager {
   void clear();
   bool isEmpty() const;
   std::size_t size() const;
+  /// All entries, in order.
+  std::vector<Entry> snapshot() const;
   /// A JSON array of all entries, in order. Not for a thread of the host's: errors get the system's
   /// version, which may have to be read.
   Json entries() const;
