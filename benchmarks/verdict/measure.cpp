@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <fstream>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace quorvance {
@@ -24,6 +25,19 @@ constexpr unsigned kLongestWorkloadSeconds = 60;
   const bool isWritten = write(output, figures.data(), bytes) == static_cast<ssize_t>(bytes);
   // Destructors and exit handlers are no part of a workload.
   _exit(isWritten ? 0 : 1);
+}
+
+// Of all pages whose kind begins so.
+double megabytesOf(std::string_view kind) {
+  std::ifstream file("/proc/self/smaps_rollup");
+  double kilobytes = 0;
+  for (std::string word; file >> word;) {
+    if (!word.starts_with(kind)) continue;
+    double pages = 0;
+    file >> pages;
+    kilobytes += pages;
+  }
+  return kilobytes / 1024;
 }
 
 }  // namespace
@@ -74,17 +88,9 @@ Figures inChild(int processors, const std::function<Figures()>& workload) {
   return {};
 }
 
-double privateMegabytes() {
-  std::ifstream file("/proc/self/smaps_rollup");
-  double kilobytes = 0;
-  for (std::string word; file >> word;) {
-    if (!word.starts_with("Private_")) continue;
-    double pages = 0;
-    file >> pages;
-    kilobytes += pages;
-  }
-  return kilobytes / 1024;
-}
+double privateMegabytes() { return megabytesOf("Private_"); }
+
+double privateCleanMegabytes() { return megabytesOf("Private_Clean"); }
 
 double nowMicroseconds() {
   using std::chrono::steady_clock;

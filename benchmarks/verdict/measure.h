@@ -26,6 +26,8 @@ void runOn(int processors);
 
 /// Of this process: pages that no other one shares.
 double privateMegabytes();
+/// Of those, what has not been written to: code of libraries that only this process has loaded.
+double privateCleanMegabytes();
 
 /// Microseconds since an arbitrary moment.
 double nowMicroseconds();
