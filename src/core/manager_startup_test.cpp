@@ -36,7 +36,9 @@ TEST(StartupTest, EmptyUrlIsRefusedAndChangesNothing) {
 TEST(StartupTest, SetupStoresFetchesAndLeavesTheRestToTheHost) {
   ManagerWorld world;
   world.put({"activity1.json", "communicationError1.json", "crash1.json"});
+  const int asked = world.identity->asked;
   EXPECT_TRUE(world.setup());
+  EXPECT_EQ(world.identity->asked, asked);  // it may have to be read from the disk
   world.time->run();
   EXPECT_EQ(world.store->read("serverUrl").text, "http://risk.test/");
   EXPECT_EQ(world.store->read("user_id").text, "u1");

@@ -55,7 +55,8 @@ void RetriedExchange::ask(const std::shared_ptr<const void>& owner) const noexce
 void RetriedExchange::begin(const std::shared_ptr<Attempt>& attempt) const {
   const OperationTrace trace(*context_->tracing, rules_.traceName);
   rules_.whenReady(withinMemory(
-      [this, attempt, kept = trace.continuation(), call = client_->prepare(rules_.service)] {
+      [this, attempt, kept = trace.continuation(), draft = client_->draft(rules_.service)] {
+        const PreparedCall call = client_->prepare(draft);
         const auto take = [this, attempt, kept,
                            session = call.session](const ResponceObject& response) mutable {
           const bool isTaken = rules_.take({response, session, kept});

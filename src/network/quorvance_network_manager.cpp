@@ -25,9 +25,28 @@ PreparedCall QuorvanceNetworkManager::prepareFor(Caller caller, Service service)
   return prepare(std::move(caller), service, std::nullopt, std::nullopt);
 }
 
+CallDraft QuorvanceNetworkManager::draft(Service service) {
+  return {callOf({identity_.current(), Session()}, service, std::nullopt, std::nullopt),
+          state_->markSession()};
+}
+
+PreparedCall QuorvanceNetworkManager::prepare(CallDraft draft) const {
+  draft.call.keys.appUUID = state_->vendorIdentifier();
+  draft.call.session = state_->sessionOf(draft.session);
+  return std::move(draft.call);
+}
+
 PreparedCall QuorvanceNetworkManager::prepare(Caller caller, Service service,
                                               std::optional<CheckPointType> checkPoint,
                                               std::optional<std::string> requestId) const {
+  PreparedCall call = callOf(std::move(caller), service, checkPoint, std::move(requestId));
+  call.keys.appUUID = state_->vendorIdentifier();
+  return call;
+}
+
+PreparedCall QuorvanceNetworkManager::callOf(Caller caller, Service service,
+                                             std::optional<CheckPointType> checkPoint,
+                                             std::optional<std::string> requestId) {
   PreparedCall call;
   call.service = service;
   call.url = std::move(caller.identity.serverUrl.append(rowOf(service).path));
@@ -36,7 +55,6 @@ PreparedCall QuorvanceNetworkManager::prepare(Caller caller, Service service,
   call.keys.userId = percentEncodeForQuery(caller.identity.userId);
   call.keys.deviceId = std::move(caller.identity.deviceId);
   call.keys.requestId = call.requestId;
-  call.keys.appUUID = state_->vendorIdentifier();
   if (std::string version = SystemTexts::sdkVersion(); !version.empty()) {
     call.keys.version = std::move(version);
   }

@@ -27,6 +27,12 @@ struct PreparedCall {
   Session session;
 };
 
+/// A call that waits for its body, and for what may have to be read from the disk.
+struct CallDraft {
+  PreparedCall call;
+  SessionMark session;
+};
+
 /// The client of the service paths. Joins URL and path by plain concatenation (the URL must end in
 /// "/"), adds "keys" and "session" to every body and gives every call a fresh request identifier.
 /// Any thread.
@@ -46,7 +52,11 @@ class QuorvanceNetworkManager {
   /// one.
   PreparedCall prepare(Service service, std::optional<CheckPointType> checkPoint = std::nullopt,
                        std::optional<std::string> requestId = std::nullopt);
-  /// As above, under those of an earlier moment.
+  /// As above, for a call that is prepared later: reads nothing but the stored state.
+  CallDraft draft(Service service);
+  /// On a thread that may read the disk.
+  PreparedCall prepare(CallDraft draft) const;
+  /// As prepare(), under those of an earlier moment.
   PreparedCall prepareFor(Caller caller, Service service) const;
 
   /// Sends the body, an object, under the call's identity; what it holds under "keys" and "session"
@@ -60,6 +70,9 @@ class QuorvanceNetworkManager {
  private:
   PreparedCall prepare(Caller caller, Service service, std::optional<CheckPointType> checkPoint,
                        std::optional<std::string> requestId) const;
+  static PreparedCall callOf(Caller caller, Service service,
+                             std::optional<CheckPointType> checkPoint,
+                             std::optional<std::string> requestId);
 
   const std::shared_ptr<InnerQuorvanceData> state_;
   const std::shared_ptr<NetworkCallMaker> callMaker_;

@@ -75,6 +75,7 @@ void InnerQuorvanceData::writePersistent(StoredKey key, const StoredValue& value
 // Two threads that read first must get one value, so the test and the store share the lock; the
 // default is computed before it, since it asks the platform.
 StoredValue InnerQuorvanceData::readMemory(StoredKey key) {
+  identifyBegunSession();
   {
     const std::lock_guard lock(mutex_);
     const auto found = dictData_.find(rowOf(key).name);
@@ -109,14 +110,73 @@ StoredValue InnerQuorvanceData::defaultValue(StoredKey key) {
   return std::monostate();
 }
 
-// Two sessions of one millisecond must differ: the number never repeats and never goes back.
 std::string InnerQuorvanceData::newSessionId() {
-  const std::optional<std::string> vendor = vendorIdentifier();
-  const std::string owner = vendor ? *vendor : randomUuid();
   const std::int64_t time = now();
-  const std::lock_guard lock(mutex_);
+  std::int64_t number = 0;
+  {
+    const std::lock_guard lock(mutex_);
+    number = nextSessionNumber(time);
+  }
+  return sessionIdWith(number);
+}
+
+// Under the mutex. Two sessions of one millisecond must differ: the number never repeats and never
+// goes back.
+std::int64_t InnerQuorvanceData::nextSessionNumber(std::int64_t time) {
   lastSessionNumber_ = lastSessionNumber_ ? std::max(time, *lastSessionNumber_ + 1) : time;
-  return owner + "-" + std::to_string(*lastSessionNumber_);
+  return *lastSessionNumber_;
+}
+
+std::string InnerQuorvanceData::sessionIdWith(std::int64_t number) const {
+  const std::optional<std::string> vendor = vendorIdentifier();
+  return (vendor ? *vendor : randomUuid()) + "-" + std::to_string(number);
+}
+
+SessionMark InnerQuorvanceData::markSession() {
+  if (std::optional<Session> session = knownSession()) return {std::move(*session), nullptr};
+  const std::int64_t numbered = now();
+  const std::int64_t time = now();
+  {
+    const std::lock_guard lock(mutex_);
+    if (dictData_.empty()) {
+      if (!begunSession_) {
+        auto begun = std::make_shared<BegunSession>(BegunSession{0, time});
+        begun->number = nextSessionNumber(numbered);
+        begunSession_ = std::move(begun);
+      }
+      return {Session(), begunSession_};
+    }
+  }
+  return {currentSession(), nullptr};
+}
+
+Session InnerQuorvanceData::sessionOf(const SessionMark& mark) {
+  if (!mark.begun) return mark.known;
+  BegunSession& begun = *mark.begun;
+  {
+    const std::lock_guard lock(mutex_);
+    if (begun.id) return {*begun.id, begun.time};
+  }
+  std::string id = sessionIdWith(begun.number);
+  const std::lock_guard lock(mutex_);
+  if (!begun.id) begun.id = std::move(id);
+  if (begunSession_ == mark.begun) {
+    auto changed = dictData_;
+    changed.emplace(rowOf(StoredKey::sessionId).name, *begun.id);
+    changed.emplace(rowOf(StoredKey::sessionTime).name, begun.time);
+    dictData_.swap(changed);
+    begunSession_ = nullptr;
+  }
+  return {*begun.id, begun.time};
+}
+
+void InnerQuorvanceData::identifyBegunSession() {
+  SessionMark mark;
+  {
+    const std::lock_guard lock(mutex_);
+    mark.begun = begunSession_;
+  }
+  if (mark.begun) sessionOf(mark);
 }
 
 void InnerQuorvanceData::write(StoredKey key, const StoredValue& value) {
@@ -126,6 +186,7 @@ void InnerQuorvanceData::write(StoredKey key, const StoredValue& value) {
     const std::lock_guard lock(persistentMutex_);
     writePersistent(key, value);
   } else {
+    identifyBegunSession();
     const std::lock_guard lock(mutex_);
     dictData_.insert_or_assign(std::string(row.name), value);
   }
@@ -141,6 +202,7 @@ void InnerQuorvanceData::startNewSession() {
   changed.insert_or_assign(std::string(rowOf(StoredKey::sessionId).name), std::move(id));
   changed.insert_or_assign(std::string(rowOf(StoredKey::sessionTime).name), std::move(time));
   dictData_.swap(changed);
+  begunSession_ = nullptr;
 }
 
 Session InnerQuorvanceData::currentSession() {

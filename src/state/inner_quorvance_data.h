@@ -28,6 +28,19 @@ struct OtherStoredValue {
 /// monostate = absent.
 using StoredValue = std::variant<std::monostate, std::string, std::int64_t, OtherStoredValue>;
 
+/// A session whose identifier is still to be made; guarded by the state.
+struct BegunSession {
+  std::int64_t number = 0;
+  std::int64_t time = 0;
+  std::optional<std::string> id{};
+};
+
+/// A session as it was at one moment: known, or begun.
+struct SessionMark {
+  Session known{};
+  std::shared_ptr<BegunSession> begun = nullptr;
+};
+
 /// The state behind the library: stored identifiers, the running session, the configuration in
 /// force. Any thread; a write is finished when it returns, so that a read after it sees it.
 class InnerQuorvanceData {
@@ -49,6 +62,12 @@ class InnerQuorvanceData {
   void startNewSession();
   Session currentSession();
 
+  /// The session of now, for who needs its identifier later: it begins with the vendor's, which may
+  /// have to be read first. A session that nobody has read yet begins here.
+  SessionMark markSession();
+  /// The same for every mark of one session, also once it has been replaced.
+  Session sessionOf(const SessionMark& mark);
+
   std::shared_ptr<const SdkConfig> sdkConfig() const;
   void replaceSdkConfig(SdkConfig config);
   const TraceLevels& traceLevels() const { return traceLevels_; }
@@ -63,7 +82,10 @@ class InnerQuorvanceData {
   void writePersistent(StoredKey key, const StoredValue& value);
   StoredValue readMemory(StoredKey key);
   std::optional<Session> knownSession();
+  void identifyBegunSession();
   std::string newSessionId();
+  std::int64_t nextSessionNumber(std::int64_t time);
+  std::string sessionIdWith(std::int64_t number) const;
 
   const std::shared_ptr<WallClock> clock_;
   const std::shared_ptr<KeyValueStore> defaults_;
@@ -72,9 +94,11 @@ class InnerQuorvanceData {
   // Makes one step of a first read and of the default that it stores: a write between them must
   // win.
   std::mutex persistentMutex_;
-  // Guards dictData_ and lastSessionNumber_.
+  // Guards dictData_, the begun session and lastSessionNumber_.
   std::mutex mutex_;
   std::map<std::string, StoredValue, std::less<>> dictData_;
+  // Stands for both entries of a session that has no identifier yet.
+  std::shared_ptr<BegunSession> begunSession_;
   std::optional<std::int64_t> lastSessionNumber_;
 
   mutable std::mutex configMutex_;

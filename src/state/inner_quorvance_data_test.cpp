@@ -116,6 +116,28 @@ TEST(StateTest, SessionsHaveIdentifiersWithoutAVendorToo) {
   }
 }
 
+// Without a vendor each identifier that is made is another one.
+TEST(StateTest, AMarkedSessionIsIdentifiedOnceByWhomeverComesFirst) {
+  StateWorld world;
+  world.identity->vendor.reset();
+  const SessionMark first = world.state.markSession();
+  world.time->advance(std::chrono::milliseconds(5));
+  const SessionMark second = world.state.markSession();
+  world.state.startNewSession();
+  const Session session = world.state.sessionOf(second);
+  EXPECT_EQ(world.state.sessionOf(first).idSession, session.idSession);
+  EXPECT_TRUE(session.idSession.ends_with("-1700000000000"));
+  EXPECT_EQ(session.timeSession, 1'700'000'000'000);
+  EXPECT_TRUE(world.state.currentSession().idSession.ends_with("-1700000000005"));
+
+  StateWorld other;
+  other.identity->vendor.reset();
+  const SessionMark mark = other.state.markSession();
+  const Session current = other.state.currentSession();
+  EXPECT_EQ(other.state.sessionOf(mark).idSession, current.idSession);
+  EXPECT_EQ(other.state.sessionOf(other.state.markSession()).idSession, current.idSession);
+}
+
 TEST(StateConcurrencyTest, FirstReadsOfEightThreadsYieldOneValue) {
   for (int round = 0; round < 50; ++round) {
     StateWorld world;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -24,8 +25,13 @@ class FakeIdentity : public IdentitySource {
  public:
   std::optional<std::string> vendor = "0F1E2D3C-4B5A-4978-8796-A5B4C3D2E1F0";
   std::optional<std::string> advertising;
+  /// How often the vendor's was asked for.
+  std::atomic<int> asked = 0;
 
-  std::optional<std::string> vendorIdentifier() override { return vendor; }
+  std::optional<std::string> vendorIdentifier() override {
+    ++asked;
+    return vendor;
+  }
   std::optional<std::string> advertisingIdentifier() override { return advertising; }
 };
 
