@@ -100,7 +100,9 @@ std::string demoUsage() {
          "exit status:\n"
          "  0  the journey was played, every verdict was as expected, no call was refused\n"
          "  1  a verdict was not as expected, a call was refused or lost, or the server is dead\n"
-         "  2  the command line or the journey is wrong; nothing was started or sent\n";
+         "  2  the command line or the journey is wrong, or the data folder cannot be used; "
+         "nothing\n"
+         "     was started or sent\n";
 }
 
 std::optional<DemoOptions> parseDemoArguments(const std::vector<std::string>& arguments) {

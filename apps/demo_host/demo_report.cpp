@@ -1,9 +1,7 @@
 #include "apps/demo_host/demo_report.h"
 
 #include <spawn.h>
-#include <stdlib.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <string>
@@ -18,18 +16,7 @@ namespace demo_host {
 
 ReportLog::ReportLog(const DemoOptions& options) : file_(options.logFile) {
   if (file_ || !options.report) return;
-  std::error_code error;
-  std::string name = std::filesystem::temp_directory_path(error) / "quorvance-calls-XXXXXX";
-  const int descriptor = error ? -1 : mkstemp(name.data());
-  if (descriptor < 0) throw RunError("no temporary file for the report's log");
-  close(descriptor);
-  file_ = name;
-  isOwn_ = true;
-}
-
-ReportLog::~ReportLog() {
-  std::error_code ignored;  // what is left lies among other temporary files
-  if (isOwn_) std::filesystem::remove(*file_, ignored);
+  file_ = own_.emplace(TemporaryPath::Kind::file, "quorvance-calls-XXXXXX").path();
 }
 
 void writeReport(const DemoOptions& options, const std::filesystem::path& log) {

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "apps/demo_host/demo_arguments.h"
+#include "apps/demo_host/temporary_path.h"
 
 namespace demo_host {
 
@@ -13,16 +14,13 @@ class ReportLog {
  public:
   // Throws RunError when there can be no temporary file.
   explicit ReportLog(const DemoOptions& options);
-  ~ReportLog();
-  ReportLog(const ReportLog&) = delete;
-  ReportLog& operator=(const ReportLog&) = delete;
 
   // Absent when neither log nor report is wanted.
   const std::optional<std::filesystem::path>& file() const { return file_; }
 
  private:
+  std::optional<TemporaryPath> own_;
   std::optional<std::filesystem::path> file_;
-  bool isOwn_ = false;
 };
 
 // Has the risk server's program make the report of the log. Throws RunError when it fails.

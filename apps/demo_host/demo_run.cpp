@@ -152,6 +152,7 @@ JourneyResult playJourney(const DemoOptions& options, const Journey& journey, co
 
 int runParsed(const DemoOptions& options, std::ostream& out, std::ostream& error) {
   const Journey journey = loadJourney(options.journey);
+  if (options.dataFolder) checkStateFolder(*options.dataFolder);
   JourneyPrinter printer(out);
   const ReportLog log(options);
   const JourneyResult result = playJourney(options, journey, log, printer, error);

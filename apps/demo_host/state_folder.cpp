@@ -1,7 +1,9 @@
 #include "apps/demo_host/state_folder.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
-#include <cstdlib>
 #include <future>
 #include <string>
 #include <system_error>
@@ -11,26 +13,32 @@
 
 namespace demo_host {
 
+void checkStateFolder(const std::filesystem::path& folder) {
+  namespace fs = std::filesystem;
+  const auto fail = [&](const std::string& reason) {
+    throw InputError("--data-folder: " + folder.string() + ": " + reason);
+  };
+  std::error_code error;
+  const bool isNew = fs::create_directories(folder, error);
+  if (error) fail(error.message());
+  if (isNew) fs::permissions(folder, fs::perms::owner_all, error);
+  struct stat status = {};
+  if (stat(folder.c_str(), &status) != 0) fail(std::generic_category().message(errno));
+  if (status.st_uid != geteuid()) fail("it belongs to another user");
+  if (access(folder.c_str(), R_OK | W_OK | X_OK) != 0) fail(std::generic_category().message(errno));
+}
+
 StateFolder::StateFolder(const std::optional<std::filesystem::path>& given) {
   std::error_code error;
   if (given) {
     path_ = std::filesystem::absolute(*given, error);
   } else {
-    std::string name = (std::filesystem::temp_directory_path(error) / "quorvance-demo-XXXXXX");
-    if (!error && mkdtemp(name.data()) == nullptr) {
-      error = std::error_code(errno, std::generic_category());
-    }
-    path_ = name;
-    isOwn_ = true;
+    path_ = own_.emplace(TemporaryPath::Kind::folder, "quorvance-demo-XXXXXX").path();
   }
   if (error) throw RunError("no folder for the library's state: " + error.message());
 }
 
-StateFolder::~StateFolder() {
-  waitForWrites();
-  std::error_code ignored;  // what is left lies among other temporary files
-  if (isOwn_) std::filesystem::remove_all(path_, ignored);
-}
+StateFolder::~StateFolder() { waitForWrites(); }
 
 void StateFolder::isWrittenBy(std::shared_ptr<quorvance::BackgroundQueue> queue) {
   queue_ = std::move(queue);

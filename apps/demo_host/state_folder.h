@@ -6,12 +6,17 @@
 #include <memory>
 #include <optional>
 
+#include "apps/demo_host/temporary_path.h"
 #include "quorvance/platform/queues.h"
 
 namespace demo_host {
 
 // How long the library's last writes are waited for.
 inline constexpr std::chrono::seconds kLastWritesTime{2};
+
+// Throws InputError, which says why, when the library could not keep anything there. Makes the
+// folder where it is missing.
+void checkStateFolder(const std::filesystem::path& folder);
 
 // The given folder, or one of its own that is removed with it.
 class StateFolder {
@@ -30,8 +35,8 @@ class StateFolder {
  private:
   void waitForWrites() const;
 
+  std::optional<TemporaryPath> own_;
   std::filesystem::path path_;
-  bool isOwn_ = false;
   std::shared_ptr<quorvance::BackgroundQueue> queue_;
 };
 

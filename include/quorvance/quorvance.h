@@ -13,6 +13,7 @@
 #include "quorvance/currency_code.h"
 #include "quorvance/inspection.h"
 #include "quorvance/json.h"
+#include "quorvance/log.h"
 #include "quorvance/mobile_permission.h"
 #include "quorvance/payment.h"
 #include "quorvance/platform/gesture.h"

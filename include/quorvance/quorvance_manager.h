@@ -37,6 +37,9 @@ namespace quorvance {
 using RiskCompletion =
     std::function<void(Risk risk, std::string signedRisk, std::string requestID)>;
 
+/// Whether nothing is left of what was to be erased. Runs on a background thread of the library.
+using ErasureCompletion = std::function<void(bool isAllGone)>;
+
 /// The one object through which a host drives the library.
 ///
 /// Set it up once with the server's URL and the user; from then on the configuration is fetched,
@@ -73,6 +76,16 @@ class QuorvanceManager {
   /// A plain switch, cleared by every payload; nothing acts on it. One per process.
   static bool sessionDataCollect();
   static void setSessionDataCollect(bool on);
+  /// The host's consent, for the process; on unless it says otherwise, and not kept: a host sets it
+  /// at each start before it sets up anything. While off, nothing is gathered (no fact, touch or
+  /// motion, no bus and no network is watched), stored or sent. A verdict comes at once, with an
+  /// empty request identifier; checkpoints, outcomes, screens, permissions and crashes are dropped;
+  /// what the host configures stays in memory, as does who signs in. Calls that are on their way
+  /// when it is switched off end as ever, and begin no others; a watch that runs ends with its next
+  /// event. Switched on again, what setup and the identifier still need is asked for within 10 s;
+  /// screens that were begun meanwhile stay idle. inspectDevice() answers the host alone, always.
+  static bool isCollectionEnabled();
+  static void setCollectionEnabled(bool on);
   /// Prints the value in debug mode.
   static void log(const std::optional<std::string>& value);
   /// Records the error in the trace log of the process's context; in debug mode prints it too. What
@@ -118,6 +131,16 @@ class QuorvanceManager {
   void sendingTracingData();
   /// Ends the user's session: the stored user becomes "UNKNOWN" and a new session begins.
   void logout();
+
+  /// Erases what the library has stored for this application, and forgets it: user, identifiers,
+  /// session, permissions asked for, pending data, traces, screens under way. What remains is the
+  /// server's URL and configuration of this run. Memory forgets at once; the disk follows in the
+  /// background, the completion, which may be empty, after it (dropped without memory). From then
+  /// on all is as after a fresh installation: ask for an identifier again, and with collection on
+  /// what happens next is stored again. Switch it off first to leave the data folder empty. Another
+  /// process that shares the folder has a memory of its own, and must erase too. What is on its way
+  /// to the server arrives.
+  void eraseStoredData(ErasureCompletion completion = nullptr);
 
   /// Reports the checkpoint and asks for a verdict. The completion runs exactly once, also when no
   /// answer comes (level "undefined", signature "-1").

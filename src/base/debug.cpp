@@ -18,10 +18,10 @@ void setIsInDebugMode(bool on) noexcept { debugMode.store(on, std::memory_order_
 
 void setDebugSink(DebugSink sink) noexcept { debugSink.store(sink); }
 
-void debugPrint(std::string_view line) noexcept {
+void debugPrint(std::string_view line, LogLevel level) noexcept {
   if (!isInDebugMode()) return;
   const DebugSink sink = debugSink.load();
-  sink != nullptr ? sink(line) : DebugOutput::ofProcess().add(line);
+  sink != nullptr ? sink(line) : DebugOutput::ofProcess().add(line, level);
 }
 
 bool flushDebugOutput(std::chrono::steady_clock::time_point deadline) noexcept {

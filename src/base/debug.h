@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <string_view>
 
+#include "quorvance/log.h"
+
 namespace quorvance {
 
 /// The process-wide debug switch; any thread.
@@ -14,12 +16,17 @@ void setIsInDebugMode(bool on) noexcept;
 /// several threads at once.
 using DebugSink = void (*)(std::string_view line);
 
-/// Where debug lines go: the console until a sink is set; null restores that.
+/// Where debug lines go: the console, or the host's sink, until a sink is set here; null restores
+/// that.
 void setDebugSink(DebugSink sink) noexcept;
 
 /// Prints the line in debug mode, otherwise does nothing. Callers whose line is dear to build ask
 /// isInDebugMode() first. Never waits for the console, and throws nothing.
-void debugPrint(std::string_view line) noexcept;
+void debugPrint(std::string_view line, LogLevel level = LogLevel::debug) noexcept;
+
+/// A line for the host, whatever the mode: its sink gets it always, the console in debug mode
+/// alone. Never waits, and throws nothing.
+void logMessage(LogLevel level, std::string_view line) noexcept;
 
 /// Lines that wait for a console that nobody reads: at most so many, and of so many bytes (one of
 /// the longest reply fits). What comes on top is dropped, counted, and told of in its place once

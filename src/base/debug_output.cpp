@@ -15,10 +15,25 @@ namespace {
 
 constexpr std::chrono::seconds kWriterIdleTime{1};
 
-void writeDropped(std::size_t count) noexcept {
+// What the host's sink makes the library print would come back to it for ever.
+thread_local bool isInSink = false;
+
+/// `text` ends in its line end.
+void writeLine(const LogSink* sink, LogLevel level, std::string_view text) noexcept {
+  if (sink == nullptr) return writeToConsole(text);
+  text.remove_suffix(1);
+  isInSink = true;
+  try {
+    (*sink)(level, text);
+  } catch (...) {  // NOLINT(bugprone-empty-catch): a line is not worth the process
+  }
+  isInSink = false;
+}
+
+void writeDropped(const LogSink* sink, std::size_t count) noexcept {
   std::array<char, 64> text = {};
   const int length = std::snprintf(text.data(), text.size(), "... %zu lines dropped\n", count);
-  writeToConsole({text.data(), static_cast<std::size_t>(length)});
+  writeLine(sink, LogLevel::warning, {text.data(), static_cast<std::size_t>(length)});
 }
 
 }  // namespace
@@ -30,12 +45,24 @@ DebugOutput& DebugOutput::ofProcess() {
   return *output;
 }
 
-void DebugOutput::add(std::string_view line) noexcept {
+void DebugOutput::setSink(std::shared_ptr<const LogSink> sink) noexcept {
+  const std::lock_guard lock(mutex_);
+  sink_.swap(sink);  // the former one goes after the lock
+}
+
+bool DebugOutput::hasSink() noexcept {
+  const std::lock_guard lock(mutex_);
+  return sink_ != nullptr;
+}
+
+void DebugOutput::add(std::string_view line, LogLevel level) noexcept {
+  if (isInSink) return;
   std::list<Line> taken;
   const bool hasMemory = hasMemoryFor([&] {
     taken.emplace_back();
     taken.front().text.reserve(line.size() + 1);
     taken.front().text.append(line).push_back('\n');
+    taken.front().level = level;
   });
   const std::lock_guard lock(mutex_);
   if (hasMemory && hasRoomFor(taken.front())) {
@@ -86,10 +113,12 @@ bool DebugOutput::writeNext(std::unique_lock<std::mutex>& lock) noexcept {
     if (dropped == 0) return false;
   }
   isWriting_ = true;
+  std::shared_ptr<const LogSink> sink = sink_;
   lock.unlock();
-  if (dropped > 0) writeDropped(dropped);
-  if (!line.empty()) writeToConsole(line.front().text);
+  if (dropped > 0) writeDropped(sink.get(), dropped);
+  if (!line.empty()) writeLine(sink.get(), line.front().level, line.front().text);
   line.clear();
+  sink.reset();  // not under the lock: it may be the last to hold it
   lock.lock();
   isWriting_ = false;
   changed_.notify_all();

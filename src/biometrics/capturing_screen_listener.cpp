@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/collection.h"
 #include "base/debug.h"
 #include "base/fatal.h"
 #include "base/forked_child.h"
@@ -78,6 +79,7 @@ void CapturingScreenListener::handleTouches(const QuorvanceGestureRecognizer& re
 
 // The bound is checked here alone; what comes of the sensors meanwhile is kept.
 void CapturingScreenListener::takeTouches(const QuorvanceGestureRecognizer& recognizer) {
+  if (!isCollectionEnabled()) return capture_->stopSensors();
   const ScreenRecording::Counts counts = recording().counts();
   if (isInDebugMode()) {
     debugPrint("data sensors and touchs " + std::to_string(counts.touchLines) + "   " +

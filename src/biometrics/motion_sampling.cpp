@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "base/collection.h"
 #include "base/debug.h"
 #include "base/forked_child.h"
 #include "base/out_of_memory.h"
@@ -34,7 +35,7 @@ MotionSampling::~MotionSampling() {
 }
 
 void MotionSampling::start() {
-  if (!manager_) return;
+  if (!manager_ || !isCollectionEnabled()) return;
   auto latest = std::make_shared<LatestMotion>();
   auto queue = source_->currentQueue();
   if (queue) carryOut({std::move(queue), std::move(latest)});
@@ -74,7 +75,7 @@ void MotionSampling::startAll(const Order& order) {
 void MotionSampling::startOne(MotionSensor sensor, SensorType type, const Order& order) {
   if (!manager_->isAvailable(sensor)) return;
   manager_->setUpdateInterval(sensor, kUpdateInterval);
-  manager_->startUpdates(sensor, order.queue, handlerFor(type, order.latest));
+  manager_->startUpdates(sensor, order.queue, handlerFor(sensor, type, order.latest));
 }
 
 void MotionSampling::stopAll() {
@@ -85,10 +86,15 @@ void MotionSampling::stopAll() {
   }
 }
 
-MotionHandler MotionSampling::handlerFor(SensorType type,
+// A sensor that still runs when the host switches collection off is stopped by its own sample.
+MotionHandler MotionSampling::handlerFor(MotionSensor sensor, SensorType type,
                                          std::shared_ptr<LatestMotion> latest) const {
-  return [weak = std::weak_ptr(recording_), state = state_, latest = std::move(latest),
-          type](const std::optional<MotionSample>& sample) {
+  return [weak = std::weak_ptr(recording_), sensors = std::weak_ptr(manager_), state = state_,
+          latest = std::move(latest), sensor, type](const std::optional<MotionSample>& sample) {
+    if (!isCollectionEnabled()) {
+      if (const auto running = sensors.lock()) running->stopUpdates(sensor);
+      return;
+    }
     const auto recording = weak.lock();
     if (!recording || !isReading(sample)) return;
     const SensorEvent event =

@@ -17,7 +17,8 @@ namespace quorvance {
 /// Any thread. The sensors' owner may be the host's own code, so nothing is locked while it is
 /// called. A start and a stop that meet still never mix: whoever comes second leaves its order to
 /// the thread that is at it. Handlers hold the recording weakly and nothing else of the listener:
-/// a sample that arrives late does nothing, and never is the last to hold the sensors.
+/// a sample that arrives late does nothing. While collection is off nothing is started, and what
+/// runs ends with its next sample.
 class MotionSampling {
  public:
   /// Without a source nothing is ever sampled.
@@ -46,7 +47,8 @@ class MotionSampling {
   void startAll(const Order& order);
   void startOne(MotionSensor sensor, SensorType type, const Order& order);
   void stopAll();
-  MotionHandler handlerFor(SensorType type, std::shared_ptr<LatestMotion> latest) const;
+  MotionHandler handlerFor(MotionSensor sensor, SensorType type,
+                           std::shared_ptr<LatestMotion> latest) const;
 
   const std::shared_ptr<MotionSource> source_;
   const std::shared_ptr<MotionManager> manager_;

@@ -72,6 +72,7 @@ ScreenCapture::ScreenCapture(std::shared_ptr<const ScreenServices> services,
       sessionId_(services_->state->now()),
       uptime_(services_->state->now()),
       sessionIdStart_(services_->state->readText(StoredKey::sessionId)),
+      erasures_(services_->state->erasures()),
       sampling_(services_->motion, services_->state, recording_) {}
 
 ScreenCapture::ScreenCapture(std::shared_ptr<const ScreenServices> services)
@@ -105,6 +106,8 @@ void ScreenCapture::finishScreenListener() {
 void ScreenCapture::finish() {
   hasMemoryFor([&] { sendScreenEvent("END"); });
   hasMemoryFor([&] { pauseListenToSensors(); });
+  // Of a user whose data has been erased since nothing is kept and nothing sent.
+  if (services_->state->erasures() != erasures_) return;
   const std::int64_t end = services_->state->now();
   const auto activityMap = services_->state->sdkConfig()->activityMap;
   if (!activityMap) fatalError("the configuration does not say whether activities are recorded");

@@ -69,6 +69,7 @@ class ScreenCapture : public std::enable_shared_from_this<ScreenCapture> {
   const std::int64_t sessionId_ = 0;
   const std::int64_t uptime_ = 0;
   const std::optional<std::string> sessionIdStart_;
+  const std::uint64_t erasures_ = 0;
   const std::shared_ptr<ScreenRecording> recording_ = std::make_shared<ScreenRecording>();
   MotionSampling sampling_;
 };

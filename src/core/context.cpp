@@ -44,12 +44,14 @@ Context::Context(Platform usedPlatform)
       reportStore(std::make_shared<ReportStore>(platform.documents, exceptions)),
       reports(std::make_shared<ReportKeeper>(reportStore, platform.backgroundQueue, texts)),
       crashEye(std::make_shared<CrashEye>(platform.crashTrap, texts, platform.documents)),
+      redaction(platform.beforeSend ? std::make_shared<Redaction>(platform.beforeSend) : nullptr),
       deviceData(std::make_shared<DeviceDataManager>(platform, state, texts, system)),
       screens(std::make_shared<ScreenListenerMaker>(screenServices())),
       uploader(std::make_shared<ReportUploader>(reportStore, platform.backgroundQueue)) {}
 
 CallServices Context::callServices() const {
-  return {platform.http, platform.backgroundQueue, state, texts, tracing, exceptions, reports};
+  return {platform.http, platform.backgroundQueue, state, texts, tracing, exceptions, reports,
+          redaction};
 }
 
 ScreenServices Context::screenServices() const {
@@ -72,6 +74,12 @@ std::shared_ptr<Context> processContext() {
         process.chosenPlatform ? std::move(*process.chosenPlatform) : makeDefaultPlatform());
     process.chosenPlatform.reset();
   }
+  return process.context;
+}
+
+std::shared_ptr<Context> existingProcessContext() {
+  ProcessState& process = processState();
+  const std::lock_guard lock(process.mutex);
   return process.context;
 }
 

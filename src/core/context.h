@@ -39,6 +39,8 @@ struct Context {
   const std::shared_ptr<ReportStore> reportStore;
   const std::shared_ptr<ReportKeeper> reports;
   const std::shared_ptr<CrashEye> crashEye;
+  /// Null without a hook.
+  const std::shared_ptr<Redaction> redaction;
   const std::shared_ptr<DeviceDataManager> deviceData;
   const std::shared_ptr<ScreenListenerMaker> screens;
   const std::shared_ptr<ReportUploader> uploader;
@@ -46,6 +48,9 @@ struct Context {
 
 /// The process's one context, made on first use and never destroyed.
 std::shared_ptr<Context> processContext();
+
+/// The same if it has been made; otherwise null.
+std::shared_ptr<Context> existingProcessContext();
 
 /// Chooses its platform; false once it has been made.
 bool chooseProcessPlatform(Platform platform);

@@ -1,6 +1,7 @@
 #include <exception>
 #include <utility>
 
+#include "base/collection.h"
 #include "base/debug.h"
 #include "base/text.h"
 #include "core/manager_core.h"
@@ -43,6 +44,15 @@ void ManagerCore::configureUserId(const CheckPoint& checkPoint, const Json& json
   if (user != nullptr && user->userId) configureUserId(user->userId);
 }
 
+// While collection is off nothing of a checkpoint is looked at but who signs in: requests of later
+// must not go out under the user before.
+bool ManagerCore::isRefused(const CheckPoint& checkPoint) {
+  if (isCollectionEnabled()) return false;
+  const User* user = userSigningIn(checkPoint);
+  if (user != nullptr) configureUserId(user->userId);
+  return true;
+}
+
 // The ask is made at once, under the identity of before a login. Only its start waits.
 Task ManagerCore::uploadLater(ReportCategory category) {
   ReportUploader::SharedRun run = askForUpload(category);
@@ -76,6 +86,7 @@ bool ManagerCore::getRiskForCheckPoint(const CheckPoint& checkPoint, RiskComplet
 
 void ManagerCore::askForRisk(const CheckPoint& checkPoint,
                              const std::shared_ptr<PendingVerdict>& verdict) {
+  if (isRefused(checkPoint)) return PendingVerdict::giveUp(verdict);
   Json json = checkPoint.getJson();
   const JsonDiscarder discarder(json);
   const OperationTrace trace(*context_->tracing, "getRiskForCheckPoint",
@@ -92,6 +103,7 @@ void ManagerCore::askForRisk(const CheckPoint& checkPoint,
 }
 
 void ManagerCore::arriveToCheckPoint(const CheckPoint& checkPoint) {
+  if (isRefused(checkPoint)) return;
   Json json = checkPoint.getJson();
   const JsonDiscarder discarder(json);
   const OperationTrace trace(*context_->tracing, "arriveToCheckPoint",

@@ -48,6 +48,9 @@ class ManagerCore : public CrashEyeDelegate,
   void sendDataWithNewSessionThread();
   void logout();
 
+  // The end of all that is kept (manager_erasure.cpp).
+  void eraseStoredData(ErasureCompletion completion);
+
   // Checkpoints (manager_checkpoints.cpp).
   void configureUserId(const CheckPoint& checkPoint);
   /// False, and the completion is untouched, when there is no memory at all.
@@ -106,6 +109,8 @@ class ManagerCore : public CrashEyeDelegate,
   bool isDataSendAfterSession() const;
   void configureUserId(const CheckPoint& checkPoint, const Json& json,
                        const TraceArguments& traced);
+  /// Nothing may be gathered of it now.
+  bool isRefused(const CheckPoint& checkPoint);
   /// `traced`: the checkpoint's text, where there is one already.
   Json checkPointBody(const CheckPoint& checkPoint, Json json, const TraceArguments& traced);
   void askForRisk(const CheckPoint& checkPoint, const std::shared_ptr<PendingVerdict>& verdict);

@@ -6,6 +6,7 @@
 #include <new>
 #include <utility>
 
+#include "base/collection.h"
 #include "base/debug.h"
 #include "base/forked_child.h"
 #include "core/manager_core.h"
@@ -70,6 +71,19 @@ void enter(const std::shared_ptr<ManagerCore>& core, Operation operation) noexce
   enter([&] {
     if (core) operation(*core);
   });
+}
+
+/// As above, where something is gathered: not while collection is off.
+template <class Result, class Operation>
+Result enterToCollect(const std::shared_ptr<ManagerCore>& core, Result otherwise,
+                      Operation operation) noexcept {
+  if (!isCollectionEnabled()) return otherwise;
+  return enter(core, std::move(otherwise), std::move(operation));
+}
+
+template <class Operation>
+void enterToCollect(const std::shared_ptr<ManagerCore>& core, Operation operation) noexcept {
+  if (isCollectionEnabled()) enter(core, std::move(operation));
 }
 
 class IdleScreenListener : public QuorvanceScreenListener {
@@ -139,6 +153,17 @@ void QuorvanceManager::setIsInDebugMode(bool on) { quorvance::setIsInDebugMode(o
 bool QuorvanceManager::sessionDataCollect() { return quorvance::sessionDataCollect(); }
 
 void QuorvanceManager::setSessionDataCollect(bool on) { quorvance::setSessionDataCollect(on); }
+
+bool QuorvanceManager::isCollectionEnabled() { return quorvance::isCollectionEnabled(); }
+
+// What memory alone was told meanwhile is stored.
+void QuorvanceManager::setCollectionEnabled(bool on) {
+  quorvance::setCollectionEnabled(on);
+  if (!on) return;
+  enter([] {
+    if (const auto context = existingProcessContext()) context->platform.defaults->synchronize();
+  });
+}
 
 void QuorvanceManager::log(const std::optional<std::string>& value) {
   enter([&] {
@@ -235,6 +260,10 @@ void QuorvanceManager::logout() {
   enter(core_, [](ManagerCore& core) { core.logout(); });
 }
 
+void QuorvanceManager::eraseStoredData(ErasureCompletion completion) {
+  enter(core_, [&](ManagerCore& core) { core.eraseStoredData(std::move(completion)); });
+}
+
 void QuorvanceManager::getRiskForCheckPoint(const CheckPoint& checkPoint,
                                             RiskCompletion completion) {
   const bool isTaken = enter(core_, isForkedChild(), [&](ManagerCore& core) {
@@ -258,25 +287,25 @@ void QuorvanceManager::updateCheckPointStatus(CheckPointType type, const std::st
 
 std::shared_ptr<QuorvanceScreenListener> QuorvanceManager::startNewScreenListener(
     ScreenListenerType type, std::int64_t actionId, std::shared_ptr<View> view) {
-  return enter(core_, idleScreenListener(), [&](ManagerCore& core) {
+  return enterToCollect(core_, idleScreenListener(), [&](ManagerCore& core) {
     return core.startNewScreenListener(type, actionId, std::move(view));
   });
 }
 
 void QuorvanceManager::checkSensorForEmulator() {
-  enter(core_, [](ManagerCore& core) { core.checkSensorForEmulator(); });
+  enterToCollect(core_, [](ManagerCore& core) { core.checkSensorForEmulator(); });
 }
 
 void QuorvanceManager::onRequestAccessWithTypeMobilePermission(MobilePermission type) {
-  enter(core_, [&](ManagerCore& core) { core.onRequestAccess(type); });
+  enterToCollect(core_, [&](ManagerCore& core) { core.onRequestAccess(type); });
 }
 
 bool QuorvanceManager::ifAuthorizedWithTypeMobilePermission(MobilePermission type) const {
-  return enter(core_, false, [&](ManagerCore& core) { return core.ifAuthorized(type); });
+  return enterToCollect(core_, false, [&](ManagerCore& core) { return core.ifAuthorized(type); });
 }
 
 void QuorvanceManager::setPendingUserData(Json userData) {
-  enter(core_, [&](ManagerCore& core) { core.setPendingUserData(std::move(userData)); });
+  enterToCollect(core_, [&](ManagerCore& core) { core.setPendingUserData(std::move(userData)); });
 }
 
 void QuorvanceManager::crashEyeDidCatchCrash(const CrashModel& crash) {

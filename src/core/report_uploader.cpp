@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/collection.h"
 #include "base/out_of_memory.h"
 
 namespace quorvance {
@@ -84,8 +85,9 @@ void ReportUploader::goOn(const SharedRun& run) {
   tryNext(run);
 }
 
+// A run ends where collection is switched off; what was taken until then has been removed.
 void ReportUploader::tryNext(const SharedRun& run) {
-  while (run->next < run->names.size()) {
+  while (isCollectionEnabled() && run->next < run->names.size()) {
     const std::string& name = run->names[run->next++];
     const bool isHandedOver = hasMemoryFor([&] {
       // With an answer or without one: the run goes on when the handler ends.

@@ -4,6 +4,7 @@
 #include <new>
 #include <utility>
 
+#include "base/collection.h"
 #include "base/out_of_memory.h"
 
 namespace quorvance {
@@ -52,19 +53,25 @@ void RetriedExchange::ask(const std::shared_ptr<const void>& owner) const noexce
   hasMemoryFor([&] { begin(attempt); });
 }
 
+// While collection is off nothing is even read for the body; the attempt is lost, so that the next
+// one finds out when it is on again.
 void RetriedExchange::begin(const std::shared_ptr<Attempt>& attempt) const {
+  if (!isCollectionEnabled()) return;
   const OperationTrace trace(*context_->tracing, rules_.traceName);
-  rules_.whenReady(withinMemory(
-      [this, attempt, kept = trace.continuation(), draft = client_->draft(rules_.service)] {
-        const PreparedCall call = client_->prepare(draft);
-        const auto take = [this, attempt, kept,
-                           session = call.session](const ResponceObject& response) mutable {
-          const bool isTaken = rules_.take({response, session, kept});
-          attempt->end();
-          if (!isTaken) askLater(attempt->owner());
-        };
-        client_->send(call, rules_.makeBody(), {take, [attempt] { attempt->end(); }, nullptr});
-      }));
+  rules_.whenReady(withinMemory([this, attempt, kept = trace.continuation(),
+                                 erasures = context_->state->erasures(),
+                                 draft = client_->draft(rules_.service)] {
+    const PreparedCall call = client_->prepare(draft);
+    const auto take = [this, attempt, kept, session = call.session,
+                       erasures](const ResponceObject& response) mutable {
+      // What was erased meanwhile must not come back with an answer.
+      const bool isTaken =
+          erasures == context_->state->erasures() && rules_.take({response, session, kept});
+      attempt->end();
+      if (!isTaken) askLater(attempt->owner());
+    };
+    client_->send(call, rules_.makeBody(), {take, [attempt] { attempt->end(); }, nullptr});
+  }));
 }
 
 void RetriedExchange::askLater(const std::shared_ptr<const void>& owner) const noexcept {

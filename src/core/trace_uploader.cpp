@@ -4,6 +4,7 @@
 #include <new>
 #include <utility>
 
+#include "base/collection.h"
 #include "base/out_of_memory.h"
 
 namespace quorvance {
@@ -68,7 +69,7 @@ void TraceUploader::scheduleRound(const SharedLoop& loop) {
 
 // The entries become JSON off the main queue.
 void TraceUploader::upload(const SharedLoop& loop) {
-  if (context_->tracing->isEmpty()) return scheduleRound(loop);
+  if (context_->tracing->isEmpty() || !isCollectionEnabled()) return scheduleRound(loop);
   context_->platform.backgroundQueue->post(
       WorkLane::completions,
       withinMemory(

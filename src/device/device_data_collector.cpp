@@ -125,6 +125,15 @@ std::optional<Json> DeviceDataCollector::takePendingUserData() {
   return std::exchange(pendingUserData_, std::nullopt);
 }
 
+void DeviceDataCollector::forget() {
+  std::optional<Json> dropped;
+  const JsonDiscarder discarder(dropped);
+  const std::lock_guard lock(mutex_);
+  dropped.swap(pendingUserData_);
+  askPermissions_.reset();
+  state_->forget();
+}
+
 void DeviceDataCollector::setSensorCheck(SensorCheck check) {
   const std::lock_guard lock(mutex_);
   sensorCheck_ = check;

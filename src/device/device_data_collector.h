@@ -65,6 +65,10 @@ class DeviceDataCollector {
   /// Adds the kind to the list and stores it; each kind once.
   void recordAsked(MobilePermission permission);
 
+  /// Forgets what the host has asked and given, and the state with it: in one step, since the list
+  /// is read from there and written there.
+  void forget();
+
   void setSensorCheck(SensorCheck check);
   SensorCheck sensorCheck() const;
 

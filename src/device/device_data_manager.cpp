@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/collection.h"
 #include "base/fatal.h"
 #include "device/check_point_additional_data.h"
 #include "state/class_flags.h"
@@ -27,7 +28,7 @@ DeviceDataManager::DeviceDataManager(const Platform& platform,
 
 // A source over a bus begins to read with the first question: the first checkpoint may follow.
 void DeviceDataManager::refresh() {
-  if (authorization_) {
+  if (authorization_ && isCollectionEnabled()) {
     backgroundQueue_->post(WorkLane::facts, [source = authorization_] {
       static_cast<void>(PermissionSnapshot::take(*source));
     });

@@ -46,6 +46,8 @@ class DeviceDataManager {
   bool isAuthorized(MobilePermission permission) const;
   /// Notes that the host asked the user for this kind.
   void recordAsked(MobilePermission permission);
+  /// What the host has asked and given is forgotten, and the state with it.
+  void forget() { collector_.forget(); }
   void setSensorCheck(SensorCheck check);
   SensorCheck sensorCheck() const;
 

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <utility>
 
+#include "base/collection.h"
 #include "base/debug.h"
 #include "base/out_of_memory.h"
 
@@ -71,10 +72,19 @@ void DeviceFactsCache::join(NextRound& next, Task task, void (DeviceFactsCache::
       const std::lock_guard lock(self->mutex_);
       next.reset();
     }
-    // What there is no memory for stays unknown.
-    hasMemoryFor([&] { (*self.*step)(); });
+    self->carryOut(step);
     for (const auto& released : round->waiters) released->release();
   });
+}
+
+// What there is no memory for stays unknown. While collection is off nothing is read, and the
+// network is watched no more.
+void DeviceFactsCache::carryOut(void (DeviceFactsCache::*step)()) {
+  if (isCollectionEnabled()) {
+    hasMemoryFor([&] { (this->*step)(); });
+  } else {
+    networkSubscription_.reset();
+  }
 }
 
 void DeviceFactsCache::whenSystemKnown(Task task) {

@@ -20,7 +20,7 @@ inline constexpr std::chrono::seconds kFactsTimeout{2};
 /// everything else, group by group, each told as soon as it has been read. Asks made while one
 /// waits to start share it, so a bus that hangs holds one task. Fonts are read once, and of the
 /// system what does not change under a running process. Posture and battery are read in debug mode
-/// only.
+/// only; while collection is off nothing is.
 class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
  public:
   /// The system's facts come from the reader, all others from the platform's sources.
@@ -47,6 +47,7 @@ class DeviceFactsCache : public std::enable_shared_from_this<DeviceFactsCache> {
   using NextRound = std::weak_ptr<Round>;
 
   void join(NextRound& next, Task task, void (DeviceFactsCache::*step)());
+  void carryOut(void (DeviceFactsCache::*step)());
   /// Null when there is no task.
   std::shared_ptr<Waiter> waiterFor(Task task);
   void readSystemOnce();

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/collection.h"
 #include "diagnostics/crash_delegates.h"
 #include "diagnostics/crash_plan.h"
 
@@ -14,7 +15,9 @@ CrashVersions versionsFrom(SystemTexts& texts) {
 }
 
 // In the signal handler: the list was made by the installation.
-bool isAnyDelegateAlive() noexcept { return CrashDelegates::ofProcess().isAnyoneAlive(); }
+bool isAnyDelegateAlive() noexcept {
+  return isCollectionEnabled() && CrashDelegates::ofProcess().isAnyoneAlive();
+}
 
 void arm(CrashTrap& trap, DocumentsFolder* documents, const CrashVersions& versions) {
   CrashPlan plan = makeCrashPlan(versions);

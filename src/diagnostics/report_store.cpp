@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <chrono>
 #include <mutex>
+#include <system_error>
 #include <utility>
 
+#include "base/collection.h"
 #include "base/uuid.h"
 
 namespace quorvance {
@@ -51,7 +53,7 @@ void ReportStore::log(const std::optional<PlatformError>& error) const {
 }
 
 bool ReportStore::prepare() {
-  if (!documents_) return false;
+  if (!documents_ || !isCollectionEnabled()) return false;
   if (!documents_->prepare()) {
     // Without any folder that is no error; one that has a place tells what is wrong with it.
     std::vector<DocumentEntry> entries;
@@ -105,6 +107,23 @@ bool ReportStore::storeReport(const Json& report, ReportCategory category) {
   }
   // A write error is ignored, by contract.
   return !documents_->write(std::string(word) + randomUuid() + ".json", *text).has_value();
+}
+
+bool ReportStore::eraseAll() {
+  if (!documents_) return true;
+  const Turn turn = waitForTurn();
+  std::vector<DocumentEntry> entries;
+  if (const auto error = documents_->list(entries)) {
+    return error->code == static_cast<int>(std::errc::no_such_file_or_directory);
+  }
+  bool isAllGone = true;
+  for (const DocumentEntry& entry : entries) {
+    if (categoryWordIn(entry.name).empty() && !isSetAside(entry.name)) continue;
+    const auto error = documents_->remove(entry.name);
+    if (error) isAllGone = false;
+    log(error);
+  }
+  return documents_->removeHidden() && isAllGone;
 }
 
 void ReportStore::recoverUnfinished() {

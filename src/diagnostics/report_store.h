@@ -30,7 +30,8 @@ inline constexpr std::string_view kUnreadablePrefix = "unreadable-";
 /// limit. The first use takes up what dead processes were about to store.
 ///
 /// Its own failures are silent towards the caller; where the platform gives an error, the exception
-/// logger gets it, except for a write that failed.
+/// logger gets it, except for a write that failed. While collection is off it is as without a
+/// folder.
 class ReportStore {
  public:
   ReportStore(std::shared_ptr<DocumentsFolder> documents,
@@ -39,6 +40,10 @@ class ReportStore {
   /// True when the report was kept. Dropped without a folder, in a full category, and when it
   /// cannot be JSON or is longer than kMaxDocumentBytes.
   bool storeReport(const Json& report, ReportCategory category);
+
+  /// Removes every report, those that could not be read, and what lies hidden beside them, whatever
+  /// the switch says. True when nothing is left.
+  bool eraseAll();
 
   /// For an upload of the category, from before its files are looked at until the last was removed.
   /// Null when another one is under way, in whatever process, and without a folder.

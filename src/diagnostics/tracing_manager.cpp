@@ -3,6 +3,7 @@
 #include <thread>
 #include <utility>
 
+#include "base/collection.h"
 #include "base/debug.h"
 
 namespace quorvance {
@@ -71,6 +72,7 @@ void TracingManager::traceException(const PlatformError& error) {
 }
 
 void TracingManager::add(Entry entry) {
+  if (!isCollectionEnabled()) return;
   if (isInDebugMode()) {
     debugPrint("length dataLogging: Optional(" + std::to_string(size()) + ")");
   }

@@ -9,7 +9,15 @@ namespace quorvance {
 
 ClientIdentity::ClientIdentity(std::shared_ptr<InnerQuorvanceData> state)
     : state_(std::move(state)),
-      deviceId_(state_->readText(StoredKey::deviceId).value_or(std::string(kNoDeviceId))) {}
+      deviceId_(state_->readText(StoredKey::deviceId).value_or(std::string(kNoDeviceId))),
+      erasures_(state_->erasures()) {}
+
+void ClientIdentity::dropErasedLocked() {
+  const std::uint64_t erasures = state_->erasures();
+  if (std::exchange(erasures_, erasures) == erasures) return;
+  userId_.reset();
+  deviceId_ = kNoDeviceId;
+}
 
 std::optional<std::string> ClientIdentity::serverUrl() const {
   const std::lock_guard lock(mutex_);
@@ -23,11 +31,12 @@ void ClientIdentity::setServerUrl(std::optional<std::string> serverUrl) {
 
 std::optional<std::string> ClientIdentity::userId() const {
   const std::lock_guard lock(mutex_);
-  return userId_;
+  return erasures_ == state_->erasures() ? userId_ : std::nullopt;
 }
 
 void ClientIdentity::setUserId(std::optional<std::string> userId) {
   const std::lock_guard lock(mutex_);
+  dropErasedLocked();
   userId_ = std::move(userId);
 }
 
@@ -45,6 +54,7 @@ void ClientIdentity::configureUserId(const std::string& userId) {
 void ClientIdentity::configureDeviceId(const std::string& deviceId) {
   {
     const std::lock_guard lock(mutex_);
+    dropErasedLocked();
     deviceId_ = deviceId;
   }
   state_->write(StoredKey::deviceId, deviceId);
@@ -64,6 +74,7 @@ ClientIdentity::Values ClientIdentity::current() {
   std::optional<std::string> user;
   {
     const std::lock_guard lock(mutex_);
+    dropErasedLocked();
     if (serverUrl_) lastServerUrl_ = *serverUrl_;
     values.serverUrl = lastServerUrl_;
     values.deviceId = deviceId_;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -11,7 +12,8 @@ namespace quorvance {
 
 /// Whose calls these are: the server's URL, the user and the device, in memory and in the store.
 /// What this run was told stands in memory; the store has what the last run knew. Any thread;
-/// guarded by one mutex, and the store is asked outside of it.
+/// guarded by one mutex, and the store is asked outside of it. What memory has of the user and the
+/// device goes when the store is erased.
 class ClientIdentity {
  public:
   /// The identity of one call.
@@ -41,12 +43,16 @@ class ClientIdentity {
   Values current();
 
  private:
+  void dropErasedLocked();
+
   const std::shared_ptr<InnerQuorvanceData> state_;
   mutable std::mutex mutex_;
   std::optional<std::string> serverUrl_;
   std::string lastServerUrl_;
   std::optional<std::string> userId_;
   std::string deviceId_;
+  /// Of the state, when user and device were last looked at.
+  std::uint64_t erasures_ = 0;
 };
 
 }  // namespace quorvance

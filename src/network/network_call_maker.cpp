@@ -4,6 +4,7 @@
 #include <chrono>
 #include <utility>
 
+#include "base/collection.h"
 #include "base/debug.h"
 #include "base/out_of_memory.h"
 #include "network/call_outcome.h"
@@ -52,18 +53,34 @@ struct Call {
   Call(const Call&) = delete;
   Call& operator=(const Call&) = delete;
 
+  void redact(const std::shared_ptr<Call>& self);
+  void dispatch(const std::shared_ptr<Call>& self) const;
+  void dispatchAlongside();
   void send(const std::shared_ptr<Call>& self);
   void receive(HttpReply reply, const std::shared_ptr<Call>& self);
   void finish(HttpReply reply);
   void report(const CallOutcome& outcome) const;
 };
 
+void Call::redact(const std::shared_ptr<Call>& self) {
+  if (services->redaction->apply(url, params)) return dispatch(self);
+  dispatchAlongside();
+  handler.drop();
+}
+
+void Call::dispatch(const std::shared_ptr<Call>& self) const {
+  services->http->dispatch(withinMemory([self] { self->send(self); }));
+}
+
+void Call::dispatchAlongside() {
+  if (!alongside) return;
+  hasMemoryFor([&] { services->http->dispatch(withinMemory(std::exchange(alongside, nullptr))); });
+}
+
 void Call::send(const std::shared_ptr<Call>& self) {
+  if (!isCollectionEnabled()) return;  // switched off since: lost, as below
   // The network has its turn before what is dispatched here, whose want of memory costs that alone.
-  if (alongside) {
-    hasMemoryFor(
-        [&] { services->http->dispatch(withinMemory(std::exchange(alongside, nullptr))); });
-  }
+  dispatchAlongside();
   if (!parsesAsUrl(url)) return handler.drop();
   if (!maker.expired()) setMember(params, "version", SystemTexts::sdkVersion());
   if (isInDebugMode()) debugPrint("jsonObj " + debugTextOf(params));
@@ -168,6 +185,8 @@ void NetworkCallMaker::requestFromServer(std::string url, Json params, std::stri
                                          std::optional<bool> reportErrors, ReplyHandler handler,
                                          Task alongside) {
   const JsonDiscarder discarder(params);
+  // The handler goes with this call, which is a lost one.
+  if (!isCollectionEnabled()) return;
   auto call = std::make_shared<Call>();
   call->services = services_;
   call->maker = weak_from_this();
@@ -177,7 +196,9 @@ void NetworkCallMaker::requestFromServer(std::string url, Json params, std::stri
   call->reportErrors = reportErrors.value_or(true);
   call->handler = std::move(handler);
   call->alongside = std::move(alongside);
-  services_->http->dispatch(withinMemory([call] { call->send(call); }));
+  if (!services_->redaction) return call->dispatch(call);
+  // A lane of the host's own code that keeps its order.
+  services_->backgroundQueue->post(WorkLane::images, withinMemory([call] { call->redact(call); }));
 }
 
 }  // namespace quorvance

@@ -11,6 +11,7 @@
 #include "diagnostics/exception_logger.h"
 #include "diagnostics/report_keeper.h"
 #include "diagnostics/tracing_manager.h"
+#include "network/redaction.h"
 #include "network/responce_object.h"
 #include "quorvance/platform/http.h"
 #include "quorvance/platform/queues.h"
@@ -57,14 +58,18 @@ struct CallServices {
   std::shared_ptr<TracingManager> tracing;
   std::shared_ptr<ExceptionLogger> exceptions;
   std::shared_ptr<ReportKeeper> reports;
+  /// Null without a hook of the host's.
+  std::shared_ptr<Redaction> redaction = nullptr;
 };
 
 /// The one place that talks HTTP: posts a JSON body and says what came back. Never throws, never
-/// retries, keeps no state of its own.
+/// retries, keeps no state of its own. While collection is off every call that has not been handed
+/// to the session is lost.
 ///
-/// A call lives on two threads. On the session's: "version" is added, the time-out read, the start
-/// traced, the body serialised and sent. On the background queue: the reply is read and turned into
-/// an outcome, then report, debug print, end trace, and the completion last of all.
+/// Where the host has a hook, it sees each body first: on the background queue, in the order of the
+/// calls. A call lives on two threads. On the session's: "version" is added, the time-out read, the
+/// start traced, the body serialised and sent. On the background queue: the reply is read and
+/// turned into an outcome, then report, debug print, end trace, and the completion last of all.
 class NetworkCallMaker : public std::enable_shared_from_this<NetworkCallMaker> {
  public:
   explicit NetworkCallMaker(CallServices services);

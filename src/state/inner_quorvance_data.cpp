@@ -205,6 +205,24 @@ void InnerQuorvanceData::startNewSession() {
   begunSession_ = nullptr;
 }
 
+void InnerQuorvanceData::forget() {
+  {
+    const std::lock_guard lock(persistentMutex_);
+    if (!defaults_->forget()) {
+      for (const KeyRow& row : kKeyRows) {
+        if (!row.isPersistent) continue;
+        const StoredValue value = defaultValue(row.key);
+        const auto* text = std::get_if<std::string>(&value);
+        defaults_->write(row.name, text == nullptr ? std::string_view() : *text);
+      }
+    }
+  }
+  const std::lock_guard lock(mutex_);
+  dictData_.clear();
+  begunSession_ = nullptr;
+  ++erasures_;
+}
+
 Session InnerQuorvanceData::currentSession() {
   if (std::optional<Session> session = knownSession()) return std::move(*session);
   // A first read makes both.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -68,6 +69,12 @@ class InnerQuorvanceData {
   /// The same for every mark of one session, also once it has been replaced.
   Session sessionOf(const SessionMark& mark);
 
+  /// All but the configuration is gone, in memory at once and on the disk as after a write: the
+  /// next reads are those of a fresh installation.
+  void forget();
+  /// How often that was done. Whoever keeps a value of before compares.
+  std::uint64_t erasures() const { return erasures_; }
+
   std::shared_ptr<const SdkConfig> sdkConfig() const;
   void replaceSdkConfig(SdkConfig config);
   const TraceLevels& traceLevels() const { return traceLevels_; }
@@ -100,6 +107,8 @@ class InnerQuorvanceData {
   // Stands for both entries of a session that has no identifier yet.
   std::shared_ptr<BegunSession> begunSession_;
   std::optional<std::int64_t> lastSessionNumber_;
+
+  std::atomic<std::uint64_t> erasures_{0};
 
   mutable std::mutex configMutex_;
   std::shared_ptr<const SdkConfig> sdkConfig_ = std::make_shared<const SdkConfig>();

@@ -93,6 +93,9 @@ class DocumentsFolder {
   }
   /// What dead processes left, on the disk by then; nothing of a process that lives.
   virtual std::vector<UnfinishedDocument> unfinishedDocuments() { return {}; }
+  /// Removes what the folder itself has put beside its documents: unfinished ones, whosoever they
+  /// are, and locks. False when something is left.
+  virtual bool removeHidden() { return true; }
 };
 
 }  // namespace quorvance

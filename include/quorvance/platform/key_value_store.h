@@ -34,6 +34,11 @@ class KeyValueStore {
   /// Gives a key that was read as absent its first value. Where the store has one meanwhile, or
   /// finds one that another process has stored, that stays and later reads answer it.
   virtual void writeDefault(std::string_view key, std::string_view text) { write(key, text); }
+  /// Forgets every key at once, as if nothing had ever been written; the disk follows as it does
+  /// after a write. False: the store cannot, and its keys are overwritten one by one.
+  virtual bool forget() { return false; }
+  /// Whether the disk has nothing any more of what was forgotten. Asked on the file lane.
+  virtual bool isForgotten() { return true; }
 };
 
 }  // namespace quorvance

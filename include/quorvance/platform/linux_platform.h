@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "quorvance/platform/http_options.h"
 #include "quorvance/platform/platform.h"
 
 #pragma GCC visibility push(default)
@@ -24,6 +25,13 @@ struct LinuxPlatformOptions {
   /// $XDG_DATA_HOME (or ~/.local/share) / host identifier / "quorvance". Folders are made with mode
   /// 0700, files with 0600.
   std::optional<std::string> dataFolder;
+  /// How the server is reached and recognised.
+  HttpOptions http;
+  /// Sees every body before it is sent; empty: they are sent as they are.
+  BeforeSend beforeSend;
+  /// Whether crashes may be caught at all, where the server's configuration wants it. False: no
+  /// handler of signals or of std::terminate is ever installed, and no thread waits for a crash.
+  bool mayCatchCrashes = true;
   /// The addresses of the buses; absent means those that the environment names, else the usual
   /// sockets. Only sockets of this machine are used.
   std::optional<std::string> systemBusAddress;

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "quorvance/platform/authorization.h"
+#include "quorvance/platform/before_send.h"
 #include "quorvance/platform/clock.h"
 #include "quorvance/platform/crash_trap.h"
 #include "quorvance/platform/device_facts.h"
@@ -63,6 +64,8 @@ struct Platform {
   std::shared_ptr<MotionSource> motion;
   std::shared_ptr<CrashTrap> crashTrap;
   std::shared_ptr<FaceDetection> faceDetection;
+  /// Sees every body before it is sent; empty: they are sent as they are.
+  BeforeSend beforeSend;
 };
 
 /// The platform of the system that the library was built for, with the defaults of an application;

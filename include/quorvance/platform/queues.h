@@ -53,7 +53,9 @@ enum class WorkLane {
   files,
   /// Reads of device facts (files, buses): one task at a time, first in first out.
   facts,
-  /// Slow work of the host's own, as is the encoding of an image: one task at a time.
+  /// Slow work of the host's own, as is the encoding of an image: one task at a time, first in
+  /// first
+  /// out.
   images,
 };
 

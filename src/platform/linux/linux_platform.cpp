@@ -129,9 +129,10 @@ Platform makeLinuxPlatform(LinuxPlatformOptions options) {
   retries->useTimersOf(platform.mainQueue);
   const auto workQueue = std::make_shared<WorkQueue>(WorkQueue::kIdleTime, retries);
   platform.backgroundQueue = workQueue;
-  platform.http = std::make_shared<CurlHttpSession>(std::string(), retries, workQueue->wakeUps());
+  platform.http =
+      std::make_shared<CurlHttpSession>(std::move(options.http), retries, workQueue->wakeUps());
   platform.documents = std::make_shared<LinuxDocumentsFolder>(options.dataFolder);
-  platform.crashTrap = std::make_shared<LinuxCrashTrap>();
+  if (options.mayCatchCrashes) platform.crashTrap = std::make_shared<LinuxCrashTrap>();
   platform.defaults =
       std::make_shared<JsonFileStore>(std::move(options.dataFolder), platform.backgroundQueue);
 
@@ -139,6 +140,7 @@ Platform makeLinuxPlatform(LinuxPlatformOptions options) {
   platform.identity = std::make_shared<LinuxIdentity>(files, identifier, platform.defaults);
   addMachineFacts(platform, files);
   platform.userData = std::move(options.userData);
+  platform.beforeSend = std::move(options.beforeSend);
   addBusFacts(platform, options, files, retries);
   return platform;
 }

@@ -14,6 +14,12 @@ void MemoryStore::write(std::string_view key, std::string_view text) {
   writes_.emplace_back(key);
 }
 
+bool MemoryStore::forget() {
+  const std::lock_guard lock(mutex_);
+  entries_.clear();
+  return true;
+}
+
 void MemoryStore::synchronize() {
   const std::lock_guard lock(mutex_);
   ++synchronizations_;

@@ -16,6 +16,7 @@ class MemoryStore : public KeyValueStore {
   StoredEntry read(std::string_view key) override;
   void write(std::string_view key, std::string_view text) override;
   void synchronize() override;
+  bool forget() override;
 
   /// Puts a value of another type under the key.
   void putOther(std::string key);

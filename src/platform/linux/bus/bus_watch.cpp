@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/collection.h"
 #include "base/out_of_memory.h"
 #include "platform/linux/bus/bus_place.h"
 
@@ -41,8 +42,9 @@ bool BusWatch::isAlive() {
   return wasReady_ || BusClock::now() < readyUntil_;
 }
 
+// Where the host has switched collection off, that is the end of what is followed.
 bool BusWatch::run() {
-  if (isAlive()) return true;
+  if (isCollectionEnabled() && isAlive()) return true;
   connection_.reset();
   ended();
   return false;

@@ -181,7 +181,9 @@ void LinuxCrashTrap::install(CrashPlan plan) {
   try {
     TrapState& trap = trapOfProcess();
     const std::lock_guard lock(trap.installing);
-    if (plan.folder) makePrivateFolder(*plan.folder);
+    if (plan.folder && !makePrivateFolder(*plan.folder) && belongsToOthers(*plan.folder)) {
+      plan.folder.reset();
+    }
     if (!replacePlan(trap, std::move(plan)) || !trap.reporter.start()) return;
     trap.process.store(getpid());
     trapInForce.store(&trap);

@@ -84,7 +84,12 @@ std::optional<std::string> LinuxIdentity::vendorIdentifier() {
   const std::lock_guard lock(mutex_);
   // Asked for each time: the store may come to know it late, from the disk or another process.
   const StoredEntry stored = store_->read(kStoredKey);
-  if (isUpperCaseUuid(stored.text)) return stored.text;
+  if (isUpperCaseUuid(stored.text)) {
+    wasStored_ = true;
+    return stored.text;
+  }
+  // The state has been erased: a random identifier of before must not go on in memory.
+  if (std::exchange(wasStored_, false)) vendorIdentifier_.reset();
   if (!vendorIdentifier_) vendorIdentifier_ = makeVendorIdentifier(stored.kind);
   return vendorIdentifier_;
 }

@@ -46,6 +46,7 @@ class LinuxIdentity : public IdentitySource {
   std::mutex mutex_;
   // What this process made, for as long as nothing is stored.
   std::optional<std::string> vendorIdentifier_;
+  bool wasStored_ = false;
 };
 
 }  // namespace quorvance

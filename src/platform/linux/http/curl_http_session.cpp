@@ -19,6 +19,7 @@
 #include "platform/linux/http/curl_library.h"
 #include "platform/linux/http/curl_transfer.h"
 #include "platform/linux/http/curl_wakeup_pair.h"
+#include "platform/linux/http/http_policy.h"
 #include "platform/linux/http/url_check.h"
 #include "platform/linux/http/wake_up_event.h"
 #include "platform/linux/threads/library_thread.h"
@@ -46,14 +47,15 @@ struct CurlHttpSession::State : ThreadSeeker, ExitParticipant, std::enable_share
     HttpCompletion completion;
   };
 
-  State(std::string trusted, std::shared_ptr<ThreadRetries> threadRetries,
+  State(HttpOptions options, std::shared_ptr<ThreadRetries> threadRetries,
         std::weak_ptr<WakeUps> wakeUpsOfQueue, std::chrono::milliseconds longestIdle)
-      : caFile(std::move(trusted)),
+      : policy(std::move(options)),
         retries(std::move(threadRetries)),
         wakeUps(std::move(wakeUpsOfQueue)),
         maxIdleTime(longestIdle) {}
 
-  const std::string caFile;
+  // The thread's own.
+  HttpPolicy policy;
   const std::shared_ptr<ThreadRetries> retries;
   const std::weak_ptr<WakeUps> wakeUps;
   const std::chrono::milliseconds maxIdleTime;
@@ -148,6 +150,8 @@ class CurlHttpSession::Worker {
   void keep(std::unique_ptr<CurlTransfer> transfer);
 
   const std::shared_ptr<State> state_;
+  bool hasOpened_ = false;
+  // While there is something to send, and until its connections have rested for long.
   CURLM* multi_ = nullptr;
   std::unordered_map<CURL*, std::unique_ptr<CurlTransfer>> inFlight_;
   std::vector<std::unique_ptr<CurlTransfer>> idle_;
@@ -156,13 +160,11 @@ class CurlHttpSession::Worker {
 };
 
 CurlHttpSession::Worker::~Worker() {
-  if (multi_ != nullptr) {
-    for (const auto& [handle, transfer] : inFlight_) curl_multi_remove_handle(multi_, handle);
-    inFlight_.clear();
-    idle_.clear();
-    curl_multi_cleanup(multi_);
-    leaveCurlLibrary();
-  }
+  for (const auto& [handle, transfer] : inFlight_) curl_multi_remove_handle(multi_, handle);
+  inFlight_.clear();
+  idle_.clear();
+  if (multi_ != nullptr) curl_multi_cleanup(multi_);
+  if (hasOpened_) leaveCurlLibrary();
   const std::lock_guard lock(state_->mutex);
   state_->isRunning = false;
   state_->isDone.notify_all();
@@ -172,7 +174,6 @@ CurlHttpSession::Worker::~Worker() {
 void CurlHttpSession::Worker::run() {
   bool isTurnDue = true;
   while (!isStopped()) {
-    open();
     runTasks();
     const bool hasTurn = startWaiting() || isTurnDue;
     if (hasTurn) perform();
@@ -184,6 +185,7 @@ void CurlHttpSession::Worker::run() {
 // What fails here is tried again by the next use; what waits until then fails.
 void CurlHttpSession::Worker::open() {
   if (multi_ != nullptr || !openCurlLibrary()) return;
+  hasOpened_ = true;
   multi_ = curl_multi_init();
   if (multi_ == nullptr) return;
   hasMemoryFor([&] { closeWakeupPairOnExec(multi_); });
@@ -214,6 +216,7 @@ bool CurlHttpSession::Worker::startWaiting() {
     std::optional<State::Call> call = takeWaiting();
     if (!call) break;
     isAnyStarted = true;
+    open();
     hasMemoryFor([&] { startCall(std::move(*call)); });
   }
   return isAnyStarted;
@@ -229,6 +232,10 @@ void CurlHttpSession::Worker::startCall(State::Call call) {
     const bool isForeign = fault == UrlFault::foreignScheme;
     call.completion(failedReply(isForeign ? CURLE_UNSUPPORTED_PROTOCOL : CURLE_URL_MALFORMAT,
                                 textOfFault(fault)));
+    return;
+  }
+  if (const std::string refused = state_->policy.faultOf(call.request.url); !refused.empty()) {
+    call.completion(failedReply(CURLE_SETOPT_OPTION_SYNTAX, refused));
     return;
   }
   std::unique_ptr<CurlTransfer> transfer = takeTransfer();
@@ -337,7 +344,7 @@ std::optional<CurlHttpSession::State::Call> CurlHttpSession::Worker::takeWaiting
 }
 
 std::unique_ptr<CurlTransfer> CurlHttpSession::Worker::takeTransfer() {
-  if (idle_.empty()) return std::make_unique<CurlTransfer>(state_->caFile);
+  if (idle_.empty()) return std::make_unique<CurlTransfer>(state_->policy.options());
   std::unique_ptr<CurlTransfer> transfer = std::move(idle_.back());
   idle_.pop_back();
   return transfer;
@@ -378,10 +385,10 @@ bool CurlHttpSession::State::startThread() noexcept {
   return isRunning;
 }
 
-CurlHttpSession::CurlHttpSession(std::string caFile, std::shared_ptr<ThreadRetries> retries,
+CurlHttpSession::CurlHttpSession(HttpOptions options, std::shared_ptr<ThreadRetries> retries,
                                  std::weak_ptr<WakeUps> wakeUps,
                                  std::chrono::milliseconds maxIdleTime)
-    : state_(std::make_shared<State>(std::move(caFile), retries, std::move(wakeUps),
+    : state_(std::make_shared<State>(std::move(options), retries, std::move(wakeUps),
                                      maxIdleTime)) {
   retries->join(state_);
 }

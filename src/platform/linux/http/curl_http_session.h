@@ -8,6 +8,7 @@
 #include "platform/linux/threads/thread_retries.h"
 #include "platform/linux/threads/wake_ups.h"
 #include "quorvance/platform/http.h"
+#include "quorvance/platform/http_options.h"
 
 namespace quorvance {
 
@@ -30,10 +31,10 @@ class CurlHttpSession : public HttpSession {
   /// A connection that nothing has used for so long is closed.
   static constexpr std::chrono::milliseconds kMaxIdleTime{60'000};
 
-  /// `caFile`: certificates to trust instead of the system's; empty stands for those. `wakeUps`: of
-  /// the queue to which completions post; what one turn of the network has brought wakes it once.
+  /// `wakeUps`: of the queue to which completions post; what one turn of the network has brought
+  /// wakes it once.
   explicit CurlHttpSession(
-      std::string caFile = {},
+      HttpOptions options = {},
       std::shared_ptr<ThreadRetries> retries = std::make_shared<ThreadRetries>(),
       std::weak_ptr<WakeUps> wakeUps = {}, std::chrono::milliseconds maxIdleTime = kMaxIdleTime);
   ~CurlHttpSession() override;

@@ -36,17 +36,44 @@ long curlTimeoutMilliseconds(std::chrono::milliseconds timeout) {
       std::min<std::int64_t>(timeout.count(), std::numeric_limits<int>::max()));
 }
 
-CurlTransfer::CurlTransfer(const std::string& caFile) : handle_(curl_easy_init()) {
-  if (isUsable()) setConstantOptions(caFile);
+CurlTransfer::CurlTransfer(const HttpOptions& options) : handle_(curl_easy_init()) {
+  if (!isUsable()) return;
+  setConstantOptions();
+  setHostOptions(options);
 }
 
-void CurlTransfer::setConstantOptions(const std::string& caFile) {
+// An option that is not to be had keeps every request from being sent.
+template <class Value>
+void CurlTransfer::demand(CURLoption option, Value value) {
+  const CURLcode code = curl_easy_setopt(handle_.get(), option, value);
+  if (refusal_ == CURLE_OK) refusal_ = code;
+}
+
+void CurlTransfer::setHostOptions(const HttpOptions& options) {
+  const auto demandText = [&](CURLoption option, const std::string& text) {
+    if (!text.empty()) demand(option, text.c_str());
+  };
+  demandText(CURLOPT_CAINFO, options.caFile);
+  // The system's folder of certificates is a default of its own.
+  if (!options.caFile.empty()) demand(CURLOPT_CAPATH, static_cast<const char*>(nullptr));
+  demandText(CURLOPT_PINNEDPUBLICKEY, options.pinnedPublicKey);
+  if (!options.clientCertificateFile.empty()) {
+    demandText(CURLOPT_SSLCERT, options.clientCertificateFile);
+    demandText(CURLOPT_SSLKEY, options.clientKeyFile);
+    // Also an empty one: without any the TLS library would ask for it on the terminal.
+    demand(CURLOPT_KEYPASSWD, options.clientKeyPassphrase.c_str());
+  }
+  demandText(CURLOPT_PROXY, options.proxyUrl);
+}
+
+void CurlTransfer::setConstantOptions() {
   CURL* const handle = handle_.get();
   curl_easy_setopt(handle, CURLOPT_PRIVATE, this);
   curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, errorText_.data());
   // The host's signals and its proxy settings are its own business.
   curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
   curl_easy_setopt(handle, CURLOPT_PROXY, "");
+  curl_easy_setopt(handle, CURLOPT_NOPROXY, "");
   curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);
   curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_1);
@@ -60,7 +87,6 @@ void CurlTransfer::setConstantOptions(const std::string& caFile) {
   curl_easy_setopt(handle, CURLOPT_SSLVERSION, CURL_SSLVERSION_TLSv1_2);
   curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 1L);
   curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 2L);
-  if (!caFile.empty()) curl_easy_setopt(handle, CURLOPT_CAINFO, caFile.c_str());
   curl_easy_setopt(handle, CURLOPT_POST, 1L);
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &CurlTransfer::onBody);
   curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
@@ -93,6 +119,7 @@ CURLcode CurlTransfer::start(HttpRequest request, HttpCompletion completion) {
   errorText_.front() = '\0';
   timesSent_ = 0;
   isTooLong_ = false;
+  if (refusal_ != CURLE_OK) return refusal_;
   CURL* const handle = handle_.get();
   if (!setHeaders(request_.contentType)) return CURLE_OUT_OF_MEMORY;
   curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, curlTimeoutMilliseconds(request_.timeout));

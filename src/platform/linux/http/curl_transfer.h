@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "quorvance/platform/http.h"
+#include "quorvance/platform/http_options.h"
 
 namespace quorvance {
 
@@ -37,8 +38,7 @@ PlatformError curlError(CURLcode code, std::string_view detail = {});
 /// The session's thread only.
 class CurlTransfer {
  public:
-  /// `caFile`: certificates to trust; empty stands for the system's.
-  explicit CurlTransfer(const std::string& caFile);
+  explicit CurlTransfer(const HttpOptions& options);
   CurlTransfer(const CurlTransfer&) = delete;
   CurlTransfer& operator=(const CurlTransfer&) = delete;
 
@@ -56,7 +56,10 @@ class CurlTransfer {
   static curl_socket_t openSocket(void*, curlsocktype purpose, curl_sockaddr* address);
   static std::size_t onBody(char* bytes, std::size_t size, std::size_t count, void* self);
   static int onRequest(void* self, char* remote, char* local, int remotePort, int localPort);
-  void setConstantOptions(const std::string& caFile);
+  void setConstantOptions();
+  void setHostOptions(const HttpOptions& options);
+  template <class Value>
+  void demand(CURLoption option, Value value);
   bool setHeaders(const std::string& contentType);
   HttpReply replyFor(CURLcode code);
 
@@ -67,6 +70,8 @@ class CurlTransfer {
   HttpCompletion completion_;
   std::string body_;
   std::array<char, CURL_ERROR_SIZE> errorText_ = {};
+  // Of an option that the host has asked for and the library refuses.
+  CURLcode refusal_ = CURLE_OK;
   int timesSent_ = 0;
   bool isTooLong_ = false;
 };

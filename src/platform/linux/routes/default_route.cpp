@@ -19,7 +19,7 @@ constexpr std::size_t kMaxTableBytes = 1 << 20;
 constexpr std::uint32_t kIsUp = 0x1;
 constexpr std::uint32_t kRejects = 0x200;
 
-struct Candidate {
+struct RouteCandidate {
   std::uint32_t metric = 0;
   std::string interface;
 };
@@ -48,31 +48,31 @@ bool isZero(std::string_view hexadecimal) {
   return hexadecimal.find_first_not_of('0') == std::string_view::npos;
 }
 
-std::optional<Candidate> candidate(std::string_view interface, std::string_view flags,
-                                   const std::optional<std::uint32_t>& metric) {
+std::optional<RouteCandidate> candidate(std::string_view interface, std::string_view flags,
+                                        const std::optional<std::uint32_t>& metric) {
   const auto bits = number(flags, 16);
   if (!bits || !metric || (*bits & kIsUp) == 0 || (*bits & kRejects) != 0) return std::nullopt;
   // It becomes a part of a path.
   const bool isName = interface.find('/') == std::string_view::npos && interface != "lo" &&
                       interface != "." && interface != "..";
-  return isName ? std::optional(Candidate{*metric, std::string(interface)}) : std::nullopt;
+  return isName ? std::optional(RouteCandidate{*metric, std::string(interface)}) : std::nullopt;
 }
 
 /// Interface, destination, gateway, flags, references, uses, metric, mask ...
-std::optional<Candidate> ipv4Default(const Columns& columns) {
+std::optional<RouteCandidate> ipv4Default(const Columns& columns) {
   if (columns.size() < 8 || !isZero(columns[1]) || !isZero(columns[7])) return std::nullopt;
   return candidate(columns[0], columns[3], number(columns[6], 10));
 }
 
 /// Destination, its length, source, its length, next hop, metric, references, uses, flags,
 /// interface.
-std::optional<Candidate> ipv6Default(const Columns& columns) {
+std::optional<RouteCandidate> ipv6Default(const Columns& columns) {
   if (columns.size() < 10 || !isZero(columns[0]) || !isZero(columns[1])) return std::nullopt;
   return candidate(columns[9], columns[8], number(columns[5], 16));
 }
 
-void addDefaults(std::vector<Candidate>& found, std::string_view table,
-                 std::optional<Candidate> (*defaultOf)(const Columns&)) {
+void addDefaults(std::vector<RouteCandidate>& found, std::string_view table,
+                 std::optional<RouteCandidate> (*defaultOf)(const Columns&)) {
   const auto first = static_cast<std::ptrdiff_t>(found.size());
   while (!table.empty()) {
     const std::size_t end = std::min(table.find('\n'), table.size());
@@ -105,10 +105,10 @@ DefaultRoute readDefaultRoute(const RootFiles& files) {
   const auto ipv4 = files.text("/proc/net/route", kMaxTableBytes);
   const auto ipv6 = files.text("/proc/net/ipv6_route", kMaxTableBytes);
   if (!ipv4 && !ipv6) return {};
-  std::vector<Candidate> routes;
+  std::vector<RouteCandidate> routes;
   addDefaults(routes, ipv4.value_or(""), &ipv4Default);
   addDefaults(routes, ipv6.value_or(""), &ipv6Default);
-  for (Candidate& route : routes) {
+  for (RouteCandidate& route : routes) {
     const std::string folder = "/sys/class/net/" + route.interface;
     if (files.fact(folder + "/carrier") != "1") continue;
     return {kindOf(files, folder), std::move(route.interface)};

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/collection.h"
 #include "base/forked_child.h"
 #include "platform/linux/routes/default_route.h"
 #include "platform/linux/storage/private_files.h"
@@ -53,6 +54,19 @@ struct LinuxReachabilityMonitor::State {
   bool isWatching = false;
   std::vector<std::weak_ptr<NetworkListener>> listeners;
 
+  /// Of a host that has switched collection off: who subscribed learns that it is over by a last
+  /// call, and a later subscription begins anew. False.
+  bool endWatch() {
+    {
+      const std::lock_guard lock(mutex);
+      isWatching = false;
+    }
+    for (const auto& listener : alive()) {
+      if (listener) (*listener)(kind);
+    }
+    return false;
+  }
+
   std::vector<std::shared_ptr<NetworkListener>> alive() {
     const std::lock_guard lock(mutex);
     std::erase_if(listeners, [](const auto& listener) { return listener.expired(); });
@@ -69,6 +83,7 @@ class LinuxReachabilityMonitor::LinkWatch : public Watch {
 
   Need need() override { return {.descriptor = changes_.number(), .events = POLLIN}; }
   bool run() override {
+    if (!isCollectionEnabled()) return state_->endWatch();
     const bool isAlive = drain(changes_.number());
     readAgain();
     return isAlive;

@@ -1,6 +1,7 @@
 #include "platform/linux/storage/file_lock.h"
 
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -22,6 +23,15 @@ LockOutcome lockNow(int file, int operation) {
   if (result == 0) return LockOutcome::held;
   return errno == EWOULDBLOCK ? LockOutcome::heldElsewhere : LockOutcome::impossible;
 }
+
+/// The lock of such a file keeps off nobody who comes later.
+bool isRemoved(const FileDescriptor& file) {
+  struct stat status = {};
+  return fstat(file.number(), &status) == 0 && status.st_nlink == 0;
+}
+
+/// Removals come one by one, when somebody erases all data.
+constexpr int kMaxRemovals = 3;
 
 /// A wait that its thread may have to finish alone; it then gives the lock back.
 struct LockWait {
@@ -63,11 +73,15 @@ LockOutcome lockWithin(FileDescriptor& file, std::chrono::milliseconds timeout) 
 }  // namespace
 
 FileLock::FileLock(const std::string& path, std::chrono::milliseconds timeout)
-    : file_(openLockFile(path)), process_(getpid()) {
-  if (!file_.isOpen()) return;
-  outcome_ = lockNow(file_.number(), LOCK_EX | LOCK_NB);
-  if (outcome_ == LockOutcome::heldElsewhere && timeout > timeout.zero()) {
-    outcome_ = lockWithin(file_, timeout);
+    : process_(getpid()) {
+  for (int i = 0; i <= kMaxRemovals; ++i) {
+    file_ = openLockFile(path);
+    if (!file_.isOpen()) return;
+    outcome_ = lockNow(file_.number(), LOCK_EX | LOCK_NB);
+    if (outcome_ == LockOutcome::heldElsewhere && timeout > timeout.zero()) {
+      outcome_ = lockWithin(file_, timeout);
+    }
+    if (outcome_ != LockOutcome::held || !isRemoved(file_)) return;
   }
 }
 

@@ -13,7 +13,8 @@ namespace quorvance {
 /// long as it pleases.
 inline constexpr std::chrono::seconds kMaxLockWait{1};
 
-/// The exclusive lock of a side file, which is made when missing and never removed. It excludes
+/// The exclusive lock of a side file, which is made when missing; whoever removes it holds it, and
+/// whoever has waited for a removed one begins anew. It excludes
 /// other processes and other locks of this one, and is held until its end. A process that dies lets
 /// it go; of one that forks, the child's copy neither holds nor releases it once the parent has
 /// released it. Not thread-safe.

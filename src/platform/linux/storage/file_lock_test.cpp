@@ -7,8 +7,12 @@
 
 #include <array>
 #include <chrono>
+#include <filesystem>
+#include <future>
 #include <memory>
 #include <optional>
+#include <string>
+#include <thread>
 
 #include "platform/linux/storage/json_file_store.h"
 #include "platform/testing/manual_executor.h"
@@ -19,6 +23,15 @@ namespace {
 
 using namespace std::chrono_literals;
 using LockOutcome = FileLock::Outcome;
+
+std::size_t openDescriptorsOf(const std::string& path) {
+  std::size_t count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code gone;
+    if (std::filesystem::read_symlink(entry.path(), gone) == path) ++count;
+  }
+  return count;
+}
 
 /// A fork of this process that has done `work` when this one goes on, and then lives until killed.
 class LivingFork {
@@ -94,6 +107,27 @@ TEST(FileLockTest, StateWaitsForNoStoppedProcessAndIsWrittenLater) {
   store.write("b", "2");
   lane->run();
   EXPECT_EQ(folder.get("state.json"), R"({"a":"1","b":"2"})");
+}
+
+TEST(FileLockTest, WhoeverWaitedForARemovedFileLocksTheNewOne) {
+  const TemporaryFolder folder;
+  const std::string path = folder.at("lock");
+  auto first = std::make_unique<FileLock>(path, 0ms);
+  std::promise<void> isHeld;
+  std::promise<void> mayEnd;
+  std::thread waiter([&] {
+    const FileLock second(path, kMaxLockWait);
+    EXPECT_EQ(second.outcome(), FileLock::Outcome::held);
+    isHeld.set_value();
+    mayEnd.get_future().wait();
+  });
+  while (openDescriptorsOf(path) < 2) std::this_thread::yield();
+  std::filesystem::remove(path);
+  first.reset();
+  isHeld.get_future().wait();
+  EXPECT_EQ(FileLock(path, 0ms).outcome(), FileLock::Outcome::heldElsewhere);
+  mayEnd.set_value();
+  waiter.join();
 }
 
 }  // namespace

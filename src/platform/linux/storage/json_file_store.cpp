@@ -1,15 +1,21 @@
 #include "platform/linux/storage/json_file_store.h"
 
+#include <dirent.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <map>
 #include <mutex>
 #include <new>
 #include <set>
+#include <string>
 #include <utility>
+#include <vector>
 
+#include "base/collection.h"
 #include "base/debug.h"
 #include "base/forked_child.h"
 #include "base/json.h"
@@ -61,6 +67,25 @@ struct Pending {
   Keys defaults;
 };
 
+struct StateFolderCloser {
+  void operator()(DIR* directory) const { closedir(directory); }
+};
+
+/// What a store makes in the folder: the state, its temporaries, what it sets aside, the lock last.
+std::vector<std::string> namesOfState(const std::string& folder) {
+  std::vector<std::string> names;
+  const std::unique_ptr<DIR, StateFolderCloser> directory(opendir(folder.c_str()));
+  if (directory == nullptr) return names;
+  while (const dirent* const entry = readdir(directory.get())) {
+    const std::string_view name = static_cast<const char*>(entry->d_name);
+    const bool isState =
+        name == "state.json" || (name.starts_with("state.") && name.ends_with("tmp"));
+    if (isState || name.starts_with("unreadable-state")) names.emplace_back(name);
+  }
+  names.emplace_back("state.lock");
+  return names;
+}
+
 constexpr const char* kUnreadableForNow = "it cannot be read";
 constexpr int kMaxSetAside = 10;
 
@@ -73,12 +98,18 @@ class JsonFileStore::StateFile {
       : folder_(std::move(folder)), path_(folder_ + "/state.json") {}
 
   const std::string& path() const { return path_; }
-  SmallFile load() const { return readSmallFile(path_, kMaxFileBytes); }
+  /// What another user may have put there counts as missing.
+  SmallFile load() const {
+    if (belongsToOthers(folder_)) return {SmallFile::Outcome::missing, {}};
+    return readSmallFile(path_, kMaxFileBytes);
+  }
   /// Makes the file hold the texts of what is unwritten, or every text when it is missing or set
   /// aside. Returns null, or in words what went wrong; `found` is what it held before.
   const char* merge(const Pending& pending, Entries& found);
   /// Only reads.
   const char* look(Entries& found) const;
+  /// Removes the file and whatever was made beside it.
+  const char* erase();
 
  private:
   const char* replace(Json& object, const Keys& wanted, const SmallFile& file, bool isLocked) const;
@@ -100,9 +131,21 @@ const char* JsonFileStore::StateFile::look(Entries& found) const {
   return nullptr;
 }
 
+// The lock goes last, while it is held: whoever waits for it then makes another one.
+const char* JsonFileStore::StateFile::erase() {
+  const FileLock lock(folder_ + "/state.lock", isLockStalled_ ? kMaxLockWait.zero() : kMaxLockWait);
+  isLockStalled_ = lock.outcome() == FileLock::Outcome::heldElsewhere;
+  if (isLockStalled_) return "it cannot be locked, and is not erased";
+  bool isAllGone = true;
+  for (const std::string& name : namesOfState(folder_)) {
+    if (unlink((folder_ + "/" + name).c_str()) != 0 && errno != ENOENT) isAllGone = false;
+  }
+  return isAllGone ? nullptr : "it cannot be erased";
+}
+
 // What cannot be locked at all is not locked, as for the reports beside it.
 const char* JsonFileStore::StateFile::merge(const Pending& pending, Entries& found) {
-  if (!makePrivateFolder(folder_)) return "its folder cannot be made";
+  if (!makePrivateFolder(folder_)) return "its folder cannot be made, or is another user's";
   const FileLock lock(folder_ + "/state.lock", isLockStalled_ ? kMaxLockWait.zero() : kMaxLockWait);
   isLockStalled_ = lock.outcome() == FileLock::Outcome::heldElsewhere;
   if (isLockStalled_) return "it cannot be locked";
@@ -181,6 +224,10 @@ struct JsonFileStore::State : ExitParticipant, std::enable_shared_from_this<Stat
   // Memory has what the file held.
   bool isLoaded = false;
   Pending pending;
+  // The disk is to forget as memory has, before anything further is written.
+  bool isErasureDue = false;
+  // What was found on the disk before an erasure is no news after it.
+  std::uint64_t erasures = 0;
   // Flushes on the file lane. Made beforehand: asking for it needs no memory.
   std::shared_ptr<PreparedTask> flushTask;
 
@@ -188,7 +235,9 @@ struct JsonFileStore::State : ExitParticipant, std::enable_shared_from_this<Stat
   void change(std::string_view key, std::string_view text);
   void changeToDefault(std::string_view key, std::string_view text);
   void flush();
-  void adopt(const Keys& asked, const Entries& found);
+  void forget();
+  const char* eraseIfDue();
+  void adopt(const Keys& asked, const Entries& found, std::uint64_t erasuresBefore);
   bool needsDisk();
   bool needsDiskLocked() const;
   void beginExit() noexcept override;
@@ -229,13 +278,19 @@ void JsonFileStore::State::changeToDefault(std::string_view key, std::string_vie
   pending.entries.emplace(key, std::move(entry));
 }
 
+// What waits while collection is off is written with the first use that finds it on.
 void JsonFileStore::State::flush() {
   Pending taken;
   const char* problem = "it needs more memory than there is";
   hasMemoryFor([&] {
+    problem = eraseIfDue();
+    if (problem != nullptr || !isCollectionEnabled()) return;
+    problem = "it needs more memory than there is";
     bool isKnown = false;
+    std::uint64_t erasuresBefore = 0;
     {
       const std::lock_guard lock(mutex);
+      erasuresBefore = erasures;
       isKnown = isLoaded;
       taken.entries = pending.entries;
       taken.defaults = pending.defaults;
@@ -248,19 +303,46 @@ void JsonFileStore::State::flush() {
     } else if (!isKnown) {
       problem = file->look(found);
     }
-    if (problem == nullptr) adopt(taken.defaults, found);
+    if (problem == nullptr) adopt(taken.defaults, found, erasuresBefore);
   });
   if (problem == nullptr) return;
   {
     const std::lock_guard lock(mutex);
+    // What was forgotten since waits no more. Needs no memory.
+    std::erase_if(taken.unwritten,
+                  [&](const std::string& key) { return !pending.entries.contains(key); });
     pending.unwritten.merge(taken.unwritten);
   }
   sayOfState(file->path(), problem);
 }
 
-// What the host has written since is no default any more.
-void JsonFileStore::State::adopt(const Keys& asked, const Entries& found) {
+// Under the mutex.
+void JsonFileStore::State::forget() {
+  pending = Pending();
+  isLoadTried = true;
+  isLoaded = true;
+  isErasureDue = file.has_value();
+  ++erasures;
+}
+
+// The file lane. Null, or in words why it is still due.
+const char* JsonFileStore::State::eraseIfDue() {
+  {
+    const std::lock_guard lock(mutex);
+    if (!std::exchange(isErasureDue, false)) return nullptr;
+  }
+  const char* const problem = file->erase();
+  if (problem == nullptr) return nullptr;
   const std::lock_guard lock(mutex);
+  isErasureDue = true;
+  return problem;
+}
+
+// What the host has written since is no default any more.
+void JsonFileStore::State::adopt(const Keys& asked, const Entries& found,
+                                 std::uint64_t erasuresBefore) {
+  const std::lock_guard lock(mutex);
+  if (erasures != erasuresBefore) return;
   for (const auto& [key, entry] : found) {
     const bool isYielding = asked.contains(key) && pending.defaults.contains(key);
     const bool isNews = !isLoaded && !pending.entries.contains(key);
@@ -278,7 +360,9 @@ bool JsonFileStore::State::needsDisk() {
 
 // Under the mutex.
 bool JsonFileStore::State::needsDiskLocked() const {
-  return file && (!pending.unwritten.empty() || (isLoadTried && !isLoaded));
+  if (isErasureDue) return true;
+  return file && isCollectionEnabled() &&
+         (!pending.unwritten.empty() || (isLoadTried && !isLoaded));
 }
 
 // What could not be written is tried once more. The mutex is held where a first use reads a disk
@@ -341,6 +425,20 @@ void JsonFileStore::writeDefault(std::string_view key, std::string_view text) {
     state_->changeToDefault(key, text);
   }
   askForDisk();
+}
+
+bool JsonFileStore::forget() {
+  {
+    const std::lock_guard lock(state_->mutex);
+    state_->forget();
+  }
+  askForDisk();
+  return true;
+}
+
+bool JsonFileStore::isForgotten() {
+  const std::lock_guard lock(state_->mutex);
+  return !state_->isErasureDue;
 }
 
 void JsonFileStore::synchronize() { askForDisk(); }

@@ -24,7 +24,10 @@ namespace quorvance {
 /// gets every text that memory has. What cannot be written is tried again with the next write, and
 /// at the end of the store. A file that is no JSON object or too long, and whatever else has its
 /// name, counts as empty; the first write sets it aside as "unreadable-state.json", with a number
-/// where that name is taken by a folder. Any thread; guarded by the state's mutex.
+/// where that name is taken by a folder. While collection is off memory alone is changed; what
+/// waits is written with the first use after that. What is forgotten is removed from the disk
+/// whatever the switch says: the file, its lock, temporaries, and those that were set aside. Any
+/// thread; guarded by the state's mutex.
 class JsonFileStore : public KeyValueStore {
  public:
   /// Longer files are not read.
@@ -43,6 +46,8 @@ class JsonFileStore : public KeyValueStore {
   void write(std::string_view key, std::string_view text) override;
   void synchronize() override;
   void writeDefault(std::string_view key, std::string_view text) override;
+  bool forget() override;
+  bool isForgotten() override;
 
  private:
   class StateFile;

@@ -9,7 +9,9 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "base/collection.h"
 #include "platform/testing/temporary_folder_test_support.h"
 #include "platform/testing/test_world.h"
 
@@ -275,6 +277,56 @@ TEST_F(JsonFileStoreTest, WhatCannotBeWrittenStaysInMemoryAndIsTriedAgainWithThe
   store.write("a", "2");
   lane_->run();
   EXPECT_EQ(stateText(), R"({"c":"0","a":"2","b":"1"})");
+}
+
+TEST_F(JsonFileStoreTest, WithoutCollectionMemoryAloneIsChangedUntilTheFirstUseAfterIt) {
+  setCollectionEnabled(false);
+  JsonFileStore store = makeStore();
+  store.write("a", "1");
+  lane_->run();
+  EXPECT_FALSE(fs::exists(folder_.at("app")));
+  EXPECT_EQ(store.read("a").text, "1");
+  setCollectionEnabled(true);
+  store.synchronize();
+  lane_->run();
+  EXPECT_EQ(stateText(), R"({"a":"1"})");
+}
+
+TEST_F(JsonFileStoreTest, WhatIsForgottenLeavesNothingAndDoesNotComeBack) {
+  JsonFileStore store = makeStore();
+  store.write("a", "1");
+  lane_->run();
+  for (const char* name : {"state.tmp", "state.77.tmp", "unreadable-state.json", "statement.txt"}) {
+    folder_.put("app/quorvance/" + std::string(name), "x");
+  }
+  store.write("b", "2");  // waits for the disk
+  for (const bool isOn : {false, true}) {
+    setCollectionEnabled(isOn);
+    EXPECT_TRUE(store.forget());
+    EXPECT_FALSE(store.isForgotten());
+    EXPECT_EQ(store.read("a").kind, Kind::absent);
+    lane_->run();
+    EXPECT_TRUE(store.isForgotten());
+    std::vector<std::string> left;
+    for (const auto& entry : fs::directory_iterator(folder_.at("app/quorvance"))) {
+      left.push_back(entry.path().filename());
+    }
+    EXPECT_EQ(left, std::vector<std::string>{"statement.txt"});
+    store.write("c", "3");
+  }
+  lane_->run();
+  EXPECT_EQ(stateText(), R"({"c":"3"})");
+}
+
+TEST_F(JsonFileStoreTest, AnotherUsersFolderIsNeitherReadNorWritten) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can give a folder away";
+  putState(R"({"deviceId":"planted"})");
+  ASSERT_EQ(chown(folder_.at("app/quorvance").c_str(), 65534, 65534), 0);
+  JsonFileStore store = makeStore();
+  EXPECT_EQ(store.read("deviceId").kind, Kind::absent);
+  store.write("a", "1");
+  lane_->run();
+  EXPECT_EQ(stateText(), R"({"deviceId":"planted"})");
 }
 
 }  // namespace

@@ -14,12 +14,15 @@
 #include <memory>
 #include <utility>
 
+#include "base/debug.h"
 #include "platform/linux/storage/file_lock.h"
 #include "platform/linux/storage/private_files.h"
 #include "platform/linux/storage/temporary_name.h"
 
 namespace quorvance {
 namespace {
+
+constexpr std::string_view kLockPrefix = ".lock-";
 
 struct DirectoryCloser {
   void operator()(DIR* directory) const { closedir(directory); }
@@ -102,13 +105,21 @@ std::string LinuxDocumentsFolder::at(std::string_view name) const {
   return path_.value_or(std::string()) + "/" + std::string(name);
 }
 
-bool LinuxDocumentsFolder::prepare() { return path_ && makePrivateFolder(*path_); }
+bool LinuxDocumentsFolder::prepare() {
+  if (!path_) return false;
+  if (makePrivateFolder(*path_)) return true;
+  if (belongsToOthers(*path_) && !isRefusalTold_.exchange(true)) {
+    logMessage(LogLevel::error, "the data folder " + *path_ + " is another user's, and not used");
+  }
+  return false;
+}
 
 // What cannot be locked at all is not locked: a report matters more than a place in its category.
 std::unique_ptr<DocumentsLock> LinuxDocumentsFolder::lockAmongProcesses(
     std::string_view purpose, std::chrono::milliseconds timeout) {
   if (!path_) return std::make_unique<DocumentsLock>();
-  auto lock = std::make_unique<FolderLock>(at(".lock-" + std::string(purpose)), timeout);
+  auto lock =
+      std::make_unique<FolderLock>(at(std::string(kLockPrefix) + std::string(purpose)), timeout);
   if (lock->isHeldElsewhere()) return nullptr;
   return lock;
 }
@@ -137,6 +148,22 @@ std::vector<UnfinishedDocument> LinuxDocumentsFolder::unfinishedDocuments() {
     unfinished.push_back({std::move(name), parsed.document, parsed.isReplacement});
   }
   return unfinished;
+}
+
+// A writer that still lives then finds its name gone, and its document is dropped.
+bool LinuxDocumentsFolder::removeHidden() {
+  std::vector<std::string> names;
+  const auto error =
+      visitNames(path_.value_or(std::string()), [&](int /*folder*/, std::string name) {
+        const bool isOurs =
+            name.starts_with(TemporaryName::kPrefix) || name.starts_with(kLockPrefix);
+        if (isOurs) names.push_back(std::move(name));
+      });
+  bool isAllGone = !error;
+  for (const std::string& name : names) {
+    if (unlink(at(name).c_str()) != 0 && errno != ENOENT) isAllGone = false;
+  }
+  return isAllGone;
 }
 
 std::optional<PlatformError> LinuxDocumentsFolder::list(std::vector<DocumentEntry>& entries) {

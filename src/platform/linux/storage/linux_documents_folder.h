@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -14,7 +15,8 @@
 namespace quorvance {
 
 /// The data folder of one application. Any thread; the folder is made with mode 0700 when it is
-/// first used or was removed since, files have mode 0600. A file is written under a hidden
+/// first used or was removed since, or narrowed to it; another user's is not used, which the log
+/// tells once. Files have mode 0600. A file is written under a hidden
 /// temporary name (temporary_name.h), brought to the disk and renamed. Locks are hidden files too,
 /// ".lock-" and the purpose.
 class LinuxDocumentsFolder : public DocumentsFolder {
@@ -38,6 +40,7 @@ class LinuxDocumentsFolder : public DocumentsFolder {
   std::unique_ptr<DocumentsLock> lockAmongProcesses(std::string_view purpose,
                                                     std::chrono::milliseconds timeout) override;
   std::vector<UnfinishedDocument> unfinishedDocuments() override;
+  bool removeHidden() override;
 
  private:
   /// The names as they stood at one change of the folder. Other processes may add some: the kernel
@@ -50,6 +53,7 @@ class LinuxDocumentsFolder : public DocumentsFolder {
 
   const std::optional<std::string> path_;
   const std::chrono::nanoseconds coarsestFileTime_;
+  std::atomic<bool> isRefusalTold_{false};
   std::mutex mutex_;
   std::shared_ptr<const Listing> listing_;
   // Of this process: a listing that one of them overtook is not kept.

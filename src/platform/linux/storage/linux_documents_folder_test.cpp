@@ -162,5 +162,40 @@ TEST(DocumentsFolderTest, WhatTheDeadLeftIsToldApartFromTheWorkOfTheLiving) {
   EXPECT_THAT(documentNames(folder), IsEmpty());
 }
 
+TEST(DocumentsFolderTest, AnOpenFolderOfOursIsNarrowedAndOneOfOthersRefused) {
+  const TemporaryFolder root;
+  namespace fs = std::filesystem;
+  fs::create_directory(root.at("open"));
+  fs::permissions(root.at("open"), fs::perms::all);
+  fs::create_directory_symlink("open", root.at("link"));
+  EXPECT_TRUE(LinuxDocumentsFolder(root.at("link")).prepare());
+  EXPECT_EQ(root.permissionsOf("open"), 0700U);
+  if (geteuid() != 0) GTEST_SKIP() << "only root can give things away";
+  constexpr uid_t kSomebody = 65534;
+  ASSERT_EQ(lchown(root.at("link").c_str(), kSomebody, kSomebody), 0);
+  EXPECT_FALSE(LinuxDocumentsFolder(root.at("link")).prepare());
+  EXPECT_TRUE(LinuxDocumentsFolder(root.at("open")).prepare());
+  fs::permissions(root.at("open"), fs::perms::all);
+  ASSERT_EQ(chown(root.at("open").c_str(), kSomebody, kSomebody), 0);
+  EXPECT_FALSE(LinuxDocumentsFolder(root.at("open")).prepare());
+  EXPECT_EQ(root.permissionsOf("open"), 0777U);
+}
+
+TEST(DocumentsFolderTest, HiddenThingsAreRemovedAndOthersAreNot) {
+  const TemporaryFolder root;
+  LinuxDocumentsFolder folder(root.path());
+  root.put(TemporaryName::make("crash1.json", false), "{");
+  root.put(".report-new-1-1-bio1.json", "{");  // of a process that lives
+  root.put(".hidden", "of somebody else");
+  root.put("crash2.json", "{}");
+  const auto lock = folder.lockAmongProcesses("reports", 0ms);
+  EXPECT_TRUE(folder.removeHidden());
+  std::vector<std::string> left;
+  for (const auto& entry : std::filesystem::directory_iterator(root.path())) {
+    left.push_back(entry.path().filename());
+  }
+  EXPECT_THAT(left, UnorderedElementsAre(".hidden", "crash2.json"));
+}
+
 }  // namespace
 }  // namespace quorvance

@@ -39,6 +39,22 @@ bool isFolder(const std::string& path) {
   return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
+// Through a descriptor: what is narrowed is what was looked at.
+bool narrowToOwner(const std::string& path) {
+  const FileDescriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  struct stat status = {};
+  return folder.isOpen() && fstat(folder.number(), &status) == 0 && status.st_uid == geteuid() &&
+         fchmod(folder.number(), kPrivateFolder) == 0;
+}
+
+/// Of a folder that is there.
+bool isPrivateFolder(const std::string& path) {
+  constexpr mode_t kOthers = 077;
+  struct stat status = {};
+  if (belongsToOthers(path) || stat(path.c_str(), &status) != 0) return false;
+  return (status.st_mode & kOthers) == 0 || narrowToOwner(path);
+}
+
 bool makeOneFolder(const std::string& path) {
   if (mkdir(path.c_str(), kPrivateFolder) == 0) {
     return chmod(path.c_str(), kPrivateFolder) == 0;  // the umask may have taken bits away
@@ -104,12 +120,22 @@ SmallFile readSmallFile(const std::string& path, std::size_t maxBytes) {
 
 bool makePrivateFolder(const std::string& path) {
   if (path.empty()) return false;
-  if (isFolder(path)) return true;
+  if (isFolder(path)) return isPrivateFolder(path);
   for (std::size_t end = path.find('/', 1); end != std::string::npos;
        end = path.find('/', end + 1)) {
     if (!makeOneFolder(path.substr(0, end))) return false;
   }
-  return makeOneFolder(path);
+  return makeOneFolder(path) && isPrivateFolder(path);
+}
+
+bool belongsToOthers(const std::string& path) {
+  struct stat status = {};
+  if (lstat(path.c_str(), &status) != 0) return false;
+  if (S_ISLNK(status.st_mode)) {
+    if (status.st_uid != geteuid() && status.st_uid != 0) return true;
+    if (stat(path.c_str(), &status) != 0) return false;
+  }
+  return status.st_uid != geteuid();
 }
 
 bool replaceFile(const std::string& path, const std::string& temporaryPath,

@@ -6,9 +6,15 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <future>
+#include <memory>
+#include <mutex>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "base/debug.h"
 #include "platform/linux/threads/thread_signals_test_support.h"
@@ -104,6 +110,84 @@ TEST_F(DebugConsoleTest, AFewLongLinesAreBoundedToo) {
   EXPECT_EQ(console.readLine(), "first");
   EXPECT_EQ(console.readLine(), "... 1 lines dropped");
   EXPECT_EQ(console.readLine(), "last");
+}
+
+/// What a sink of the host's was given: "LEVEL line", the level as its number.
+struct KeptLines {
+  std::mutex mutex;
+  std::vector<std::string> lines;
+  LogSink sink() {
+    return [this](LogLevel level, std::string_view line) {
+      const std::lock_guard lock(mutex);
+      lines.push_back(std::to_string(static_cast<int>(level)) + " " + std::string(line));
+    };
+  }
+};
+
+class LogSinkTest : public testing::Test {
+ protected:
+  ~LogSinkTest() override {
+    EXPECT_TRUE(flushDebugOutput(testDeadline()));
+    setLogSink(nullptr);
+    setIsInDebugMode(false);
+  }
+  KeptLines kept_;
+};
+
+TEST_F(LogSinkTest, GetsWarningsAlwaysAndDebugLinesInDebugMode) {
+  logMessage(LogLevel::warning, "nobody listens");
+  setLogSink(kept_.sink());
+  debugPrint("no debug mode");
+  logMessage(LogLevel::warning, "w");
+  setIsInDebugMode(true);
+  debugPrint("d");
+  logMessage(LogLevel::error, "e");
+  ASSERT_TRUE(flushDebugOutput(testDeadline()));
+  EXPECT_EQ(kept_.lines, (std::vector<std::string>{"1 w", "0 d", "2 e"}));
+}
+
+TEST_F(LogSinkTest, MayThrowLogReplaceItselfAndNotReturn) {
+  setIsInDebugMode(true);
+  setLogSink([this](LogLevel level, std::string_view line) {
+    debugPrint("from the sink");
+    kept_.sink()(level, line);
+    setLogSink(kept_.sink());
+    throw 7;
+  });
+  debugPrint("a");
+  debugPrint("b");
+  ASSERT_TRUE(flushDebugOutput(testDeadline()));
+  EXPECT_EQ(kept_.lines, (std::vector<std::string>{"0 a", "0 b"}));
+  std::promise<void> mayReturn;
+  setLogSink([go = mayReturn.get_future().share()](auto, auto) { go.wait(); });
+  EXPECT_TRUE(returnsByItself([] {
+    for (std::size_t i = 0; i < 2 * kMaxWaitingDebugLines; ++i) debugPrint("x");
+    setLogSink(nullptr);
+    setLogSink([](auto, auto) {});
+  }));
+  mayReturn.set_value();
+}
+
+TEST_F(LogSinkTest, IsReplacedWhileOthersLog) {
+  setIsInDebugMode(true);
+  std::atomic<int> alive = 0;
+  {
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < 4; ++i) {
+      threads.emplace_back([](const std::stop_token& stop) {
+        while (!stop.stop_requested()) debugPrint("x");
+      });
+    }
+    for (int i = 0; i < 500; ++i) {
+      const std::shared_ptr<void> token(
+          &alive, [](void* count) { --*static_cast<std::atomic<int>*>(count); });
+      ++alive;
+      setLogSink([token](auto, auto) {});
+    }
+  }
+  ASSERT_TRUE(flushDebugOutput(testDeadline()));
+  setLogSink([](auto, auto) {});
+  EXPECT_EQ(alive, 0);
 }
 
 }  // namespace
