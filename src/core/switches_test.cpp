@@ -179,7 +179,7 @@ TEST(CollectionTest, AScreenUnderWayStopsItsSensorsAndRecordsNothing) {
 TEST(ErasureTest, MemoryForgetsAtOnceAndTheDiskBeforeTheCompletion) {
   SwitchesWorld world;
   world.http->answer(ManagerWorld::kDevicePath, okReply(R"({"deviceID":"d1"})"));
-  world.http->answer(ManagerWorld::kConfigurationPath, okReply(ManagerWorld::kTraceManager));
+  world.http->answer(ManagerWorld::kConfigurationPath, okReply(R"({"activity_map": true})"));
   QuorvanceManager manager(world.platform());
   manager.setupWithServerUrl(ManagerWorld::kServer, "u1");
   manager.initializeDeviceId();
@@ -206,6 +206,8 @@ TEST(ErasureTest, MemoryForgetsAtOnceAndTheDiskBeforeTheCompletion) {
   EXPECT_THAT(world.documents->files, ElementsAre(Pair("of-somebody-else", "x")));
 
   screen->finishScreenListener();
+  world.time->run();
+  EXPECT_EQ(world.documents->count("activity"), 0U);
   std::vector<Verdict> verdicts;
   manager.getRiskForCheckPoint(Launch(), keepVerdict(verdicts));
   world.time->run();
@@ -214,7 +216,6 @@ TEST(ErasureTest, MemoryForgetsAtOnceAndTheDiskBeforeTheCompletion) {
   EXPECT_EQ(*findText(risk.body["keys"], "device_id"), "no_device_id");
   EXPECT_FALSE(risk.body.contains("user_data"));
   EXPECT_EQ(risk.body["checkpoint_additional_data"]["askedPermissions"], Json::array());
-  EXPECT_EQ(world.documents->count("activity"), 0U);
 }
 
 TEST(ErasureTest, AnIdentifierThatWasAskedForBeforeIsNotTakenAfter) {
