@@ -76,14 +76,12 @@ class QuorvanceManager {
   /// A plain switch, cleared by every payload; nothing acts on it. One per process.
   static bool sessionDataCollect();
   static void setSessionDataCollect(bool on);
-  /// The host's consent, for the process; on unless it says otherwise, and not kept: a host sets it
-  /// at each start before it sets up anything. While off, nothing is gathered (no fact, touch or
-  /// motion, no bus and no network is watched), stored or sent. A verdict comes at once, with an
-  /// empty request identifier; checkpoints, outcomes, screens, permissions and crashes are dropped;
-  /// what the host configures stays in memory, as does who signs in. Calls that are on their way
-  /// when it is switched off end as ever, and begin no others; a watch that runs ends with its next
-  /// event. Switched on again, what setup and the identifier still need is asked for within 10 s;
-  /// screens that were begun meanwhile stay idle. inspectDevice() answers the host alone, always.
+  /// The host's consent, one per process, on by default and not kept: set it before anything else.
+  /// While off nothing is gathered, stored or sent: a verdict comes at once, without an answer and
+  /// with an empty request identifier; checkpoints, outcomes, screens, permissions (answered by
+  /// "no"), pending data and crashes are dropped; what is configured, and who signs in, stays in
+  /// memory. Calls on their way end as ever and begin no others. Switched on again, what setup and
+  /// the identifier still need is asked for within 10 s. All of it: docs/switches.md.
   static bool isCollectionEnabled();
   static void setCollectionEnabled(bool on);
   /// Prints the value in debug mode.
@@ -132,14 +130,11 @@ class QuorvanceManager {
   /// Ends the user's session: the stored user becomes "UNKNOWN" and a new session begins.
   void logout();
 
-  /// Erases what the library has stored for this application, and forgets it: user, identifiers,
-  /// session, permissions asked for, pending data, traces, screens under way. What remains is the
-  /// server's URL and configuration of this run. Memory forgets at once; the disk follows in the
-  /// background, the completion, which may be empty, after it (dropped without memory). From then
-  /// on all is as after a fresh installation: ask for an identifier again, and with collection on
-  /// what happens next is stored again. Switch it off first to leave the data folder empty. Another
-  /// process that shares the folder has a memory of its own, and must erase too. What is on its way
-  /// to the server arrives.
+  /// Erases what the library has stored for this application and forgets it, but for the URL and
+  /// the configuration of this run: memory at once, the disk in the background, before the
+  /// completion, which may be empty and is dropped without memory. Then all is as after an
+  /// installation: with collection on, what happens next is stored again. Another process that
+  /// shares the folder must erase too. What is on its way to the server arrives there.
   void eraseStoredData(ErasureCompletion completion = nullptr);
 
   /// Reports the checkpoint and asks for a verdict. The completion runs exactly once, also when no

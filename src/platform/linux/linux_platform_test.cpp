@@ -51,6 +51,13 @@ TEST(LinuxPlatformTest, HasAllThatIsRequiredAndStartsNothing) {
   EXPECT_EQ(filesOf(home.path()), 0U);
 }
 
+TEST(LinuxPlatformTest, CrashCaptureCanBeRefused) {
+  LinuxPlatformOptions options;
+  EXPECT_TRUE(makeLinuxPlatform(options).crashTrap);
+  options.mayCatchCrashes = false;
+  EXPECT_FALSE(makeLinuxPlatform(options).crashTrap);  // nobody else can install anything
+}
+
 TEST(LinuxPlatformTest, TakesItsNameFromTheExecutableWithoutAHostIdentifier) {
   const Platform platform = makeLinuxPlatform();
   const auto executable = std::filesystem::read_symlink("/proc/self/exe").filename().string();
