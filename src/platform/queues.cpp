@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/out_of_memory.h"
+#include "quorvance/platform/http.h"
 
 namespace quorvance {
 namespace {
@@ -43,6 +44,10 @@ std::shared_ptr<PreparedTask> postedTask(Post post, PreparedTask::Body body) {
 }
 
 }  // namespace
+
+bool HttpSession::dispatchAfter(std::chrono::milliseconds /*delay*/, Task /*task*/) {
+  return false;
+}
 
 std::shared_ptr<PreparedTask> MainQueue::prepare(PreparedTask::Body body) {
   return postedTask(

@@ -22,6 +22,17 @@ struct HttpRequest {
   std::chrono::milliseconds timeout{60'000};
 };
 
+/// Why no whole reply came.
+enum class TransportFault {
+  /// No connection, or one that broke off.
+  unreachable,
+  timedOut,
+  /// The server's certificate was not accepted.
+  certificate,
+  /// It was never tried: the URL cannot be sent to, or the session has no room.
+  notSent,
+};
+
 /// What came of a request: a transport error, or a status with a body (an empty one included).
 struct HttpReply {
   std::optional<PlatformError> transportError;
@@ -29,6 +40,8 @@ struct HttpReply {
   std::optional<int> status;
   /// Only a reply that came whole has a body.
   std::optional<std::string> body;
+  /// Beside a transport error.
+  TransportFault fault = TransportFault::unreachable;
 };
 
 using HttpCompletion = std::function<void(HttpReply)>;
@@ -45,6 +58,12 @@ class HttpSession {
   /// Runs `completion` exactly once on the session's thread, never inside the call. A session that
   /// is destroyed drops the completions that wait.
   virtual void send(HttpRequest request, HttpCompletion completion) = 0;
+
+  // What a host's own session may leave as it is.
+
+  /// Runs the task on the session's thread when `delay` has passed on a monotonic clock. False, and
+  /// nothing happens, where the session keeps no time: the main queue is then asked.
+  virtual bool dispatchAfter(std::chrono::milliseconds delay, Task task);
 };
 
 }  // namespace quorvance

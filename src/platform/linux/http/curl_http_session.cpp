@@ -6,7 +6,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <limits>
 #include <list>
 #include <mutex>
 #include <optional>
@@ -20,6 +19,7 @@
 #include "platform/linux/http/curl_transfer.h"
 #include "platform/linux/http/curl_wakeup_pair.h"
 #include "platform/linux/http/http_policy.h"
+#include "platform/linux/http/session_timers.h"
 #include "platform/linux/http/url_check.h"
 #include "platform/linux/http/wake_up_event.h"
 #include "platform/linux/threads/library_thread.h"
@@ -30,12 +30,10 @@ namespace {
 
 /// Handles that are kept for the next exchanges; more than that belong to a rare burst.
 constexpr std::size_t kMaxIdleTransfers = 8;
-/// Nothing is due: only a wake-up or the network ends the wait.
-constexpr int kLongestWaitMilliseconds = std::numeric_limits<int>::max();
-
 HttpReply failedReply(CURLcode code, std::string_view detail = {}) {
   HttpReply reply;
   reply.transportError = curlError(code, detail);
+  reply.fault = transportFaultOf(code);
   return reply;
 }
 
@@ -62,6 +60,7 @@ struct CurlHttpSession::State : ThreadSeeker, ExitParticipant, std::enable_share
   std::mutex mutex;
   LibraryThread thread;
   std::list<Task> tasks;
+  SessionTimers timers;
   std::list<Call> waiting;
   // Open before the thread starts.
   WakeUpEvent wakeUp;
@@ -85,10 +84,12 @@ struct CurlHttpSession::State : ThreadSeeker, ExitParticipant, std::enable_share
   void stop() noexcept {
     std::list<Task> droppedTasks;
     std::list<Call> droppedCalls;
+    SessionTimers droppedTimers;
     const std::lock_guard lock(mutex);
     isStopped = true;
     droppedTasks.swap(tasks);
     droppedCalls.swap(waiting);
+    droppedTimers.swap(timers);
     wakeUp.signal();
   }
 
@@ -134,17 +135,19 @@ class CurlHttpSession::Worker {
  private:
   void open();
   void runTasks();
+  void runTimers();
   bool startWaiting();
   void startCall(State::Call call);
   void perform();
   void finishDone();
   void finishOne(CURL* handle, CURLcode code);
   bool sleep();
-  int longestWait() const;
+  int restWait() const;
   void closeWhenIdle();
 
   bool isStopped();
   std::optional<Task> takeTask();
+  std::optional<Task> takeDueTimer(SessionTimers::Clock::time_point now);
   std::optional<State::Call> takeWaiting();
   std::unique_ptr<CurlTransfer> takeTransfer();
   void keep(std::unique_ptr<CurlTransfer> transfer);
@@ -175,6 +178,7 @@ void CurlHttpSession::Worker::run() {
   bool isTurnDue = true;
   while (!isStopped()) {
     runTasks();
+    runTimers();
     const bool hasTurn = startWaiting() || isTurnDue;
     if (hasTurn) perform();
     isTurnDue = sleep() || !hasTurn;
@@ -207,6 +211,11 @@ void CurlHttpSession::Worker::runTasks() {
     if (!task) return;
     hasMemoryFor(*task);
   }
+}
+
+void CurlHttpSession::Worker::runTimers() {
+  const auto now = SessionTimers::Clock::now();
+  while (const std::optional<Task> task = takeDueTimer(now)) hasMemoryFor(*task);
 }
 
 // True when there was any.
@@ -286,34 +295,38 @@ void CurlHttpSession::Worker::finishOne(CURL* handle, CURLcode code) {
 
 // False when there is work: it has not slept.
 bool CurlHttpSession::Worker::sleep() {
+  int wait = restWait();
   {
     const auto lock = state_->lockOrRest();
     const bool canStart = !state_->waiting.empty() && inFlight_.size() < kMaxInFlight;
     if (state_->isStopped || !state_->tasks.empty() || canStart) return false;
+    wait = std::min(wait, state_->timers.waitMilliseconds());
     state_->isAsleep = true;
   }
   // Not libcurl's own wake-up: it is missing, in silence, when there was no descriptor for it.
   curl_waitfd wakeUp = {state_->wakeUp.descriptor(), CURL_WAIT_POLLIN, 0};
   if (multi_ == nullptr) {
-    state_->wakeUp.wait();
+    state_->wakeUp.wait(wait);
   } else {
-    curl_multi_poll(multi_, &wakeUp, 1, longestWait(), nullptr);
+    curl_multi_poll(multi_, &wakeUp, 1, wait, nullptr);
   }
   if (multi_ == nullptr || wakeUp.revents != 0) state_->wakeUp.reset();
   return true;
 }
 
-int CurlHttpSession::Worker::longestWait() const {
-  if (!inFlight_.empty()) return kLongestWaitMilliseconds;
+// How long until nothing has used the connections for too long, in milliseconds.
+int CurlHttpSession::Worker::restWait() const {
+  constexpr int kLongest = SessionTimers::kLongestWaitMilliseconds;
+  if (multi_ == nullptr || !inFlight_.empty()) return kLongest;
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(idleSince_ + state_->maxIdleTime -
                                                                  std::chrono::steady_clock::now());
-  return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, kLongestWaitMilliseconds));
+  return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, kLongest));
 }
 
 // libcurl looks at the age of its connections only when it is used, and has no other way to close
 // those that rest. What opens it again is the next use.
 void CurlHttpSession::Worker::closeWhenIdle() {
-  if (multi_ == nullptr || !inFlight_.empty() || longestWait() > 0) return;
+  if (multi_ == nullptr || restWait() > 0) return;
   {
     const auto lock = state_->lockOrRest();
     if (state_->isStopped || !state_->tasks.empty() || !state_->waiting.empty()) return;
@@ -333,6 +346,11 @@ std::optional<Task> CurlHttpSession::Worker::takeTask() {
   std::optional<Task> task = std::move(state_->tasks.front());
   state_->tasks.pop_front();
   return task;
+}
+
+std::optional<Task> CurlHttpSession::Worker::takeDueTimer(SessionTimers::Clock::time_point now) {
+  const auto lock = state_->lockOrRest();
+  return state_->timers.takeDue(now);
 }
 
 std::optional<CurlHttpSession::State::Call> CurlHttpSession::Worker::takeWaiting() {
@@ -368,7 +386,7 @@ void CurlHttpSession::State::wake(std::unique_lock<std::mutex>& lock) noexcept {
 
 void CurlHttpSession::State::seekThread() noexcept {
   std::unique_lock lock(mutex);
-  const bool hasWork = !tasks.empty() || !waiting.empty();
+  const bool hasWork = !tasks.empty() || !waiting.empty() || !timers.isEmpty();
   const bool isRefused = hasWork && !isRunning && !startThread();
   lock.unlock();
   if (isRefused) retries->noteRefusal();
@@ -405,6 +423,16 @@ void CurlHttpSession::dispatch(Task task) {
   std::unique_lock lock(state_->mutex);
   if (state_->isStopped) return;
   if (hasMemoryFor([&] { state_->tasks.push_back(std::move(task)); })) state_->wake(lock);
+}
+
+bool CurlHttpSession::dispatchAfter(std::chrono::milliseconds delay, Task task) {
+  SessionTimers added;  // made before the lock is taken
+  if (!hasMemoryFor([&] { added = SessionTimers(delay, std::move(task)); })) return true;
+  std::unique_lock lock(state_->mutex);
+  if (state_->isStopped) return true;
+  state_->timers.take(added);
+  state_->wake(lock);
+  return true;
 }
 
 void CurlHttpSession::send(HttpRequest request, HttpCompletion completion) {

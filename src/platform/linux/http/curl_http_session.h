@@ -43,6 +43,8 @@ class CurlHttpSession : public HttpSession {
 
   void dispatch(Task task) override;
   void send(HttpRequest request, HttpCompletion completion) override;
+  /// Never false. What waits is dropped without memory, and at the end of the session.
+  bool dispatchAfter(std::chrono::milliseconds delay, Task task) override;
 
  private:
   struct State;

@@ -29,6 +29,30 @@ PlatformError curlError(CURLcode code, std::string_view detail) {
   return error;
 }
 
+TransportFault transportFaultOf(CURLcode code) {
+  switch (code) {
+    case CURLE_OPERATION_TIMEDOUT:
+      return TransportFault::timedOut;
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_CACERT_BADFILE:
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_SSL_CLIENTCERT:
+    case CURLE_SSL_CRL_BADFILE:
+    case CURLE_SSL_INVALIDCERTSTATUS:
+    case CURLE_SSL_ISSUER_ERROR:
+    case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
+      return TransportFault::certificate;
+    case CURLE_AGAIN:
+    case CURLE_FAILED_INIT:
+    case CURLE_OUT_OF_MEMORY:
+    case CURLE_UNSUPPORTED_PROTOCOL:
+    case CURLE_URL_MALFORMAT:
+      return TransportFault::notSent;
+    default:
+      return TransportFault::unreachable;
+  }
+}
+
 long curlTimeoutMilliseconds(std::chrono::milliseconds timeout) {
   if (timeout <= std::chrono::milliseconds::zero()) timeout = kDefaultTimeout;
   // The library refuses more than an int.
@@ -150,6 +174,7 @@ HttpReply CurlTransfer::replyFor(CURLcode code) {
     reply.transportError = curlError(CURLE_GOT_NOTHING, "the connection ended without an answer");
   } else {
     reply.transportError = curlError(code, errorText_.data());
+    reply.fault = transportFaultOf(code);
   }
   return reply;
 }

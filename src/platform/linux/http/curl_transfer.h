@@ -33,6 +33,9 @@ struct CurlListDeleter {
 /// words for the code.
 PlatformError curlError(CURLcode code, std::string_view detail = {});
 
+/// What the code means to the seam.
+TransportFault transportFaultOf(CURLcode code);
+
 /// One exchange at a time on one handle, which serves the next exchange again:
 /// start(), then the multi interface drives handle(), then finish().
 /// The session's thread only.

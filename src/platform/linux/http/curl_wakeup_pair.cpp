@@ -17,7 +17,7 @@ namespace {
 // A socket that follows all of these beats is the handle's.
 constexpr int kBeats[] = {1, 3, 2};
 
-struct DirectoryCloser {
+struct ListingCloser {
   void operator()(DIR* directory) const { closedir(directory); }
 };
 
@@ -32,7 +32,7 @@ bool isLocalStream(int descriptor) {
 
 std::vector<int> localStreams() {
   std::vector<int> found;
-  const std::unique_ptr<DIR, DirectoryCloser> directory(opendir("/proc/self/fd"));
+  const std::unique_ptr<DIR, ListingCloser> directory(opendir("/proc/self/fd"));
   if (directory == nullptr) return found;
   while (const dirent* const entry = readdir(directory.get())) {
     const int descriptor = std::atoi(entry->d_name);

@@ -5,11 +5,6 @@
 #include <unistd.h>
 
 namespace quorvance {
-namespace {
-
-constexpr int kForEver = -1;
-
-}  // namespace
 
 WakeUpEvent::~WakeUpEvent() {
   if (descriptor_ >= 0) close(descriptor_);
@@ -23,9 +18,9 @@ bool WakeUpEvent::open() {
 // Fails in no way that matters: a counter that is full is readable.
 void WakeUpEvent::signal() const { eventfd_write(descriptor_, 1); }
 
-void WakeUpEvent::wait() const {
+void WakeUpEvent::wait(int milliseconds) const {
   pollfd event = {descriptor_, POLLIN, 0};
-  poll(&event, 1, kForEver);
+  poll(&event, 1, milliseconds);
 }
 
 void WakeUpEvent::reset() const {

@@ -16,7 +16,8 @@ class WakeUpEvent {
   /// What to wait for; -1 when it is not open.
   int descriptor() const { return descriptor_; }
   void signal() const;
-  void wait() const;
+  /// For so many milliseconds at most.
+  void wait(int milliseconds) const;
   void reset() const;
 
  private:
