@@ -39,6 +39,8 @@ class KeyValueStore {
   virtual bool forget() { return false; }
   /// Whether the disk has nothing any more of what was forgotten. Asked on the file lane.
   virtual bool isForgotten() { return true; }
+  /// Whether the disk has all that was written; a store that cannot tell says yes. Never waits.
+  virtual bool isSynchronized() { return true; }
 };
 
 }  // namespace quorvance

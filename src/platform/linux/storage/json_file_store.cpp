@@ -221,6 +221,8 @@ struct JsonFileStore::State : ExitParticipant, std::enable_shared_from_this<Stat
   std::mutex mutex;
   // The first use has tried to read the file.
   bool isLoadTried = false;
+  // The file lane writes what it has taken out of `pending`.
+  bool isFlushing = false;
   // Memory has what the file held.
   bool isLoaded = false;
   Pending pending;
@@ -295,6 +297,7 @@ void JsonFileStore::State::flush() {
       taken.entries = pending.entries;
       taken.defaults = pending.defaults;
       taken.unwritten.swap(pending.unwritten);
+      isFlushing = true;
     }
     Entries found;
     problem = nullptr;
@@ -305,14 +308,17 @@ void JsonFileStore::State::flush() {
     }
     if (problem == nullptr) adopt(taken.defaults, found, erasuresBefore);
   });
-  if (problem == nullptr) return;
   {
     const std::lock_guard lock(mutex);
-    // What was forgotten since waits no more. Needs no memory.
-    std::erase_if(taken.unwritten,
-                  [&](const std::string& key) { return !pending.entries.contains(key); });
-    pending.unwritten.merge(taken.unwritten);
+    if (problem != nullptr) {
+      // What was forgotten since waits no more. Needs no memory.
+      std::erase_if(taken.unwritten,
+                    [&](const std::string& key) { return !pending.entries.contains(key); });
+      pending.unwritten.merge(taken.unwritten);
+    }
+    isFlushing = false;
   }
+  if (problem == nullptr) return;
   sayOfState(file->path(), problem);
 }
 
@@ -442,6 +448,11 @@ bool JsonFileStore::isForgotten() {
 }
 
 void JsonFileStore::synchronize() { askForDisk(); }
+
+bool JsonFileStore::isSynchronized() {
+  const std::lock_guard lock(state_->mutex);
+  return state_->pending.unwritten.empty() && !state_->isFlushing && !state_->isErasureDue;
+}
 
 void JsonFileStore::askForDisk() {
   if (state_->needsDisk()) state_->flushTask->start(state_);

@@ -48,6 +48,7 @@ class JsonFileStore : public KeyValueStore {
   void writeDefault(std::string_view key, std::string_view text) override;
   bool forget() override;
   bool isForgotten() override;
+  bool isSynchronized() override;
 
  private:
   class StateFile;

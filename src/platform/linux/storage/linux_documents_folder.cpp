@@ -24,10 +24,10 @@ namespace {
 
 constexpr std::string_view kLockPrefix = ".lock-";
 
-struct DirectoryCloser {
+struct FolderCloser {
   void operator()(DIR* directory) const { closedir(directory); }
 };
-using Directory = std::unique_ptr<DIR, DirectoryCloser>;
+using Directory = std::unique_ptr<DIR, FolderCloser>;
 
 PlatformError errorOf(int number, const std::string& name) {
   PlatformError error = PlatformError::fromErrorCode({number, std::system_category()});
