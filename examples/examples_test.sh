@@ -13,7 +13,7 @@ mkfifo "$folder/ready"
 # answer_to RISK PROGRAM: what the program prints of that verdict.
 answer_to() {
   echo "[{\"risk\": \"$1\"}]" >"$folder/rules.json"
-  "$server" --rules "$folder/rules.json" >"$folder/ready" &
+  "$server" --rules "$folder/rules.json" --log "$folder/calls" >"$folder/ready" &
   serverProcess=$!
   local ready
   read -r ready <"$folder/ready"
@@ -40,6 +40,10 @@ shown_in() {
 answer="$(answer_to VERY_HIGH first_verdict)"
 expect "$answer" '.* is VERY_HIGH, signed .*'
 expect "$answer" 'Ask for a second factor.'
+if ! grep '"path":"/qrsk-med/3.0/GetCheckpointRisk/"' "$folder/calls" | grep -v -q no_device_id; then
+  echo "examples_test: the verdict was asked for without the device's identifier" >&2
+  exit 1
+fi
 expect "$(answer_to LOW first_verdict)" 'Let the user in.'
 
 readonly nobody=http://127.0.0.1:1/

@@ -57,6 +57,7 @@ LIBRARY = list(ARROWS)
 HEADERS_WITHOUT_SOURCE = {
     "quorvance/json.h": "base",
     "quorvance/standard_library.h": "base",
+    "quorvance/status.h": "diagnostics",
     # Each platform has its own; whoever is above the platform may call it.
     "quorvance/alternate_stack.h": "platform",
     "quorvance/vocabulary.h": "base",

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <future>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,6 +20,8 @@
 #include "quorvance/risk.h"
 #include "quorvance/screen_listener.h"
 #include "quorvance/screen_listener_type.h"
+#include "quorvance/status.h"
+#include "quorvance/verdict.h"
 
 namespace quorvance {
 
@@ -40,18 +44,20 @@ using RiskCompletion =
 /// Whether nothing is left of what was to be erased. Runs on a background thread of the library.
 using ErasureCompletion = std::function<void(bool isAllGone)>;
 
+/// Runs once, on a background thread of the library; as RiskCompletion otherwise.
+using DeviceIdentifierCallback = std::function<void(std::string deviceID)>;
+
 /// The one object through which a host drives the library.
 ///
 /// Set it up once with the server's URL and the user; from then on the configuration is fetched,
 /// and fetched again every 10 s until the server answers. Ask for a device identifier with
 /// initializeDeviceId; once the server sends one, the session is announced, again until it is
-/// accepted. Then report checkpoints. Everything that can fail retries by itself or is final; only
-/// an empty server URL is ever reported to the host.
+/// accepted. Then report checkpoints. Everything that can fail retries by itself or is final.
 ///
 /// Every operation may be called from any thread, returns without waiting for a network, a disk or
-/// a bus (crashEyeDidCatchCrash alone waits for the disk, and the first call reads two small
-/// files), and throws nothing. In a forked child of the host every operation returns at once and
-/// does nothing.
+/// a bus (crashEyeDidCatchCrash waits for the disk, flush and shutdown as long as they are told,
+/// and the first call reads two small files), and throws nothing, save for riskForCheckPoint. In a
+/// forked child of the host every operation returns at once and does nothing.
 class QuorvanceManager {
  public:
   /// Stands over the process's one context, as shared() does. Its platform is the Linux platform
@@ -117,6 +123,9 @@ class QuorvanceManager {
   void initializeDeviceId();
   /// In 10 s, does the same unless an identifier is stored by then.
   void getDeviceIdThread();
+  /// Calls back once there is an identifier: soon when one is stored, else after initializeDeviceId
+  /// has brought one. Never when none comes, nor after a shutdown.
+  void onDeviceIdentifier(DeviceIdentifierCallback callback);
   /// The stored device identifier, "no_device_id" until the server has sent one.
   std::optional<std::string> getDeviceId() const;
   /// The running session; made by the first call that needs it, replaced by logout.
@@ -140,6 +149,12 @@ class QuorvanceManager {
   /// Reports the checkpoint and asks for a verdict. The completion runs exactly once, also when no
   /// answer comes (level "undefined", signature "-1").
   void getRiskForCheckPoint(const CheckPoint& checkPoint, RiskCompletion completion);
+  /// The same with a deadline, at which the completion comes without an answer, and a reason.
+  void getRiskForCheckPoint(const CheckPoint& checkPoint, VerdictOptions options,
+                            VerdictCompletion completion);
+  /// The same as a future, which never breaks its promise. Not to be waited for on a thread of the
+  /// library. Throws std::bad_alloc alone; then nothing was reported.
+  std::future<Verdict> riskForCheckPoint(const CheckPoint& checkPoint, VerdictOptions options = {});
   /// Reports the checkpoint.
   void arriveToCheckPoint(const CheckPoint& checkPoint);
   /// Reports what became of the operation that a verdict was asked for. The transaction identifier
@@ -173,6 +188,22 @@ class QuorvanceManager {
   /// and for a second at most for other processes: the report is there when it returns, unless it
   /// could not be kept, and the process may end.
   void crashEyeDidCatchCrash(const CrashModel& crash);
+
+  /// Waits until all that the manager's context had accepted before has been answered, well or
+  /// badly, or stored: calls with their completions, reports, the state. True when it has, at once
+  /// when nothing is pending; false when the time is over, when the state could not be stored, and
+  /// at once inside a callback of the library, which would wait for itself. Retries, loops and
+  /// traces are not waited for. Several threads may wait. Nothing needs the main queue, save for
+  /// the end of a finished screen: where that queue is the host's own loop, run it first.
+  bool flush(std::chrono::milliseconds timeout);
+  /// How many pieces of work flush would wait for now.
+  std::size_t pending() const;
+  /// From now on this manager accepts nothing: what changes or sends something does nothing, a
+  /// verdict comes soon, with the reason shutDown; what reads answers as ever, crashes are stored.
+  /// Retries and loops end, threads end or sleep. Then flushes, with each call anew.
+  bool shutdown(std::chrono::milliseconds timeout);
+  /// How things stand; waits for nothing.
+  DeliveryStatus status() const;
 
  private:
   explicit QuorvanceManager(std::nullptr_t core) noexcept;

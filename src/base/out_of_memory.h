@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "base/library_code.h"
+
 namespace quorvance {
 
 /// Runs a step of the library's own work; false when there was no memory to go on, which costs what
@@ -32,6 +34,7 @@ auto withinMemory(Step step) {
 /// and they keep the stack on which they were thrown.
 template <class Call>
 void callHost(Call&& call) {
+  const LibraryCode mark;
   try {
     std::forward<Call>(call)();
   } catch (const std::bad_alloc&) {

@@ -99,7 +99,11 @@ void ScreenCapture::pauseListenToSensors() {
 // The entry is closed before the work can begin, on whatever thread it runs.
 void ScreenCapture::finishScreenListener() {
   { const OperationTrace trace(*services_->tracing, "finishScreenListener"); }
-  services_->mainQueue->post(withinMemory([self = shared_from_this()] { self->finish(); }));
+  if (!owner_->isAccepting()) return pauseListenToSensors();
+  services_->mainQueue->post(
+      withinMemory([self = shared_from_this(), pending = services_->ledger->pending()->begin()] {
+        self->finish();
+      }));
 }
 
 // Without memory for one step the others are taken all the same: sensors must not stay on.

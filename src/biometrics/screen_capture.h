@@ -31,6 +31,7 @@ struct ScreenServices {
   /// Null: no sensor is ever sampled.
   std::shared_ptr<MotionSource> motion;
   std::shared_ptr<FaceVerification> faceVerification;
+  std::shared_ptr<DeliveryLedger> ledger;
 };
 
 /// A screen's listener without the host's views: sampling, the recording, and what is sent of it.

@@ -15,6 +15,8 @@ class ScreenListenerOwner {
   virtual ~ScreenListenerOwner() = default;
   /// The user of the run; absent after a logout.
   virtual std::optional<std::string> userId() const = 0;
+  /// False once the manager has been shut down.
+  virtual bool isAccepting() const { return true; }
   /// Refreshes identity and settles a call under it: every call of a listener begins here.
   virtual PreparedCall prepareCall(Service service) = 0;
   virtual void sendCall(const PreparedCall& call, Json body, ReplyHandler handler) = 0;

@@ -98,7 +98,8 @@ struct ScreenWorld : TestWorld {
             time,
             time,
             hasMotion ? motion : nullptr,
-            std::make_shared<FaceVerification>(face, authorization, state, time)};
+            std::make_shared<FaceVerification>(face, authorization, state, time),
+            ledger};
   }
 
   /// The listener of screen 7, and nothing noted so far.
@@ -137,9 +138,10 @@ struct ScreenWorld : TestWorld {
       std::make_shared<InnerQuorvanceData>(clock, store, identity);
   std::shared_ptr<SystemTexts> texts = std::make_shared<SystemTexts>(environment, nullptr);
   std::shared_ptr<TracingManager> tracing = std::make_shared<TracingManager>(state, texts);
+  std::shared_ptr<DeliveryLedger> ledger = std::make_shared<DeliveryLedger>();
   std::shared_ptr<ReportKeeper> reports = std::make_shared<ReportKeeper>(
-      std::make_shared<ReportStore>(documents, std::make_shared<ExceptionLogger>(tracing)),
-      std::make_shared<NotedReportQueue>(calls, time), texts);
+      std::make_shared<ReportStore>(documents, std::make_shared<ExceptionLogger>(tracing), ledger),
+      std::make_shared<NotedReportQueue>(calls, time), texts, ledger);
   std::shared_ptr<KeepingOwner> owner = std::make_shared<KeepingOwner>(calls);
   std::shared_ptr<FakeMotion> motion = std::make_shared<FakeMotion>(time);
   /// 100 points wide and high, at (0, 50) in its parent, with one subview in its upper left.

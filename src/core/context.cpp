@@ -41,17 +41,18 @@ Context::Context(Platform usedPlatform)
       texts(std::make_shared<SystemTexts>(platform.environment, system)),
       tracing(std::make_shared<TracingManager>(state, texts)),
       exceptions(std::make_shared<ExceptionLogger>(tracing)),
-      reportStore(std::make_shared<ReportStore>(platform.documents, exceptions)),
-      reports(std::make_shared<ReportKeeper>(reportStore, platform.backgroundQueue, texts)),
+      ledger(std::make_shared<DeliveryLedger>()),
+      reportStore(std::make_shared<ReportStore>(platform.documents, exceptions, ledger)),
+      reports(std::make_shared<ReportKeeper>(reportStore, platform.backgroundQueue, texts, ledger)),
       crashEye(std::make_shared<CrashEye>(platform.crashTrap, texts, platform.documents)),
       redaction(platform.beforeSend ? std::make_shared<Redaction>(platform.beforeSend) : nullptr),
       deviceData(std::make_shared<DeviceDataManager>(platform, state, texts, system)),
       screens(std::make_shared<ScreenListenerMaker>(screenServices())),
-      uploader(std::make_shared<ReportUploader>(reportStore, platform.backgroundQueue)) {}
+      uploader(std::make_shared<ReportUploader>(reportStore, platform.backgroundQueue, ledger)) {}
 
 CallServices Context::callServices() const {
   return {platform.http, platform.backgroundQueue, state, texts, tracing, exceptions, reports,
-          redaction};
+          ledger, redaction};
 }
 
 ScreenServices Context::screenServices() const {
@@ -63,7 +64,8 @@ ScreenServices Context::screenServices() const {
           platform.backgroundQueue,
           platform.motion,
           std::make_shared<FaceVerification>(platform.faceDetection, platform.authorization, state,
-                                             platform.backgroundQueue)};
+                                             platform.backgroundQueue),
+          ledger};
 }
 
 std::shared_ptr<Context> processContext() {

@@ -9,6 +9,7 @@
 #include "core/report_uploader.h"
 #include "device/device_data_manager.h"
 #include "diagnostics/crash_eye.h"
+#include "diagnostics/delivery_ledger.h"
 #include "diagnostics/exception_logger.h"
 #include "diagnostics/report_keeper.h"
 #include "diagnostics/report_store.h"
@@ -36,6 +37,7 @@ struct Context {
   const std::shared_ptr<SystemTexts> texts;
   const std::shared_ptr<TracingManager> tracing;
   const std::shared_ptr<ExceptionLogger> exceptions;
+  const std::shared_ptr<DeliveryLedger> ledger;
   const std::shared_ptr<ReportStore> reportStore;
   const std::shared_ptr<ReportKeeper> reports;
   const std::shared_ptr<CrashEye> crashEye;

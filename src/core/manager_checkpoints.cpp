@@ -1,8 +1,11 @@
+#include <algorithm>
+#include <chrono>
 #include <exception>
 #include <utility>
 
 #include "base/collection.h"
 #include "base/debug.h"
+#include "base/out_of_memory.h"
 #include "base/text.h"
 #include "core/manager_core.h"
 #include "core/response_text.h"
@@ -11,6 +14,9 @@
 
 namespace quorvance {
 namespace {
+
+// Longer than any exchange; the time of now may be added to it.
+constexpr std::chrono::hours kLongestDeadline{24 * 365};
 
 // A login and a registration are told by their class, not by their type.
 const User* userSigningIn(const CheckPoint& checkPoint) {
@@ -73,20 +79,49 @@ Json ManagerCore::checkPointBody(const CheckPoint& checkPoint, Json json,
 }
 
 bool ManagerCore::getRiskForCheckPoint(const CheckPoint& checkPoint, RiskCompletion&& completion) {
+  return takeVerdict(checkPoint, {}, std::move(completion));
+}
+
+bool ManagerCore::getRiskForCheckPoint(const CheckPoint& checkPoint, VerdictOptions options,
+                                       VerdictCompletion&& completion) {
+  return takeVerdict(checkPoint, options, std::move(completion));
+}
+
+template <class Completion>
+bool ManagerCore::takeVerdict(const CheckPoint& checkPoint, VerdictOptions options,
+                              Completion&& completion) {
   const std::shared_ptr<PendingVerdict> verdict = verdicts_.take();
   if (!verdict) return false;
-  verdict->waitFor(std::move(completion));
+  verdict->waitFor(std::forward<Completion>(completion));
+  if (isShutDown()) {
+    PendingVerdict::giveUp(verdict, VerdictReason::shutDown);
+    return true;
+  }
   try {
-    askForRisk(checkPoint, verdict);
+    askForRisk(checkPoint, options, verdict);
   } catch (const std::exception&) {
-    PendingVerdict::giveUp(verdict);
+    PendingVerdict::giveUp(verdict, VerdictReason::givenUp);
   }
   return true;
 }
 
-void ManagerCore::askForRisk(const CheckPoint& checkPoint,
+// The network's thread keeps the time where it can: a host's own main loop may be what waits.
+void ManagerCore::startDeadline(std::chrono::milliseconds deadline,
+                                const std::shared_ptr<PendingVerdict>& verdict) {
+  if (deadline <= deadline.zero()) return PendingVerdict::giveUp(verdict, VerdictReason::timedOut);
+  const auto wait = std::min<std::chrono::milliseconds>(deadline, kLongestDeadline);
+  const Task expire = withinMemory([weak = std::weak_ptr(verdict)] {
+    if (const auto late = weak.lock()) PendingVerdict::giveUp(late, VerdictReason::timedOut);
+  });
+  const Platform& platform = context_->platform;
+  if (!platform.http->dispatchAfter(wait, expire)) platform.mainQueue->postAfter(wait, expire);
+}
+
+void ManagerCore::askForRisk(const CheckPoint& checkPoint, VerdictOptions options,
                              const std::shared_ptr<PendingVerdict>& verdict) {
-  if (isRefused(checkPoint)) return PendingVerdict::giveUp(verdict);
+  if (isRefused(checkPoint)) {
+    return PendingVerdict::giveUp(verdict, VerdictReason::collectionOff);
+  }
   Json json = checkPoint.getJson();
   const JsonDiscarder discarder(json);
   const OperationTrace trace(*context_->tracing, "getRiskForCheckPoint",
@@ -95,11 +130,14 @@ void ManagerCore::askForRisk(const CheckPoint& checkPoint,
   Json body = checkPointBody(checkPoint, std::move(json), trace.arguments());
   const JsonDiscarder bodyDiscarder(body);
   const PreparedCall call = networkManager_->prepare(Service::getCheckpointRisk, checkPoint.type());
-  verdict->setRequestId(call.requestId);
-  networkManager_->send(call, std::move(body),
-                        {[verdict](const ResponceObject& response) { verdict->answer(response); },
-                         [verdict] { PendingVerdict::giveUp(verdict); }},
-                        std::move(upload));
+  verdict->setCall(call);
+  if (options.deadline) startDeadline(*options.deadline, verdict);
+  networkManager_->send(
+      call, std::move(body),
+      {[verdict](const ResponceObject& response) { verdict->answer(response); },
+       [verdict] { PendingVerdict::giveUp(verdict, VerdictReason::cannotBeSent); },
+       [verdict] { PendingVerdict::giveUp(verdict, VerdictReason::givenUp); }},
+      std::move(upload));
 }
 
 void ManagerCore::arriveToCheckPoint(const CheckPoint& checkPoint) {

@@ -1,12 +1,15 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "biometrics/screen_listener_owner.h"
 #include "core/context.h"
@@ -44,7 +47,8 @@ class ManagerCore : public CrashEyeDelegate,
   void sendingTracingData();
 
   // Sessions (manager_sessions.cpp).
-  void sendDataWithNewSession();
+  /// `cause` is the work that this follows from, if any is pending.
+  void sendDataWithNewSession(const PendingWork::Mark& cause = {});
   void sendDataWithNewSessionThread();
   void logout();
 
@@ -53,12 +57,22 @@ class ManagerCore : public CrashEyeDelegate,
 
   // Checkpoints (manager_checkpoints.cpp).
   void configureUserId(const CheckPoint& checkPoint);
-  /// False, and the completion is untouched, when there is no memory at all.
+  // False, and the completion is untouched, when there is no memory at all.
   bool getRiskForCheckPoint(const CheckPoint& checkPoint, RiskCompletion&& completion);
+  bool getRiskForCheckPoint(const CheckPoint& checkPoint, VerdictOptions options,
+                            VerdictCompletion&& completion);
   void arriveToCheckPoint(const CheckPoint& checkPoint);
   void updateCheckPointStatus(CheckPointType type, const std::string& requestID,
                               CheckPointStatus status,
                               const std::optional<std::string>& transactionID);
+
+  // What is under way, and the end of it (manager_delivery.cpp).
+  bool flush(std::chrono::milliseconds timeout);
+  bool shutDown(std::chrono::milliseconds timeout);
+  bool isShutDown() const { return flags_.isShutDown; }
+  std::size_t pending();
+  DeliveryStatus status();
+  void onDeviceIdentifier(DeviceIdentifierCallback callback);
 
   // Screens, permissions, crashes (manager_evidence.cpp).
   std::shared_ptr<QuorvanceScreenListener> startNewScreenListener(ScreenListenerType type,
@@ -69,6 +83,7 @@ class ManagerCore : public CrashEyeDelegate,
   bool ifAuthorized(MobilePermission type);
   void setPendingUserData(Json userData);
   void crashEyeDidCatchCrash(const CrashModel& crash) override;
+  bool isAccepting() const override { return !isShutDown(); }
   PreparedCall prepareCall(Service service) override;
   void sendCall(const PreparedCall& call, Json body, ReplyHandler handler) override;
   void sendImage(Json body, ReplyHandler handler) override;
@@ -92,6 +107,8 @@ class ManagerCore : public CrashEyeDelegate,
     /// No configuration has come yet.
     std::atomic<bool> repeatSdkConfig{true};
     std::atomic<bool> logoutEventNow{false};
+    /// Nothing is accepted any more, and nothing asked again.
+    std::atomic<bool> isShutDown{false};
   };
 
   explicit ManagerCore(std::shared_ptr<Context> context);
@@ -103,7 +120,8 @@ class ManagerCore : public CrashEyeDelegate,
   bool takeDeviceId(const RetriedExchange::Answer& answer);
   bool takeSessionAnswer(const RetriedExchange::Answer& answer);
   void saveSdkConfiguration(const Json& dictionary);
-  void acceptDeviceId(const std::string& deviceId);
+  void acceptDeviceId(const std::string& deviceId, const PendingWork::Mark& cause);
+  void tellDeviceIdentifier(const std::string& deviceId, const PendingWork::Mark& cause);
   void configureDeviceId(const std::string& deviceId);
   /// Whether the server has accepted the running session.
   bool isDataSendAfterSession() const;
@@ -113,7 +131,13 @@ class ManagerCore : public CrashEyeDelegate,
   bool isRefused(const CheckPoint& checkPoint);
   /// `traced`: the checkpoint's text, where there is one already.
   Json checkPointBody(const CheckPoint& checkPoint, Json json, const TraceArguments& traced);
-  void askForRisk(const CheckPoint& checkPoint, const std::shared_ptr<PendingVerdict>& verdict);
+  template <class Completion>
+  bool takeVerdict(const CheckPoint& checkPoint, VerdictOptions options, Completion&& completion);
+  void askForRisk(const CheckPoint& checkPoint, VerdictOptions options,
+                  const std::shared_ptr<PendingVerdict>& verdict);
+  void startDeadline(std::chrono::milliseconds deadline,
+                     const std::shared_ptr<PendingVerdict>& verdict);
+  bool flushState(std::chrono::steady_clock::time_point deadline);
   void announceScreen(ScreenListenerType type, std::int64_t actionId);
   void storeStartApp(std::int64_t now);
   void probeSensors();
@@ -141,6 +165,7 @@ class ManagerCore : public CrashEyeDelegate,
   mutable std::mutex mutex_;
   /// The identifier of the session that the server has accepted; absent while a send is under way.
   std::optional<std::string> acceptedSession_;
+  std::vector<DeviceIdentifierCallback> identifierCallbacks_;
 };
 
 }  // namespace quorvance

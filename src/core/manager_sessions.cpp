@@ -23,15 +23,15 @@ RetriedExchange::Rules ManagerCore::sessionRules() {
       .whenReady = [this](Task task) { context_->deviceData->whenSessionIsReady(std::move(task)); },
       .makeBody = [this] { return context_->deviceData->getJson(CheckPointType::GENERAL, true); },
       .take = [this](const auto& answer) { return takeSessionAnswer(answer); },
-      .isNeeded = [this] { return !isDataSendAfterSession(); }};
+      .isNeeded = [this] { return !isShutDown() && !isDataSendAfterSession(); }};
 }
 
-void ManagerCore::sendDataWithNewSession() {
+void ManagerCore::sendDataWithNewSession(const PendingWork::Mark& cause) {
   {
     const std::lock_guard lock(mutex_);
     acceptedSession_.reset();
   }
-  session_.ask(shared_from_this());
+  session_.ask(shared_from_this(), cause);
 }
 
 void ManagerCore::sendDataWithNewSessionThread() { session_.askLater(shared_from_this()); }

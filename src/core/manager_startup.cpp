@@ -5,6 +5,7 @@
 #include "base/text.h"
 #include "core/manager_core.h"
 #include "core/response_text.h"
+#include "network/url_text.h"
 
 namespace quorvance {
 namespace {
@@ -56,6 +57,10 @@ void ManagerCore::configureServerUrl(const std::optional<std::string>& serverUrl
   const OperationTrace trace(*context_->tracing, "configure(serverUrl:)",
                              [&] { return std::vector{textOrNil(serverUrl)}; });
   identity().configureServerUrl(serverUrl);
+  if (!serverUrl || !isInDebugMode()) return;
+  if (const std::string_view fault = faultOfServerUrl(*serverUrl); !fault.empty()) {
+    debugPrint("nothing can be sent to the server's URL: " + std::string(fault));
+  }
 }
 
 void ManagerCore::configureUserId(const std::optional<std::string>& userId) {
@@ -80,7 +85,7 @@ RetriedExchange::Rules ManagerCore::configurationRules() {
               },
           .makeBody = [this] { return context_->deviceData->configurationBody(); },
           .take = [this](const auto& answer) { return takeConfiguration(answer); },
-          .isNeeded = [this] { return flags_.repeatSdkConfig.load(); }};
+          .isNeeded = [this] { return !isShutDown() && flags_.repeatSdkConfig; }};
 }
 
 bool ManagerCore::takeConfiguration(const RetriedExchange::Answer& answer) {
@@ -111,7 +116,7 @@ RetriedExchange::Rules ManagerCore::deviceIdRules() {
           .whenReady = [](const Task& task) { task(); },
           .makeBody = [this] { return context_->deviceData->deviceIdBody(); },
           .take = [this](const auto& answer) { return takeDeviceId(answer); },
-          .isNeeded = [this] { return getDeviceId() == kNoDeviceId; }};
+          .isNeeded = [this] { return !isShutDown() && getDeviceId() == kNoDeviceId; }};
 }
 
 // A reply without an identifier, be it no object at all, changes nothing.
@@ -120,7 +125,9 @@ bool ManagerCore::takeDeviceId(const RetriedExchange::Answer& answer) {
   if (!response.succeeded()) return false;
   hasMemoryFor([&] { appendResponse(answer.trace, response); });
   const std::string* deviceId = response.output ? deviceIdIn(*response.output) : nullptr;
-  if (deviceId != nullptr && *deviceId != kNoDeviceId) acceptDeviceId(*deviceId);
+  if (deviceId != nullptr && *deviceId != kNoDeviceId) {
+    acceptDeviceId(*deviceId, answer.pending);
+  }
   return true;
 }
 
@@ -129,15 +136,16 @@ void ManagerCore::initializeDeviceId() { deviceId_.ask(shared_from_this()); }
 void ManagerCore::getDeviceIdThread() { deviceId_.askLater(shared_from_this()); }
 
 // The same identifier again does all of it again.
-void ManagerCore::acceptDeviceId(const std::string& deviceId) {
+void ManagerCore::acceptDeviceId(const std::string& deviceId, const PendingWork::Mark& cause) {
   configureDeviceId(deviceId);
   // Reports that find no memory wait for the next identifier, the session does not.
   hasMemoryFor([&] { uploadStoredReports(ReportCategory::communicationError); });
   hasMemoryFor([&] { uploadStoredReports(ReportCategory::crash); });
-  sendDataWithNewSession();
+  sendDataWithNewSession(cause);
   hasMemoryFor([&] {
     if (isInDebugMode()) checkSensorForEmulator();
   });
+  hasMemoryFor([&] { tellDeviceIdentifier(deviceId, cause); });
 }
 
 void ManagerCore::sendingTracingData() { traceUploader_.start(shared_from_this()); }

@@ -1,11 +1,14 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "network/quorvance_network_manager.h"
 #include "network/risk_verdict.h"
 #include "quorvance/platform/queues.h"
 #include "quorvance/quorvance_manager.h"
@@ -13,7 +16,8 @@
 namespace quorvance {
 
 /// A verdict that the host waits for. Its completion runs once, on the background queue: with the
-/// server's answer, or without one when the call is given up, which needs no memory.
+/// server's answer, or without one when the call is given up or its deadline comes first, which
+/// needs no memory.
 class PendingVerdict {
  public:
   explicit PendingVerdict(std::shared_ptr<BackgroundQueue> queue);
@@ -22,23 +26,33 @@ class PendingVerdict {
 
   /// False when there was no memory to make it.
   bool isUsable() const { return notice_ != nullptr; }
-  void waitFor(RiskCompletion completion) { completion_ = std::move(completion); }
-  /// Of the call; empty before.
-  void setRequestId(std::string requestId) { requestId_ = std::move(requestId); }
+  // Before anything else may happen to it.
+  void waitFor(RiskCompletion completion);
+  void waitFor(VerdictCompletion completion);
+  /// What it comes of; `pending` lasts until the completion has run.
+  void setCall(const PreparedCall& call);
 
   /// On the background queue.
   void answer(const ResponceObject& response);
-  /// Any thread, again and again.
-  static void giveUp(const std::shared_ptr<PendingVerdict>& verdict) noexcept;
+  /// Any thread, again and again; the first reason counts.
+  static void giveUp(const std::shared_ptr<PendingVerdict>& verdict, VerdictReason reason) noexcept;
 
  private:
-  void deliver(RiskVerdict verdict);
+  void answerless();
+  void deliver(RiskVerdict read, VerdictReason reason, std::optional<int> httpStatus);
 
   // Outlives the notice.
   const std::shared_ptr<BackgroundQueue> queue_;
   const std::shared_ptr<PreparedTask> notice_;
-  RiskCompletion completion_;
+  std::chrono::steady_clock::time_point begin_;
+  // One of the two.
+  RiskCompletion riskCompletion_;
+  VerdictCompletion completion_;
   std::string requestId_;
+  PendingWork::Mark pending_;
+  bool hasServerUrl_ = true;
+  // Why it was given up; `answered` before that.
+  std::atomic<VerdictReason> reason_{VerdictReason::answered};
   std::atomic<bool> isDelivered_{false};
 };
 
@@ -61,7 +75,8 @@ class PendingVerdicts {
   std::vector<std::shared_ptr<PendingVerdict>> reserve_;
 };
 
-/// Hands the host a verdict without an answer and without a request.
+// Hands the host a verdict without an answer and without a request.
 void deliverAnswerless(const RiskCompletion& completion) noexcept;
+void deliverAnswerless(const VerdictCompletion& completion) noexcept;
 
 }  // namespace quorvance

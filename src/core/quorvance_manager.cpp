@@ -66,10 +66,11 @@ Result enter(const std::shared_ptr<ManagerCore>& core, Result otherwise,
   return enter(std::move(otherwise), [&] { return Result(operation(*core)); });
 }
 
+// What changes or sends something, which one that has been shut down does not.
 template <class Operation>
 void enter(const std::shared_ptr<ManagerCore>& core, Operation operation) noexcept {
   enter([&] {
-    if (core) operation(*core);
+    if (core && !core->isShutDown()) operation(*core);
   });
 }
 
@@ -85,6 +86,27 @@ template <class Operation>
 void enterToCollect(const std::shared_ptr<ManagerCore>& core, Operation operation) noexcept {
   if (isCollectionEnabled()) enter(core, std::move(operation));
 }
+
+/// Keeps a promise at the latest at its own end.
+class KeptPromise {
+ public:
+  KeptPromise() = default;
+  ~KeptPromise() {
+    if (!isKept_) promise_.set_value({});
+  }
+  KeptPromise(const KeptPromise&) = delete;
+  KeptPromise& operator=(const KeptPromise&) = delete;
+
+  std::future<Verdict> future() { return promise_.get_future(); }
+  void keep(Verdict verdict) {
+    isKept_ = true;
+    promise_.set_value(std::move(verdict));
+  }
+
+ private:
+  std::promise<Verdict> promise_;
+  bool isKept_ = false;
+};
 
 class IdleScreenListener : public QuorvanceScreenListener {
  public:
@@ -206,8 +228,9 @@ void QuorvanceManager::setLogoutEventNow(bool logoutEventNow) {
 bool QuorvanceManager::setupWithServerUrl(const std::string& serverUrl,
                                           const std::optional<std::string>& userId,
                                           PlatformError* error) {
-  return enter(core_, false,
-               [&](ManagerCore& core) { return core.setup(serverUrl, userId, error); });
+  return enter(core_, false, [&](ManagerCore& core) {
+    return !core.isShutDown() && core.setup(serverUrl, userId, error);
+  });
 }
 
 void QuorvanceManager::configureWithServerUrl(const std::optional<std::string>& serverUrl) {
@@ -273,6 +296,23 @@ void QuorvanceManager::getRiskForCheckPoint(const CheckPoint& checkPoint,
   if (!isTaken) deliverAnswerless(completion);
 }
 
+void QuorvanceManager::getRiskForCheckPoint(const CheckPoint& checkPoint, VerdictOptions options,
+                                            VerdictCompletion completion) {
+  const bool isTaken = enter(core_, isForkedChild(), [&](ManagerCore& core) {
+    return core.getRiskForCheckPoint(checkPoint, options, std::move(completion));
+  });
+  if (!isTaken) deliverAnswerless(completion);
+}
+
+std::future<Verdict> QuorvanceManager::riskForCheckPoint(const CheckPoint& checkPoint,
+                                                         VerdictOptions options) {
+  const auto promise = std::make_shared<KeptPromise>();
+  std::future<Verdict> future = promise->future();
+  getRiskForCheckPoint(checkPoint, options,
+                       [promise](Verdict verdict) { promise->keep(std::move(verdict)); });
+  return future;
+}
+
 void QuorvanceManager::arriveToCheckPoint(const CheckPoint& checkPoint) {
   enter(core_, [&](ManagerCore& core) { core.arriveToCheckPoint(checkPoint); });
 }
@@ -288,7 +328,8 @@ void QuorvanceManager::updateCheckPointStatus(CheckPointType type, const std::st
 std::shared_ptr<QuorvanceScreenListener> QuorvanceManager::startNewScreenListener(
     ScreenListenerType type, std::int64_t actionId, std::shared_ptr<View> view) {
   return enterToCollect(core_, idleScreenListener(), [&](ManagerCore& core) {
-    return core.startNewScreenListener(type, actionId, std::move(view));
+    return core.isShutDown() ? idleScreenListener()
+                             : core.startNewScreenListener(type, actionId, std::move(view));
   });
 }
 
@@ -309,7 +350,29 @@ void QuorvanceManager::setPendingUserData(Json userData) {
 }
 
 void QuorvanceManager::crashEyeDidCatchCrash(const CrashModel& crash) {
-  enter(core_, [&](ManagerCore& core) { core.crashEyeDidCatchCrash(crash); });
+  enter([&] {
+    if (core_) core_->crashEyeDidCatchCrash(crash);
+  });
+}
+
+bool QuorvanceManager::flush(std::chrono::milliseconds timeout) {
+  return enter(core_, false, [&](ManagerCore& core) { return core.flush(timeout); });
+}
+
+std::size_t QuorvanceManager::pending() const {
+  return enter(core_, std::size_t{0}, [](ManagerCore& core) { return core.pending(); });
+}
+
+bool QuorvanceManager::shutdown(std::chrono::milliseconds timeout) {
+  return enter(core_, false, [&](ManagerCore& core) { return core.shutDown(timeout); });
+}
+
+DeliveryStatus QuorvanceManager::status() const {
+  return enter(core_, DeliveryStatus(), [](ManagerCore& core) { return core.status(); });
+}
+
+void QuorvanceManager::onDeviceIdentifier(DeviceIdentifierCallback callback) {
+  enter(core_, [&](ManagerCore& core) { core.onDeviceIdentifier(std::move(callback)); });
 }
 
 }  // namespace quorvance

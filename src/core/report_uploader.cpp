@@ -27,13 +27,17 @@ struct ReportUploader::Run : std::enable_shared_from_this<Run> {
   /// The file that is tried next; the one before it was tried last.
   std::size_t next = 0;
   bool wasLastTaken = false;
+  PendingWork::Mark pending;
   /// Goes on with the next file.
   std::shared_ptr<PreparedTask> step;
 };
 
 ReportUploader::ReportUploader(std::shared_ptr<ReportStore> store,
-                               std::shared_ptr<BackgroundQueue> backgroundQueue)
-    : store_(std::move(store)), backgroundQueue_(std::move(backgroundQueue)) {}
+                               std::shared_ptr<BackgroundQueue> backgroundQueue,
+                               std::shared_ptr<DeliveryLedger> ledger)
+    : store_(std::move(store)),
+      backgroundQueue_(std::move(backgroundQueue)),
+      ledger_(std::move(ledger)) {}
 
 ReportUploader::Category& ReportUploader::categoryOf(ReportCategory category) {
   return categories_[static_cast<std::size_t>(category)];
@@ -62,6 +66,7 @@ ReportUploader::SharedRun ReportUploader::makeRun(Ask ask) noexcept {
   if (!hasMemoryFor([&] { run = std::make_shared<Run>(shared_from_this(), std::move(ask)); })) {
     end(category);
   }
+  if (run) run->pending = ledger_->pending()->begin();
   return run;
 }
 
@@ -80,6 +85,7 @@ void ReportUploader::goOn(const SharedRun& run) {
     run->lock = store_->lockUpload(run->ask.category);
     if (run->lock) run->names = store_->reportsOf(run->ask.category);
   } else if (std::exchange(run->wasLastTaken, false)) {
+    ledger_->note(ReportFate::sent);
     hasMemoryFor([&] { store_->removeReport(run->names[run->next - 1]); });
   }
   tryNext(run);
@@ -89,6 +95,7 @@ void ReportUploader::goOn(const SharedRun& run) {
 void ReportUploader::tryNext(const SharedRun& run) {
   while (isCollectionEnabled() && run->next < run->names.size()) {
     const std::string& name = run->names[run->next++];
+    run->pending = ledger_->pending()->begin();
     const bool isHandedOver = hasMemoryFor([&] {
       // With an answer or without one: the run goes on when the handler ends.
       const ReplyHandler handler = {[run](const ResponceObject& response) {
@@ -108,8 +115,9 @@ void ReportUploader::send(const SharedRun& run, const std::string& name,
   if (!report) return;
   const JsonDiscarder discarder(report);
   const Ask& ask = run->ask;
-  ask.client->send(ask.client->prepareFor(ask.caller, serviceOf(ask.category)), std::move(*report),
-                   handler);
+  PreparedCall call = ask.client->prepareFor(ask.caller, serviceOf(ask.category));
+  call.pending = run->pending;
+  ask.client->send(call, std::move(*report), handler);
 }
 
 void ReportUploader::end(ReportCategory category) noexcept {

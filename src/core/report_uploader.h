@@ -18,11 +18,13 @@ namespace quorvance {
 /// whatever became of the one before, be it lost for want of memory. Asks made meanwhile become one
 /// further run, under the identity of the earliest of them, so runs of one category never overlap.
 /// A run that another process has under way is left to that one. It ends when nobody holds it; one
-/// that was never started has tried nothing.
+/// that was never started has tried nothing. Pending is the file that it is at, until what the
+/// server took is removed; those that follow are stored.
 class ReportUploader : public std::enable_shared_from_this<ReportUploader> {
  public:
   ReportUploader(std::shared_ptr<ReportStore> store,
-                 std::shared_ptr<BackgroundQueue> backgroundQueue);
+                 std::shared_ptr<BackgroundQueue> backgroundQueue,
+                 std::shared_ptr<DeliveryLedger> ledger);
 
   struct Run;
   using SharedRun = std::shared_ptr<Run>;
@@ -55,6 +57,7 @@ class ReportUploader : public std::enable_shared_from_this<ReportUploader> {
 
   const std::shared_ptr<ReportStore> store_;
   const std::shared_ptr<BackgroundQueue> backgroundQueue_;
+  const std::shared_ptr<DeliveryLedger> ledger_;
   std::mutex mutex_;
   std::array<Category, kReportCategoryWords.size()> categories_;
 };

@@ -45,28 +45,37 @@ RetriedExchange::RetriedExchange(std::shared_ptr<Context> context,
   if (!retry_) throw std::bad_alloc();
 }
 
-void RetriedExchange::ask(const std::shared_ptr<const void>& owner) const noexcept {
+void RetriedExchange::ask(const std::shared_ptr<const void>& owner,
+                          const PendingWork::Mark& cause) const noexcept {
+  ask(owner, [&] {
+    CallDraft draft = client_->draft(rules_.service);
+    if (cause) draft.call.pending = cause;
+    return draft;
+  });
+}
+
+void RetriedExchange::ask(const std::shared_ptr<const void>& owner,
+                          const Settle& settle) const noexcept {
   std::shared_ptr<Attempt> attempt;
   if (!hasMemoryFor([&] { attempt = std::make_shared<Attempt>(*this, owner); })) {
     return retry_->start(owner, kRetryDelay);
   }
-  hasMemoryFor([&] { begin(attempt); });
+  hasMemoryFor([&] { begin(attempt, settle); });
 }
 
 // While collection is off nothing is even read for the body; the attempt is lost, so that the next
 // one finds out when it is on again.
-void RetriedExchange::begin(const std::shared_ptr<Attempt>& attempt) const {
+void RetriedExchange::begin(const std::shared_ptr<Attempt>& attempt, const Settle& settle) const {
   if (!isCollectionEnabled()) return;
   const OperationTrace trace(*context_->tracing, rules_.traceName);
   rules_.whenReady(withinMemory([this, attempt, kept = trace.continuation(),
-                                 erasures = context_->state->erasures(),
-                                 draft = client_->draft(rules_.service)] {
+                                 erasures = context_->state->erasures(), draft = settle()] {
     const PreparedCall call = client_->prepare(draft);
-    const auto take = [this, attempt, kept, session = call.session,
+    const auto take = [this, attempt, kept, session = call.session, pending = call.pending,
                        erasures](const ResponceObject& response) mutable {
       // What was erased meanwhile must not come back with an answer.
-      const bool isTaken =
-          erasures == context_->state->erasures() && rules_.take({response, session, kept});
+      const bool isTaken = erasures == context_->state->erasures() &&
+                           rules_.take({response, session, kept, pending});
       attempt->end();
       if (!isTaken) askLater(attempt->owner());
     };
@@ -90,7 +99,12 @@ void RetriedExchange::askLater(const std::shared_ptr<const void>& owner) const n
 void RetriedExchange::continueIfNeeded(const std::shared_ptr<const void>& owner) const {
   bool isNeeded = true;
   hasMemoryFor([&] { isNeeded = rules_.isNeeded(); });
-  if (isNeeded) ask(owner);
+  if (!isNeeded) return;
+  ask(owner, [this] {
+    CallDraft draft = client_->draft(rules_.service);
+    draft.call.pending = {};
+    return draft;
+  });
 }
 
 }  // namespace quorvance

@@ -17,7 +17,8 @@ namespace quorvance {
 /// its body can be made, and hands the answer over. 10 s after a failure, on the main queue, it is
 /// asked whether the answer is still needed; if so, everything begins anew. There is no limit and
 /// no cancellation, and asks may overlap. A call that ends without an answer by contract ends it.
-/// Work that is lost on the way, for want of memory above all, is a failure too.
+/// Work that is lost on the way, for want of memory above all, is a failure too. What was asked for
+/// is pending until its first answer; what is asked again is not.
 class RetriedExchange {
  public:
   struct Answer {
@@ -25,6 +26,8 @@ class RetriedExchange {
     /// That of the call.
     const Session& session;
     TraceContinuation& trace;
+    /// Empty where the exchange was asked again.
+    const PendingWork::Mark& pending;
   };
   /// What one exchange has of its own.
   struct Rules {
@@ -44,13 +47,18 @@ class RetriedExchange {
 
   // Nothing is thrown. `owner` holds this exchange and all that its rules use; the work holds it
   // until it has run.
-  void ask(const std::shared_ptr<const void>& owner) const noexcept;
+  /// `cause` is the work that this follows from, if any is pending.
+  void ask(const std::shared_ptr<const void>& owner,
+           const PendingWork::Mark& cause = {}) const noexcept;
   /// In 10 s, if the answer is needed then.
   void askLater(const std::shared_ptr<const void>& owner) const noexcept;
 
  private:
   class Attempt;
-  void begin(const std::shared_ptr<Attempt>& attempt) const;
+  /// Settles the call of a turn.
+  using Settle = std::function<CallDraft()>;
+  void ask(const std::shared_ptr<const void>& owner, const Settle& settle) const noexcept;
+  void begin(const std::shared_ptr<Attempt>& attempt, const Settle& settle) const;
   void continueIfNeeded(const std::shared_ptr<const void>& owner) const;
 
   const std::shared_ptr<Context> context_;

@@ -51,6 +51,7 @@ void TraceUploader::begin(const std::shared_ptr<const void>& owner,
 }
 
 void TraceUploader::resumeLost(const std::shared_ptr<const void>& owner) noexcept {
+  if (isStopped_) return;
   ++lostLoops_;
   resumption_->start(owner, kTraceUploadDelay);
 }
@@ -63,17 +64,24 @@ void TraceUploader::resume(const std::shared_ptr<const void>& owner) noexcept {
 }
 
 void TraceUploader::scheduleRound(const SharedLoop& loop) {
+  if (isStopped_) return;
   context_->platform.mainQueue->postAfter(kTraceUploadDelay,
                                           withinMemory([this, loop] { upload(loop); }));
 }
 
+PreparedCall TraceUploader::prepareRound() {
+  PreparedCall call = client_->prepare(Service::tracingData);
+  call.pending = {};
+  return call;
+}
+
 // The entries become JSON off the main queue.
 void TraceUploader::upload(const SharedLoop& loop) {
+  if (isStopped_) return;
   if (context_->tracing->isEmpty() || !isCollectionEnabled()) return scheduleRound(loop);
   context_->platform.backgroundQueue->post(
       WorkLane::completions,
-      withinMemory(
-          [this, loop, call = client_->prepare(Service::tracingData)] { send(call, loop); }));
+      withinMemory([this, loop, call = prepareRound()] { send(call, loop); }));
 }
 
 void TraceUploader::send(const PreparedCall& call, const SharedLoop& loop) {

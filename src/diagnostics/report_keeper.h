@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "base/json.h"
+#include "diagnostics/delivery_ledger.h"
 #include "diagnostics/error_log_data.h"
 #include "diagnostics/report_store.h"
 #include "quorvance/platform/queues.h"
@@ -22,19 +23,22 @@ inline constexpr std::size_t kMaxWaitingReports = 100;
 class ReportKeeper {
  public:
   ReportKeeper(std::shared_ptr<ReportStore> store, std::shared_ptr<BackgroundQueue> backgroundQueue,
-               std::shared_ptr<SystemTexts> texts);
+               std::shared_ptr<SystemTexts> texts, std::shared_ptr<DeliveryLedger> ledger);
 
   void storeReport(Json report, ReportCategory category);
-  /// The record gets the system's version there if it has none.
-  void storeReport(ErrorLogData record, ReportCategory category);
+  /// The record gets the system's version there if it has none. `cause` is the work that it follows
+  /// from, if any is pending.
+  void storeReport(ErrorLogData record, ReportCategory category,
+                   const PendingWork::Mark& cause = {});
 
  private:
   template <class MakeReport>
-  void post(MakeReport makeReport, ReportCategory category);
+  void post(MakeReport makeReport, ReportCategory category, const PendingWork::Mark& cause);
 
   const std::shared_ptr<ReportStore> store_;
   const std::shared_ptr<BackgroundQueue> backgroundQueue_;
   const std::shared_ptr<SystemTexts> texts_;
+  const std::shared_ptr<DeliveryLedger> ledger_;
   using Counts = std::array<std::atomic<std::size_t>, kReportCategoryWords.size()>;
   const std::shared_ptr<Counts> waiting_ = std::make_shared<Counts>();
 };

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/collection.h"
+#include "base/out_of_memory.h"
 #include "base/uuid.h"
 
 namespace quorvance {
@@ -45,8 +46,11 @@ bool isFull(const std::vector<DocumentEntry>& entries, std::string_view word) {
 }  // namespace
 
 ReportStore::ReportStore(std::shared_ptr<DocumentsFolder> documents,
-                         std::shared_ptr<ExceptionLogger> exceptions)
-    : documents_(std::move(documents)), exceptions_(std::move(exceptions)) {}
+                         std::shared_ptr<ExceptionLogger> exceptions,
+                         std::shared_ptr<DeliveryLedger> ledger)
+    : documents_(std::move(documents)),
+      exceptions_(std::move(exceptions)),
+      ledger_(std::move(ledger)) {}
 
 void ReportStore::log(const std::optional<PlatformError>& error) const {
   if (error) exceptions_->logException(*error);
@@ -87,26 +91,34 @@ ReportStore::Turn ReportStore::waitForTurn() {
 }
 
 bool ReportStore::storeReport(const Json& report, ReportCategory category) {
-  if (!prepare()) return false;
+  ReportFate fate = ReportFate::droppedUnwritten;
+  hasMemoryFor([&] { fate = tryStore(report, category); });
+  ledger_->note(fate);
+  return fate == ReportFate::stored;
+}
+
+ReportFate ReportStore::tryStore(const Json& report, ReportCategory category) {
+  if (!prepare()) return ReportFate::droppedUnwritten;
   const Turn turn = waitForTurn();
   std::vector<DocumentEntry> entries;
   if (const auto error = documents_->list(entries)) {
     log(error);
-    return false;
+    return ReportFate::droppedUnwritten;
   }
   const std::string_view word = categoryWord(category);
-  if (isFull(entries, word)) return false;
+  if (isFull(entries, word)) return ReportFate::droppedFull;
   const std::optional<std::string> text = writeJsonIndented(report);
   if (!text) {
     log(unreadable("that was made", "It cannot be JSON."));
-    return false;
+    return ReportFate::droppedUnwritten;
   }
   if (text->size() > kMaxDocumentBytes) {
     log(unreadable("that was made", "It is longer than a report may be."));
-    return false;
+    return ReportFate::droppedUnwritten;
   }
   // A write error is ignored, by contract.
-  return !documents_->write(std::string(word) + randomUuid() + ".json", *text).has_value();
+  const auto error = documents_->write(std::string(word) + randomUuid() + ".json", *text);
+  return error ? ReportFate::droppedUnwritten : ReportFate::stored;
 }
 
 bool ReportStore::eraseAll() {
@@ -177,6 +189,7 @@ std::optional<Json> ReportStore::readReport(const std::string& name) {
   std::optional<Json> report;
   if (read.kind == DocumentRead::Kind::whole) report = parseJson(bytes);
   if (report && report->is_object()) return report;
+  ledger_->note(ReportFate::unreadable);
   log(unreadable(name, read.error ? read.error->text() : "It is no JSON object."));
   setAside(name);
   return std::nullopt;

@@ -9,6 +9,7 @@
 
 #include "base/bounded_mutex.h"
 #include "base/json.h"
+#include "diagnostics/delivery_ledger.h"
 #include "diagnostics/exception_logger.h"
 #include "diagnostics/report_category.h"
 #include "quorvance/platform/documents.h"
@@ -35,7 +36,7 @@ inline constexpr std::string_view kUnreadablePrefix = "unreadable-";
 class ReportStore {
  public:
   ReportStore(std::shared_ptr<DocumentsFolder> documents,
-              std::shared_ptr<ExceptionLogger> exceptions);
+              std::shared_ptr<ExceptionLogger> exceptions, std::shared_ptr<DeliveryLedger> ledger);
 
   /// True when the report was kept. Dropped without a folder, in a full category, and when it
   /// cannot be JSON or is longer than kMaxDocumentBytes.
@@ -58,6 +59,7 @@ class ReportStore {
  private:
   struct Turn;
   bool prepare();
+  ReportFate tryStore(const Json& report, ReportCategory category);
   Turn waitForTurn();
   void recoverUnfinished();
   void recover(const UnfinishedDocument& unfinished, std::vector<DocumentEntry>& entries);
@@ -67,6 +69,7 @@ class ReportStore {
 
   const std::shared_ptr<DocumentsFolder> documents_;
   const std::shared_ptr<ExceptionLogger> exceptions_;
+  const std::shared_ptr<DeliveryLedger> ledger_;
   BoundedMutex storing_;
   std::atomic<bool> isRecovered_{false};
   std::atomic<bool> isTurnStalled_{false};

@@ -18,8 +18,9 @@ struct StoreWorld : TestWorld {
       std::make_shared<InnerQuorvanceData>(time, store, identity);
   std::shared_ptr<TracingManager> tracing =
       std::make_shared<TracingManager>(state, std::make_shared<SystemTexts>(environment));
+  std::shared_ptr<DeliveryLedger> ledger = std::make_shared<DeliveryLedger>();
   std::shared_ptr<ReportStore> reports =
-      std::make_shared<ReportStore>(documents, std::make_shared<ExceptionLogger>(tracing));
+      std::make_shared<ReportStore>(documents, std::make_shared<ExceptionLogger>(tracing), ledger);
 
   void fill(std::string_view prefix, int count) {
     for (int i = 0; i < count; ++i) {
@@ -98,7 +99,7 @@ TEST(ReportStoreTest, FolderThatIsNamedAndCannotBeMadeIsLogged) {
   const auto folder = std::make_shared<NamedFolder>();
   folder->isAvailable = false;
   folder->listError = PlatformError{"disk", 20, "Not a directory", std::nullopt};
-  ReportStore reports(folder, std::make_shared<ExceptionLogger>(world.tracing));
+  ReportStore reports(folder, std::make_shared<ExceptionLogger>(world.tracing), world.ledger);
   EXPECT_FALSE(reports.storeReport(smallReport(), ReportCategory::crash));
   EXPECT_EQ(world.tracing->size(), 1U);
 }
@@ -164,7 +165,8 @@ TEST(ReportStoreTest, WholeReportsOfTheDeadAreTakenUpOnceWithinTheLimit) {
 
 TEST(ReportKeeperTest, WaitForTheDiskInOrderAndInBounds) {
   StoreWorld world;
-  ReportKeeper keeper(world.reports, world.time, std::make_shared<SystemTexts>(world.environment));
+  ReportKeeper keeper(world.reports, world.time, std::make_shared<SystemTexts>(world.environment),
+                      world.ledger);
   world.time->hold(WorkLane::files);
   for (std::size_t i = 0; i < kMaxWaitingReports + 5; ++i) {
     keeper.storeReport(smallReport(), ReportCategory::crash);

@@ -38,6 +38,7 @@ CallOutcome decideOutcome(HttpReply reply, std::string requestId, std::string ur
   outcome.response.statusCode = reply.status;
   if (reply.transportError || !reply.body) {
     outcome.response.error = kTransportErrorCode;
+    outcome.response.transportFault = reply.fault;
     outcome.isCommunicationError = true;
     outcome.transportError = std::move(reply.transportError);
     outcome.isPrinted = false;

@@ -8,6 +8,7 @@
 #include "base/debug.h"
 #include "base/out_of_memory.h"
 #include "network/call_outcome.h"
+#include "network/risk_verdict.h"
 #include "network/url_text.h"
 
 namespace quorvance {
@@ -45,6 +46,7 @@ struct Call {
   bool reportErrors = true;
   ReplyHandler handler;
   Task alongside;
+  CallEntry entry;
   bool isTraced = false;
   std::optional<LoggingData> trace;
 
@@ -60,12 +62,14 @@ struct Call {
   void receive(HttpReply reply, const std::shared_ptr<Call>& self);
   void finish(HttpReply reply);
   void report(const CallOutcome& outcome) const;
+  void note(const ResponceObject& response) const;
+  void drop() const;
 };
 
 void Call::redact(const std::shared_ptr<Call>& self) {
   if (services->redaction->apply(url, params)) return dispatch(self);
   dispatchAlongside();
-  handler.drop();
+  drop();
 }
 
 void Call::dispatch(const std::shared_ptr<Call>& self) const {
@@ -81,7 +85,7 @@ void Call::send(const std::shared_ptr<Call>& self) {
   if (!isCollectionEnabled()) return;  // switched off since: lost, as below
   // The network has its turn before what is dispatched here, whose want of memory costs that alone.
   dispatchAlongside();
-  if (!parsesAsUrl(url)) return handler.drop();
+  if (!parsesAsUrl(url)) return drop();
   if (!maker.expired()) setMember(params, "version", SystemTexts::sdkVersion());
   if (isInDebugMode()) debugPrint("jsonObj " + debugTextOf(params));
   HttpRequest request{url, std::string(kContentType), {}, kDefaultTimeout};
@@ -91,7 +95,7 @@ void Call::send(const std::shared_ptr<Call>& self) {
   std::optional<std::string> body = writeJson(params);
   if (!body) {
     services->exceptions->logException(bodyFailure());
-    return handler.drop();
+    return drop();
   }
   discardJson(params);
   request.body = std::move(*body);
@@ -112,6 +116,7 @@ void Call::finish(HttpReply reply) {
   CallOutcome outcome = decideOutcome(std::move(reply), std::move(requestId), std::move(url));
   ResponceObject& response = outcome.response;
   const JsonDiscarder discarder(response.output);
+  note(response);
   hasMemoryFor([&] {
     if (outcome.isCommunicationError && reportErrors && !maker.expired()) report(outcome);
   });
@@ -123,6 +128,18 @@ void Call::finish(HttpReply reply) {
   });
   hasMemoryFor([&] { services->tracing->traceEnd(isTraced, trace); });
   handler.complete(response);
+}
+
+void Call::note(const ResponceObject& response) const {
+  const std::int64_t now = services->state->now();
+  if (response.succeeded()) return services->ledger->noteSuccess(now);
+  services->ledger->noteFailure(now, reasonOf(response), response.statusCode, entry.service);
+}
+
+void Call::drop() const {
+  services->ledger->noteFailure(services->state->now(), VerdictReason::cannotBeSent, std::nullopt,
+                                entry.service);
+  handler.drop();
 }
 
 void Call::report(const CallOutcome& outcome) const {
@@ -138,7 +155,8 @@ void Call::report(const CallOutcome& outcome) const {
     record.cause = responseText(response);
     record.errorType = "Connection";
   }
-  services->reports->storeReport(std::move(record), ReportCategory::communicationError);
+  services->reports->storeReport(std::move(record), ReportCategory::communicationError,
+                                 entry.pending);
 }
 
 }  // namespace
@@ -183,7 +201,7 @@ NetworkCallMaker::NetworkCallMaker(CallServices services)
 
 void NetworkCallMaker::requestFromServer(std::string url, Json params, std::string requestId,
                                          std::optional<bool> reportErrors, ReplyHandler handler,
-                                         Task alongside) {
+                                         Task alongside, CallEntry entry) {
   const JsonDiscarder discarder(params);
   // The handler goes with this call, which is a lost one.
   if (!isCollectionEnabled()) return;
@@ -196,6 +214,7 @@ void NetworkCallMaker::requestFromServer(std::string url, Json params, std::stri
   call->reportErrors = reportErrors.value_or(true);
   call->handler = std::move(handler);
   call->alongside = std::move(alongside);
+  call->entry = std::move(entry);
   if (!services_->redaction) return call->dispatch(call);
   // A lane of the host's own code that keeps its order.
   services_->backgroundQueue->post(WorkLane::images, withinMemory([call] { call->redact(call); }));

@@ -5,9 +5,11 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "base/json.h"
+#include "diagnostics/delivery_ledger.h"
 #include "diagnostics/exception_logger.h"
 #include "diagnostics/report_keeper.h"
 #include "diagnostics/tracing_manager.h"
@@ -58,8 +60,17 @@ struct CallServices {
   std::shared_ptr<TracingManager> tracing;
   std::shared_ptr<ExceptionLogger> exceptions;
   std::shared_ptr<ReportKeeper> reports;
+  std::shared_ptr<DeliveryLedger> ledger;
   /// Null without a hook of the host's.
   std::shared_ptr<Redaction> redaction = nullptr;
+};
+
+/// What the ledger is told of a call.
+struct CallEntry {
+  /// A constant.
+  std::string_view service;
+  /// Ends with the call, whatever becomes of it; empty for a call that nobody has to wait for.
+  PendingWork::Mark pending;
 };
 
 /// The one place that talks HTTP: posts a JSON body and says what came back. Never throws, never
@@ -79,7 +90,10 @@ class NetworkCallMaker : public std::enable_shared_from_this<NetworkCallMaker> {
   /// of other threads costs it no further wake-up.
   void requestFromServer(std::string url, Json params, std::string requestId,
                          std::optional<bool> reportErrors, ReplyHandler handler,
-                         Task alongside = nullptr);
+                         Task alongside = nullptr, CallEntry entry = {});
+
+  /// For a call that is about to be made.
+  PendingWork::Mark beginPending() const { return services_->ledger->pending()->begin(); }
 
  private:
   const std::shared_ptr<const CallServices> services_;

@@ -39,10 +39,12 @@ struct CallWorld : TestWorld {
   std::shared_ptr<SystemTexts> texts = std::make_shared<SystemTexts>(environment);
   std::shared_ptr<TracingManager> tracing = std::make_shared<TracingManager>(state, texts);
   std::shared_ptr<ExceptionLogger> exceptions = std::make_shared<ExceptionLogger>(tracing);
+  std::shared_ptr<DeliveryLedger> ledger = std::make_shared<DeliveryLedger>();
   std::shared_ptr<NetworkCallMaker> maker = std::make_shared<NetworkCallMaker>(CallServices{
       http, time, state, texts, tracing, exceptions,
-      std::make_shared<ReportKeeper>(std::make_shared<ReportStore>(documents, exceptions),
-                                     std::make_shared<TellingQueue>(time), texts)});
+      std::make_shared<ReportKeeper>(std::make_shared<ReportStore>(documents, exceptions, ledger),
+                                     std::make_shared<TellingQueue>(time), texts, ledger),
+      ledger});
   std::vector<ResponceObject> responses;
   int dropped = 0;
 

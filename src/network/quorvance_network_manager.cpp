@@ -26,8 +26,10 @@ PreparedCall QuorvanceNetworkManager::prepareFor(Caller caller, Service service)
 }
 
 CallDraft QuorvanceNetworkManager::draft(Service service) {
-  return {callOf({identity_.current(), Session()}, service, std::nullopt, std::nullopt),
-          state_->markSession()};
+  CallDraft draft{callOf({identity_.current(), Session()}, service, std::nullopt, std::nullopt),
+                  state_->markSession()};
+  draft.call.pending = callMaker_->beginPending();
+  return draft;
 }
 
 PreparedCall QuorvanceNetworkManager::prepare(CallDraft draft) const {
@@ -41,6 +43,7 @@ PreparedCall QuorvanceNetworkManager::prepare(Caller caller, Service service,
                                               std::optional<std::string> requestId) const {
   PreparedCall call = callOf(std::move(caller), service, checkPoint, std::move(requestId));
   call.keys.appUUID = state_->vendorIdentifier();
+  call.pending = callMaker_->beginPending();
   return call;
 }
 
@@ -72,14 +75,15 @@ void QuorvanceNetworkManager::send(const PreparedCall& call, Json body, ReplyHan
   call.session.putInto(body);
   callMaker_->requestFromServer(call.url, std::move(body), call.requestId,
                                 rowOf(call.service).reportErrors, std::move(handler),
-                                std::move(alongside));
+                                std::move(alongside), {nameOf(call.service), call.pending});
 }
 
 void QuorvanceNetworkManager::sendImage(Json body, ReplyHandler handler) {
   const ServiceRow& row = rowOf(Service::sendBiometricImage);
   callMaker_->requestFromServer(identity_.current().serverUrl + std::string(row.path),
                                 std::move(body), state_->vendorIdentifier().value_or(std::string()),
-                                row.reportErrors, std::move(handler));
+                                row.reportErrors, std::move(handler), nullptr,
+                                {nameOf(row.service), callMaker_->beginPending()});
 }
 
 }  // namespace quorvance

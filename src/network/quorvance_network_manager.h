@@ -25,6 +25,8 @@ struct PreparedCall {
   std::string requestId;
   KeysData keys;
   Session session;
+  /// Pending from its settling on; cleared for a call that nobody has to wait for.
+  PendingWork::Mark pending = {};
 };
 
 /// A call that waits for its body, and for what may have to be read from the disk.

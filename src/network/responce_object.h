@@ -8,6 +8,7 @@
 #include <string>
 
 #include "base/json.h"
+#include "quorvance/platform/http.h"
 
 namespace quorvance {
 
@@ -19,6 +20,8 @@ struct ResponceObject {
   std::optional<std::int64_t> statusCode;
   /// -1 for a transport error, a status, or kParseFailureCode.
   std::optional<std::int64_t> error;
+  /// Set when no whole reply came.
+  std::optional<TransportFault> transportFault;
   /// The reply when it is a JSON object.
   std::optional<Json> output;
 

@@ -5,7 +5,26 @@
 namespace quorvance {
 
 RiskVerdict answerlessVerdict(std::string requestId) {
-  return {Risk{}, "-1", std::move(requestId)};
+  return {Risk{}, "-1", std::move(requestId), false};
+}
+
+VerdictReason reasonOf(const ResponceObject& response) {
+  if (response.succeeded()) return VerdictReason::answered;
+  if (!response.transportFault) {
+    constexpr int kOk = 200;
+    return response.statusCode == kOk ? VerdictReason::unreadable : VerdictReason::refused;
+  }
+  switch (*response.transportFault) {
+    case TransportFault::timedOut:
+      return VerdictReason::timedOut;
+    case TransportFault::certificate:
+      return VerdictReason::certificate;
+    case TransportFault::notSent:
+      return VerdictReason::cannotBeSent;
+    case TransportFault::unreachable:
+      break;
+  }
+  return VerdictReason::unreachable;
 }
 
 // A reply's own "requestID" has already replaced the call's in the response.
@@ -13,7 +32,9 @@ RiskVerdict readVerdict(const ResponceObject& response) {
   RiskVerdict verdict = answerlessVerdict(response.requestId);
   if (!response.output) return verdict;
   if (const auto raw = findInteger(*response.output, "risk")) {
-    verdict.risk.riskLevel = RiskLevelEnumerator::fromRawValue(*raw).value_or(RiskLevel::undefined);
+    const auto level = RiskLevelEnumerator::fromRawValue(*raw);
+    verdict.hasLevel = level.has_value();
+    verdict.risk.riskLevel = level.value_or(RiskLevel::undefined);
   }
   if (const std::string* text = findText(*response.output, "signedRisk")) {
     verdict.signedRisk = *text;

@@ -4,6 +4,7 @@
 
 #include "network/responce_object.h"
 #include "quorvance/risk.h"
+#include "quorvance/verdict.h"
 
 namespace quorvance {
 
@@ -13,10 +14,15 @@ struct RiskVerdict {
   /// The server's signature over the verdict; "-1" when there is none.
   std::string signedRisk;
   std::string requestId;
+  /// The reply told the level.
+  bool hasLevel = false;
 };
 
 /// The level is "undefined" unless the reply holds an integer of the vocabulary under "risk".
 RiskVerdict readVerdict(const ResponceObject& response);
+
+/// Why the call has no answer; `answered` when it succeeded.
+VerdictReason reasonOf(const ResponceObject& response);
 
 /// The verdict of a call that was never answered.
 RiskVerdict answerlessVerdict(std::string requestId);

@@ -57,6 +57,14 @@ constexpr const ServiceRow& rowOf(Service service) {
   return kServiceRows[static_cast<std::size_t>(service)];
 }
 
+/// The last word of its path.
+constexpr std::string_view nameOf(Service service) {
+  std::string_view path = rowOf(service).path;
+  path.remove_suffix(1);  // the slash
+  return path.substr(path.rfind('/') + 1);
+}
+static_assert(nameOf(Service::getDeviceId) == "GetDeviceID");
+
 /// Where the stored reports of a category go.
 constexpr Service serviceOf(ReportCategory category) {
   switch (category) {

@@ -36,6 +36,7 @@ constexpr auto kSlowInitialisation = 100ms;
 constexpr auto kTidyingUp = 5ms;
 // As many as wait for the console, less those of the library's own.
 constexpr int kPrintedLines = 900;
+constexpr const char* kRequest = "0B1E70CE-CCCC-4AE5-8D0E-8645616C50FF";
 
 struct Arguments {
   const char* folder = nullptr;
@@ -184,6 +185,26 @@ void exitAtOnce() {
   _exit(EXIT_SUCCESS);
 }
 
+/// After a flush of NUMBER milliseconds at most. A flush that is given no time says so by itself.
+void flushAndExitAtOnce() {
+  setUp();
+  auto manager = QuorvanceManager::shared();
+  manager->arriveToCheckPoint(quorvance::Launch());
+  manager->updateCheckPointStatus(quorvance::CheckPointType::LOGIN, kRequest,
+                                  quorvance::CheckPointStatus::APPROVED, {});
+  manager->logout();
+  const bool isFlushed = manager->flush(std::chrono::milliseconds(arguments.number));
+  _exit(isFlushed || arguments.number == 0 ? EXIT_SUCCESS : EXIT_FAILURE);
+}
+
+void printReason() {
+  setUp();
+  const auto verdict = QuorvanceManager::shared()->riskForCheckPoint(quorvance::Launch()).get();
+  std::puts(std::string(toString(verdict.reason)).c_str());
+  std::fflush(stdout);
+  _exit(EXIT_SUCCESS);
+}
+
 void exitQuickly() {
   setUp();
   sayThatTheEndBegins();
@@ -236,6 +257,8 @@ const std::map<std::string, void (*)()> kShapes = {
     {"destructors_call_on", destructorsCallOn},
     {"exit_before_completions", exitBeforeCompletions},
     {"exit_at_once", exitAtOnce},
+    {"flush_and_exit_at_once", flushAndExitAtOnce},
+    {"print_reason", printReason},
     {"exit_quickly", exitQuickly},
     {"exit_forked_child", exitForkedChild},
     {"start_program", startProgram},

@@ -4,7 +4,6 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <httplib.h>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -15,11 +14,11 @@
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
-#include <thread>
 
 #include "platform/testing/temporary_folder_test_support.h"
 #include "test/child_process.h"
 #include "test/child_programs.h"
+#include "test/https_server_test_support.h"
 
 namespace quorvance {
 namespace {
@@ -27,52 +26,9 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr int kServerThreads = 64;
 /// How long the library may hold up the end, and how long a busy machine may.
 constexpr std::int64_t kMaxDelayMilliseconds = 500;
 constexpr std::int64_t kMaxExitMilliseconds = 5000;
-
-/// Answers every call over TLS; its certificate is its own authority.
-class HttpsServer {
- public:
-  HttpsServer(const std::string& folder, std::size_t callsOfAConnection)
-      : certificate_(folder + "/certificate.pem"), key_(folder + "/key.pem") {
-    makeCertificate();
-    server_ = std::make_unique<httplib::SSLServer>(certificate_.c_str(), key_.c_str());
-    server_->new_task_queue = [] { return new httplib::ThreadPool(kServerThreads); };
-    server_->set_keep_alive_max_count(callsOfAConnection);
-    server_->Post(".*", [](const httplib::Request&, httplib::Response& response) {
-      response.set_content(R"({"risk":1,"signedRisk":"signed"})", "application/json");
-    });
-    port_ = server_->bind_to_any_port("127.0.0.1");
-    thread_ = std::thread([this] { server_->listen_after_bind(); });
-    while (!server_->is_running()) std::this_thread::yield();  // before that stop() does nothing
-  }
-  ~HttpsServer() {
-    server_->stop();
-    thread_.join();
-  }
-  HttpsServer(const HttpsServer&) = delete;
-  HttpsServer& operator=(const HttpsServer&) = delete;
-
-  const std::string& certificate() const { return certificate_; }
-  std::string url() const { return "https://127.0.0.1:" + std::to_string(port_) + "/"; }
-
- private:
-  void makeCertificate() const {
-    const std::string command =
-        "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -days 2 "
-        "-subj /CN=test -addext subjectAltName=IP:127.0.0.1 -keyout " +
-        key_ + " -out " + certificate_ + " 2>/dev/null";
-    EXPECT_EQ(std::system(command.c_str()), 0);
-  }
-
-  const std::string certificate_;
-  const std::string key_;
-  std::unique_ptr<httplib::SSLServer> server_;
-  int port_ = 0;
-  std::thread thread_;
-};
 
 /// Hosts that end, each over a folder of its own.
 class ExitTest : public testing::Test {
@@ -85,7 +41,9 @@ class ExitTest : public testing::Test {
   };
 
   void serve(std::size_t callsOfAConnection) {
-    server_ = std::make_unique<HttpsServer>(scratch_.path(), callsOfAConnection);
+    const std::string stem = scratch_.at("certificate");
+    makeCertificate(stem, "-x509 -addext subjectAltName=IP:127.0.0.1");
+    server_ = std::make_unique<HttpsServer>(stem, callsOfAConnection);
   }
 
   /// Its folder is new.

@@ -451,7 +451,9 @@ void JsonFileStore::synchronize() { askForDisk(); }
 
 bool JsonFileStore::isSynchronized() {
   const std::lock_guard lock(state_->mutex);
-  return state_->pending.unwritten.empty() && !state_->isFlushing && !state_->isErasureDue;
+  // While collection is off nothing is stored, and nothing waits for it.
+  const bool isUnwritten = !state_->pending.unwritten.empty() && isCollectionEnabled();
+  return !isUnwritten && !state_->isFlushing && !state_->isErasureDue;
 }
 
 void JsonFileStore::askForDisk() {

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "base/forked_child.h"
+#include "base/library_code.h"
 #include "platform/linux/threads/process_exit.h"
 #include "platform/linux/threads/signal_stack.h"
 
@@ -51,6 +52,7 @@ struct LibraryThread::Run {
   bool isOver = false;
 
   void execute(const char* name) {
+    const LibraryCode mark;
     pthread_setname_np(pthread_self(), name);
     id = std::this_thread::get_id();
     SignalStack::install(std::move(signalStack));
