@@ -7,7 +7,7 @@ namespace quorvance {
 namespace {
 
 // In the order of the enumerators.
-constexpr std::array<std::string_view, 10> kReasonNames = {
+constexpr std::array<std::string_view, 11> kReasonNames = {
     "answered",    "unreadable",   "refused",  "timedOut", "unreachable",
     "certificate", "cannotBeSent", "notSetUp", "shutDown", "collectionOff", "givenUp"};
 static_assert(static_cast<std::size_t>(VerdictReason::givenUp) + 1 == kReasonNames.size());
