@@ -129,6 +129,15 @@ TEST(CollectionTest, SwitchedOnAgainItGoesOnWithWhatIsStillNeededUnderWhoHasSign
   for (const SentRequest& sent : world.http->sent()) {
     EXPECT_EQ(*findText(sent.body["keys"], "user_id"), "u2");
   }
+  // The network, which is watched by now, is left with its next change and watched anew.
+  {
+    const NoCollection off;
+    world.reachability->change(NetworkKind::wlan);
+    world.time->run();
+  }
+  manager.sendDataWithNewSession();
+  world.time->advance(3s);
+  EXPECT_EQ(world.reachability->listeners(), 2U);
 }
 
 TEST(CollectionTest, CallsOnTheirWayEndAndTheirFailuresAreNotKept) {

@@ -23,15 +23,9 @@ struct LinuxPlatformOptions {
   std::optional<std::map<std::string, std::string>> environment;
   /// Where the state and the reports of this application live; absent means
   /// $XDG_DATA_HOME (or ~/.local/share) / host identifier / "quorvance". Folders are made with mode
-  /// 0700, files with 0600.
+  /// 0700, files with 0600. A folder of this user's that is open to others is narrowed; one of
+  /// another user's is not used, and then nothing is kept.
   std::optional<std::string> dataFolder;
-  /// How the server is reached and recognised.
-  HttpOptions http;
-  /// Sees every body before it is sent; empty: they are sent as they are.
-  BeforeSend beforeSend;
-  /// Whether crashes may be caught at all, where the server's configuration wants it. False: no
-  /// handler of signals or of std::terminate is ever installed, and no thread waits for a crash.
-  bool mayCatchCrashes = true;
   /// The addresses of the buses; absent means those that the environment names, else the usual
   /// sockets. Only sockets of this machine are used.
   std::optional<std::string> systemBusAddress;
@@ -47,6 +41,13 @@ struct LinuxPlatformOptions {
   std::shared_ptr<UserDataSource> userData;
   /// A main queue of the host's own, for example a HostLoopQueue; absent means a thread.
   std::shared_ptr<MainQueue> mainQueue;
+  /// How the server is reached and recognised.
+  HttpOptions http{};
+  /// Sees every body before it is sent; empty: they are sent as they are.
+  BeforeSend beforeSend{};
+  /// Whether crashes may be caught at all, where the server's configuration wants it. False: no
+  /// handler of signals or of std::terminate is ever installed, and no thread waits for a crash.
+  bool mayCatchCrashes = true;
 };
 
 /// The platform of a Linux process: libcurl, kernel files, one state file. Passive: threads start

@@ -65,7 +65,7 @@ struct Platform {
   std::shared_ptr<CrashTrap> crashTrap;
   std::shared_ptr<FaceDetection> faceDetection;
   /// Sees every body before it is sent; empty: they are sent as they are.
-  BeforeSend beforeSend;
+  BeforeSend beforeSend{};
 };
 
 /// The platform of the system that the library was built for, with the defaults of an application;
