@@ -48,6 +48,7 @@ ARROWS = {
     "device": ["state"],
     "biometrics": ["network"],
     "core": ["biometrics", "device"],
+    "c_interface": ["core"],
 }
 
 LIBRARY = list(ARROWS)
@@ -63,6 +64,7 @@ HEADERS_WITHOUT_SOURCE = {
     "quorvance/vocabulary.h": "base",
     "quorvance/crash_model.h": "diagnostics",
     "quorvance/screen_listener.h": "biometrics",
+    "quorvance/c.h": "c_interface",
     "quorvance/quorvance.h": "umbrella",
 }
 
@@ -87,7 +89,7 @@ STANDARD_HEADERS = set(
     mutex new numbers numeric optional ostream queue random ranges ratio regex scoped_allocator
     semaphore set shared_mutex source_location span sstream stack stdexcept stop_token streambuf
     string string_view syncstream system_error thread tuple type_traits typeindex typeinfo
-    unordered_map unordered_set utility valarray variant vector version cxxabi.h
+    unordered_map unordered_set utility valarray variant vector version cxxabi.h stddef.h stdint.h
     """.split()
 )
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorvance/standard_library.h"
+
 #include <chrono>
 #include <functional>
 #include <optional>

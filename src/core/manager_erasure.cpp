@@ -15,12 +15,13 @@ void ManagerCore::eraseStoredData(ErasureCompletion completion) {
   platform.backgroundQueue->post(
       WorkLane::files,
       withinMemory([store = context_->reportStore, defaults = platform.defaults,
-                    queue = platform.backgroundQueue, completion = std::move(completion)] {
+                    queue = platform.backgroundQueue, completion = std::move(completion),
+                    pending = context_->ledger->pending()->begin()] {
         const bool isStateGone = defaults->isForgotten();
         const bool isAllGone = store->eraseAll() && isStateGone;
         if (!completion) return;
         queue->post(WorkLane::completions,
-                    [completion, isAllGone] { callHost([&] { completion(isAllGone); }); });
+                    [completion, isAllGone, pending] { callHost([&] { completion(isAllGone); }); });
       }));
 }
 

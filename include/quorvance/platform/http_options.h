@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorvance/standard_library.h"
+
 #include <string>
 
 #pragma GCC visibility push(default)
