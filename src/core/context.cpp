@@ -51,8 +51,9 @@ Context::Context(Platform usedPlatform)
       uploader(std::make_shared<ReportUploader>(reportStore, platform.backgroundQueue, ledger)) {}
 
 CallServices Context::callServices() const {
-  return {platform.http, platform.backgroundQueue, state, texts, tracing, exceptions, reports,
-          ledger, redaction};
+  return {
+      platform.http, platform.backgroundQueue, state, texts, tracing, exceptions, reports, ledger,
+      redaction};
 }
 
 ScreenServices Context::screenServices() const {

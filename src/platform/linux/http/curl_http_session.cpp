@@ -406,8 +406,8 @@ bool CurlHttpSession::State::startThread() noexcept {
 CurlHttpSession::CurlHttpSession(HttpOptions options, std::shared_ptr<ThreadRetries> retries,
                                  std::weak_ptr<WakeUps> wakeUps,
                                  std::chrono::milliseconds maxIdleTime)
-    : state_(std::make_shared<State>(std::move(options), retries, std::move(wakeUps),
-                                     maxIdleTime)) {
+    : state_(
+          std::make_shared<State>(std::move(options), retries, std::move(wakeUps), maxIdleTime)) {
   retries->join(state_);
 }
 
