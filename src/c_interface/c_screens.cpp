@@ -10,7 +10,6 @@
 #include "quorvance/quorvance_manager.h"
 
 namespace quorvance {
-namespace {
 
 /// A host's view, copied: the host's own may be gone after the call.
 class CopiedView : public View {
@@ -54,7 +53,6 @@ class CopiedView : public View {
   std::shared_ptr<QuorvanceGestureRecognizer> recognizer_;
 };
 
-}  // namespace
 }  // namespace quorvance
 
 /// What a host holds of a screen.
