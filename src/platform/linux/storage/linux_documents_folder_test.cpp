@@ -170,6 +170,11 @@ TEST(DocumentsFolderTest, AnOpenFolderOfOursIsNarrowedAndOneOfOthersRefused) {
   fs::create_directory_symlink("open", root.at("link"));
   EXPECT_TRUE(LinuxDocumentsFolder(root.at("link")).prepare());
   EXPECT_EQ(root.permissionsOf("open"), 0700U);
+  for (const unsigned left : {0755U, 01777U}) {
+    fs::permissions(root.at("open"), fs::perms(left));
+    EXPECT_TRUE(LinuxDocumentsFolder(root.at("open")).prepare());
+    EXPECT_EQ(root.permissionsOf("open"), left);
+  }
   if (geteuid() != 0) GTEST_SKIP() << "only root can give things away";
   constexpr uid_t kSomebody = 65534;
   ASSERT_EQ(lchown(root.at("link").c_str(), kSomebody, kSomebody), 0);

@@ -47,12 +47,14 @@ bool narrowToOwner(const std::string& path) {
          fchmod(folder.number(), kPrivateFolder) == 0;
 }
 
-/// Of a folder that is there.
+/// Of a folder that is there. Others who may look at names are let: the files are private. A folder
+/// that all may write to on purpose (the sticky bit, as of /tmp) is not ours to narrow.
 bool isPrivateFolder(const std::string& path) {
-  constexpr mode_t kOthers = 077;
+  constexpr mode_t kOthersWrite = 022;
   struct stat status = {};
   if (belongsToOthers(path) || stat(path.c_str(), &status) != 0) return false;
-  return (status.st_mode & kOthers) == 0 || narrowToOwner(path);
+  const bool isOpen = (status.st_mode & kOthersWrite) != 0 && (status.st_mode & S_ISVTX) == 0;
+  return !isOpen || narrowToOwner(path);
 }
 
 bool makeOneFolder(const std::string& path) {
@@ -135,7 +137,7 @@ bool belongsToOthers(const std::string& path) {
     if (status.st_uid != geteuid() && status.st_uid != 0) return true;
     if (stat(path.c_str(), &status) != 0) return false;
   }
-  return status.st_uid != geteuid();
+  return status.st_uid != geteuid() && (status.st_mode & S_ISVTX) == 0;
 }
 
 bool replaceFile(const std::string& path, const std::string& temporaryPath,

@@ -44,11 +44,13 @@ struct SmallFile {
 SmallFile readSmallFile(const std::string& path, std::size_t maxBytes);
 
 /// Makes the folder and its missing parents, each with mode 0700 whatever the umask. One of this
-/// user's that is there is narrowed to that mode. True when it is there at the end and this user's.
+/// user's that is there and that others may write to is narrowed to that mode, unless it is shared
+/// on purpose (the sticky bit). True when it is there at the end and this user's.
 bool makePrivateFolder(const std::string& path);
 
-/// Whether the path leads to a folder of another user, or through a link of another user's that is
-/// not the administrator's: whatever lies there may be that user's making.
+/// Whether the path leads to a folder of another user, one that is shared on purpose apart, or
+/// through a link of another user's that is not the administrator's: whatever lies there may be
+/// that user's making.
 bool belongsToOthers(const std::string& path);
 
 /// Replaces or makes `path` with mode 0600 in one step: a reader sees the old bytes or the new.
