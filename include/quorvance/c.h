@@ -32,7 +32,7 @@ enum {
   QUORVANCE_INVALID_JSON = 2,
   /** The process's context is in use already. */
   QUORVANCE_TOO_LATE = 3,
-  /** No memory, or a forked child. */
+  /** No memory, a forked child, or, for quorvance_setup, a shutdown before. */
   QUORVANCE_UNAVAILABLE = 4,
   /** Not in time; what was under way goes on. */
   QUORVANCE_TIMED_OUT = 5
@@ -63,7 +63,8 @@ typedef struct quorvance_options {
   int32_t has_own_motion;
 } quorvance_options;
 
-/** Sets up the process's context. Once, before every other function; without it the defaults hold.
+/** Sets up the process's context. Once, before every function but the switches; without it the
+   defaults hold.
     QUORVANCE_TOO_LATE when the context has been used. */
 int quorvance_use_options(const quorvance_options* options);
 

@@ -81,7 +81,8 @@ enum {
 };
 
 /** One reading of the application's own, for every screen that samples this sensor now; without one
-   it is dropped, as is a value that is not finite. Needs `has_own_motion`. Any thread. */
+   it is dropped, as is a value that is not finite. Without `has_own_motion` an
+   invalid argument. Any thread. */
 int quorvance_motion_sample(int32_t sensor, double x, double y, double z);
 
 #ifdef __cplusplus

@@ -124,7 +124,7 @@ class QuorvanceManager {
   /// In 10 s, does the same unless an identifier is stored by then.
   void getDeviceIdThread();
   /// Calls back once there is an identifier: soon when one is stored, else after initializeDeviceId
-  /// has brought one. Never when none comes, nor after a shutdown.
+  /// has brought one. Never when none comes.
   void onDeviceIdentifier(DeviceIdentifierCallback callback);
   /// The stored device identifier, "no_device_id" until the server has sent one.
   std::optional<std::string> getDeviceId() const;
@@ -134,7 +134,8 @@ class QuorvanceManager {
   void sendDataWithNewSession();
   /// In 10 s, does the same unless the server has accepted the session by then.
   void sendDataWithNewSessionThread();
-  /// Starts one more trace upload loop, a run every 30 s; loops never stop and are not merged.
+  /// Starts one more trace upload loop, a run every 30 s; loops end with a shutdown alone and are
+  /// not merged.
   void sendingTracingData();
   /// Ends the user's session: the stored user becomes "UNKNOWN" and a new session begins.
   void logout();
@@ -194,7 +195,8 @@ class QuorvanceManager {
   /// when nothing is pending; false when the time is over, when the state could not be stored, and
   /// at once inside a callback of the library, which would wait for itself. Retries, loops and
   /// traces are not waited for. Several threads may wait. Nothing needs the main queue, save for
-  /// the end of a finished screen: where that queue is the host's own loop, run it first.
+  /// the end of a finished screen and, while device facts hang, their time-out: where that queue is
+  /// the host's own loop, run it first.
   bool flush(std::chrono::milliseconds timeout);
   /// How many pieces of work flush would wait for now.
   std::size_t pending() const;
@@ -202,7 +204,7 @@ class QuorvanceManager {
   /// verdict comes soon, with the reason shutDown; what reads answers as ever, crashes are stored.
   /// Retries and loops end, threads end or sleep. Then flushes, with each call anew.
   bool shutdown(std::chrono::milliseconds timeout);
-  /// How things stand; waits for nothing.
+  /// How things stand; waits for nothing, and reads the state as any first call does.
   DeliveryStatus status() const;
 
  private:

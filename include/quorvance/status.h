@@ -51,7 +51,8 @@ struct DeliveryStatus {
   /// The server has accepted the running session.
   bool isSessionAccepted = false;
   bool isShutDown = false;
-  /// Why nothing can be sent to the server's URL, in words; absent when nothing speaks against it.
+  /// Why the server's URL cannot work, in words, as far as can be seen without asking a network;
+  /// absent when nothing speaks against it.
   std::optional<std::string> urlFault;
   /// Of the manager's whole context, all services; absent before the first one.
   std::optional<Time> lastSuccess;

@@ -30,13 +30,15 @@ enum class VerdictReason {
   unreachable,
   /// The server's certificate has expired, is another host's, or is of an unknown authority.
   certificate,
-  /// The URL cannot be sent to, the body cannot be JSON, or too many calls wait.
+  /// The URL cannot be sent to, the body cannot be JSON, too many calls wait, the host's HTTP
+  /// options
+  /// cannot be used, or its beforeSend has kept the call back.
   cannotBeSent,
   /// There was no server URL yet.
   notSetUp,
   /// The manager has been shut down.
   shutDown,
-  /// The host has switched collection off.
+  /// The host had switched collection off. A call that was on its way then is given up.
   collectionOff,
   /// Given up within the library: no memory, or the queues ended.
   givenUp,
@@ -46,9 +48,10 @@ enum class VerdictReason {
 std::string_view toString(VerdictReason reason);
 
 struct VerdictOptions {
-  /// When the completion comes at the latest, from the call; the exchange goes on all the same. 0
-  /// and less mean at once: the checkpoint is reported and nobody waits. Absent, and when longer
-  /// than the exchange may take, that one's own time-out stands alone: it is never lengthened.
+  /// When the completion comes at the latest, from the call (with an HttpSession of the host's own
+  /// that keeps no time, as soon as the main queue runs); the exchange goes on all the same. 0 and
+  /// less mean at once: the checkpoint is reported and nobody waits. Absent, and when longer than
+  /// the exchange may take, that one's own time-out stands alone: it is never lengthened.
   std::optional<std::chrono::milliseconds> deadline;
 };
 

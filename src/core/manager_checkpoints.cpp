@@ -94,7 +94,7 @@ bool ManagerCore::takeVerdict(const CheckPoint& checkPoint, VerdictOptions optio
   if (!verdict) return false;
   verdict->waitFor(std::forward<Completion>(completion));
   if (isShutDown()) {
-    PendingVerdict::giveUp(verdict, VerdictReason::shutDown);
+    refuse(verdict, VerdictReason::shutDown);
     return true;
   }
   try {
@@ -103,6 +103,12 @@ bool ManagerCore::takeVerdict(const CheckPoint& checkPoint, VerdictOptions optio
     PendingVerdict::giveUp(verdict, VerdictReason::givenUp);
   }
   return true;
+}
+
+// No call comes of it, yet a flush waits for its completion.
+void ManagerCore::refuse(const std::shared_ptr<PendingVerdict>& verdict, VerdictReason reason) {
+  verdict->setPending(context_->ledger->pending()->begin());
+  PendingVerdict::giveUp(verdict, reason);
 }
 
 // The network's thread keeps the time where it can: a host's own main loop may be what waits.
@@ -119,9 +125,7 @@ void ManagerCore::startDeadline(std::chrono::milliseconds deadline,
 
 void ManagerCore::askForRisk(const CheckPoint& checkPoint, VerdictOptions options,
                              const std::shared_ptr<PendingVerdict>& verdict) {
-  if (isRefused(checkPoint)) {
-    return PendingVerdict::giveUp(verdict, VerdictReason::collectionOff);
-  }
+  if (isRefused(checkPoint)) return refuse(verdict, VerdictReason::collectionOff);
   Json json = checkPoint.getJson();
   const JsonDiscarder discarder(json);
   const OperationTrace trace(*context_->tracing, "getRiskForCheckPoint",

@@ -133,6 +133,7 @@ class ManagerCore : public CrashEyeDelegate,
   Json checkPointBody(const CheckPoint& checkPoint, Json json, const TraceArguments& traced);
   template <class Completion>
   bool takeVerdict(const CheckPoint& checkPoint, VerdictOptions options, Completion&& completion);
+  void refuse(const std::shared_ptr<PendingVerdict>& verdict, VerdictReason reason);
   void askForRisk(const CheckPoint& checkPoint, VerdictOptions options,
                   const std::shared_ptr<PendingVerdict>& verdict);
   void startDeadline(std::chrono::milliseconds deadline,

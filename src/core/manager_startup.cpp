@@ -59,7 +59,7 @@ void ManagerCore::configureServerUrl(const std::optional<std::string>& serverUrl
   identity().configureServerUrl(serverUrl);
   if (!serverUrl || !isInDebugMode()) return;
   if (const std::string_view fault = faultOfServerUrl(*serverUrl); !fault.empty()) {
-    debugPrint("nothing can be sent to the server's URL: " + std::string(fault));
+    debugPrint("the server's URL cannot work: " + std::string(fault));
   }
 }
 

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "network/quorvance_network_manager.h"
@@ -29,7 +30,9 @@ class PendingVerdict {
   // Before anything else may happen to it.
   void waitFor(RiskCompletion completion);
   void waitFor(VerdictCompletion completion);
-  /// What it comes of; `pending` lasts until the completion has run.
+  /// Lasts until the completion has run. Before anybody else has the verdict.
+  void setPending(PendingWork::Mark pending) { pending_ = std::move(pending); }
+  /// What it comes of, its mark included.
   void setCall(const PreparedCall& call);
 
   /// On the background queue.

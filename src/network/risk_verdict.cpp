@@ -11,8 +11,8 @@ RiskVerdict answerlessVerdict(std::string requestId) {
 VerdictReason reasonOf(const ResponceObject& response) {
   if (response.succeeded()) return VerdictReason::answered;
   if (!response.transportFault) {
-    constexpr int kOk = 200;
-    return response.statusCode == kOk ? VerdictReason::unreadable : VerdictReason::refused;
+    constexpr int kStatusOk = 200;
+    return response.statusCode == kStatusOk ? VerdictReason::unreadable : VerdictReason::refused;
   }
   switch (*response.transportFault) {
     case TransportFault::timedOut:

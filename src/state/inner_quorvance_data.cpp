@@ -75,15 +75,20 @@ void InnerQuorvanceData::writePersistent(StoredKey key, const StoredValue& value
 // Two threads that read first must get one value, so the test and the store share the lock; the
 // default is computed before it, since it asks the platform.
 StoredValue InnerQuorvanceData::readMemory(StoredKey key) {
-  identifyBegunSession();
-  {
+  for (;;) {
+    identifyBegunSession();
+    {
+      const std::lock_guard lock(mutex_);
+      const auto found = dictData_.find(rowOf(key).name);
+      if (found != dictData_.end()) return found->second;
+    }
+    StoredValue fresh = defaultValue(key);
     const std::lock_guard lock(mutex_);
-    const auto found = dictData_.find(rowOf(key).name);
-    if (found != dictData_.end()) return found->second;
+    // One that was begun meanwhile is the session, and not this default.
+    if (!begunSession_) {
+      return dictData_.emplace(rowOf(key).name, std::move(fresh)).first->second;
+    }
   }
-  StoredValue fresh = defaultValue(key);
-  const std::lock_guard lock(mutex_);
-  return dictData_.emplace(rowOf(key).name, std::move(fresh)).first->second;
 }
 
 std::optional<std::string> InnerQuorvanceData::readText(StoredKey key) {
@@ -155,7 +160,7 @@ Session InnerQuorvanceData::sessionOf(const SessionMark& mark) {
   BegunSession& begun = *mark.begun;
   {
     const std::lock_guard lock(mutex_);
-    if (begun.id) return {*begun.id, begun.time};
+    if (begun.id && begunSession_ != mark.begun) return {*begun.id, begun.time};
   }
   std::string id = sessionIdWith(begun.number);
   const std::lock_guard lock(mutex_);

@@ -138,6 +138,26 @@ TEST(StateTest, AMarkedSessionIsIdentifiedOnceByWhomeverComesFirst) {
   EXPECT_EQ(other.state.sessionOf(other.state.markSession()).idSession, current.idSession);
 }
 
+// The identifier of a session that is read first begins another one on its way.
+TEST(StateTest, ASessionThatIsBegunInTheMidstOfAFirstReadIsTheOneThatIsRead) {
+  struct MarkingIdentity : FakeIdentity {
+    std::optional<std::string> vendorIdentifier() override {
+      if (state != nullptr && !mark) mark = state->markSession();
+      return std::nullopt;
+    }
+    InnerQuorvanceData* state = nullptr;
+    std::optional<SessionMark> mark;
+  };
+  StateWorld world;
+  const auto identity = std::make_shared<MarkingIdentity>();
+  InnerQuorvanceData state(world.time, world.store, identity);
+  identity->state = &state;
+  const Session read = state.currentSession();
+  ASSERT_TRUE(identity->mark);
+  EXPECT_EQ(state.sessionOf(*identity->mark).idSession, read.idSession);
+  EXPECT_EQ(state.currentSession().idSession, read.idSession);
+}
+
 TEST(StateConcurrencyTest, FirstReadsOfEightThreadsYieldOneValue) {
   for (int round = 0; round < 50; ++round) {
     StateWorld world;

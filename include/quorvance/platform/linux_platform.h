@@ -23,8 +23,8 @@ struct LinuxPlatformOptions {
   std::optional<std::map<std::string, std::string>> environment;
   /// Where the state and the reports of this application live; absent means
   /// $XDG_DATA_HOME (or ~/.local/share) / host identifier / "quorvance". Folders are made with mode
-  /// 0700, files with 0600. A folder of this user's that others may write to is narrowed; one of
-  /// another user's is not used, and then nothing is kept.
+  /// 0700, files with 0600. A folder of this user's that all may write to is narrowed; one of
+  /// another user's but the administrator's is not used, and then nothing is kept.
   std::optional<std::string> dataFolder;
   /// The addresses of the buses; absent means those that the environment names, else the usual
   /// sockets. Only sockets of this machine are used.

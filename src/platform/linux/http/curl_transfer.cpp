@@ -34,8 +34,6 @@ TransportFault transportFaultOf(CURLcode code) {
     case CURLE_OPERATION_TIMEDOUT:
       return TransportFault::timedOut;
     case CURLE_PEER_FAILED_VERIFICATION:
-    case CURLE_SSL_CACERT_BADFILE:
-    case CURLE_SSL_CERTPROBLEM:
     case CURLE_SSL_CLIENTCERT:
     case CURLE_SSL_CRL_BADFILE:
     case CURLE_SSL_INVALIDCERTSTATUS:
@@ -45,6 +43,10 @@ TransportFault transportFaultOf(CURLcode code) {
     case CURLE_AGAIN:
     case CURLE_FAILED_INIT:
     case CURLE_OUT_OF_MEMORY:
+    case CURLE_SETOPT_OPTION_SYNTAX:
+    // Files of the host's own options.
+    case CURLE_SSL_CACERT_BADFILE:
+    case CURLE_SSL_CERTPROBLEM:
     case CURLE_UNSUPPORTED_PROTOCOL:
     case CURLE_URL_MALFORMAT:
       return TransportFault::notSent;

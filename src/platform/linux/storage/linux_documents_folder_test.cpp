@@ -170,7 +170,7 @@ TEST(DocumentsFolderTest, AnOpenFolderOfOursIsNarrowedAndOneOfOthersRefused) {
   fs::create_directory_symlink("open", root.at("link"));
   EXPECT_TRUE(LinuxDocumentsFolder(root.at("link")).prepare());
   EXPECT_EQ(root.permissionsOf("open"), 0700U);
-  for (const unsigned left : {0755U, 01777U}) {
+  for (const unsigned left : {0755U, 0770U, 01777U}) {
     fs::permissions(root.at("open"), fs::perms(left));
     EXPECT_TRUE(LinuxDocumentsFolder(root.at("open")).prepare());
     EXPECT_EQ(root.permissionsOf("open"), left);

@@ -40,21 +40,22 @@ bool isFolder(const std::string& path) {
 }
 
 // Through a descriptor: what is narrowed is what was looked at.
-bool narrowToOwner(const std::string& path) {
+void narrowToOwner(const std::string& path) {
   const FileDescriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   struct stat status = {};
-  return folder.isOpen() && fstat(folder.number(), &status) == 0 && status.st_uid == geteuid() &&
-         fchmod(folder.number(), kPrivateFolder) == 0;
+  if (!folder.isOpen() || fstat(folder.number(), &status) != 0) return;
+  if (status.st_uid == geteuid()) static_cast<void>(fchmod(folder.number(), kPrivateFolder));
 }
 
-/// Of a folder that is there. Others who may look at names are let: the files are private. A folder
-/// that all may write to on purpose (the sticky bit, as of /tmp) is not ours to narrow.
-bool isPrivateFolder(const std::string& path) {
-  constexpr mode_t kOthersWrite = 022;
+/// Of a folder that is there. What a group shares, or all on purpose (the sticky bit, as of /tmp),
+/// is not ours to narrow, nor is the administrator's; some file systems know no modes. The files
+/// are private all the same.
+bool isUsableFolder(const std::string& path) {
   struct stat status = {};
   if (belongsToOthers(path) || stat(path.c_str(), &status) != 0) return false;
-  const bool isOpen = (status.st_mode & kOthersWrite) != 0 && (status.st_mode & S_ISVTX) == 0;
-  return !isOpen || narrowToOwner(path);
+  const bool isOpen = (status.st_mode & S_IWOTH) != 0 && (status.st_mode & S_ISVTX) == 0;
+  if (isOpen) narrowToOwner(path);
+  return true;
 }
 
 bool makeOneFolder(const std::string& path) {
@@ -122,12 +123,12 @@ SmallFile readSmallFile(const std::string& path, std::size_t maxBytes) {
 
 bool makePrivateFolder(const std::string& path) {
   if (path.empty()) return false;
-  if (isFolder(path)) return isPrivateFolder(path);
+  if (isFolder(path)) return isUsableFolder(path);
   for (std::size_t end = path.find('/', 1); end != std::string::npos;
        end = path.find('/', end + 1)) {
     if (!makeOneFolder(path.substr(0, end))) return false;
   }
-  return makeOneFolder(path) && isPrivateFolder(path);
+  return makeOneFolder(path) && isUsableFolder(path);
 }
 
 bool belongsToOthers(const std::string& path) {
@@ -137,7 +138,8 @@ bool belongsToOthers(const std::string& path) {
     if (status.st_uid != geteuid() && status.st_uid != 0) return true;
     if (stat(path.c_str(), &status) != 0) return false;
   }
-  return status.st_uid != geteuid() && (status.st_mode & S_ISVTX) == 0;
+  const bool isTrusted = status.st_uid == geteuid() || status.st_uid == 0;
+  return !isTrusted && (status.st_mode & S_ISVTX) == 0;
 }
 
 bool replaceFile(const std::string& path, const std::string& temporaryPath,

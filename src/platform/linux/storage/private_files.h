@@ -44,11 +44,13 @@ struct SmallFile {
 SmallFile readSmallFile(const std::string& path, std::size_t maxBytes);
 
 /// Makes the folder and its missing parents, each with mode 0700 whatever the umask. One of this
-/// user's that is there and that others may write to is narrowed to that mode, unless it is shared
-/// on purpose (the sticky bit). True when it is there at the end and this user's.
+/// user's that is there and that all may write to is narrowed to that mode, unless it is shared on
+/// purpose (the sticky bit). True when it is there at the end and nobody else's but the
+/// administrator's.
 bool makePrivateFolder(const std::string& path);
 
-/// Whether the path leads to a folder of another user, one that is shared on purpose apart, or
+/// Whether the path leads to a folder of another user (but the administrator, and unless it is
+/// shared on purpose), or
 /// through a link of another user's that is not the administrator's: whatever lies there may be
 /// that user's making.
 bool belongsToOthers(const std::string& path);
