@@ -8,7 +8,7 @@ namespace quorvance {
 /// "%" followed by two hexadecimal digits. What parses may still be impossible to send to.
 bool parsesAsUrl(std::string_view text);
 
-/// Why nothing can be sent to a server's URL, in words; empty when nothing speaks against it. What
+/// Why a server's URL cannot work, in words; empty when nothing speaks against it. What
 /// it tells changes nothing: calls go the way they always go.
 std::string_view faultOfServerUrl(std::string_view url);
 
