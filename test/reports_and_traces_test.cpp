@@ -42,8 +42,8 @@ struct TracedWorld : RealWorld {
 TEST(TraceUploadTest, ArrivesWithStartsMiddlesAndEnds) {
   TracedWorld world;
   world.manager->setupWithServerUrl(world.server.url(), "anna");
-  // The second delayed task is the trace loop: the configuration is in force.
-  ASSERT_TRUE(world.mainQueue->waitForDelayedPosts(2, kTestPatience));
+  // Until the configuration is in force, and the trace loop with it.
+  ASSERT_TRUE(world.manager->flush(kTestPatience));
   world.manager->initializeDeviceId();
   ASSERT_TRUE(world.sees("qrsk-med/3.0/SendSessionData/"));
   VerdictInbox inbox;

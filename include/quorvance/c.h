@@ -22,7 +22,8 @@
 extern "C" {
 #endif
 
-/** What a function answers. After anything but QUORVANCE_OK nothing has happened. */
+/** What a function answers. After anything but QUORVANCE_OK nothing has happened. After a shutdown,
+   and while collection is off, what would send or store does nothing and answers QUORVANCE_OK. */
 enum {
   QUORVANCE_OK = 0,
   /** A null pointer where a value is needed, a word or a number that is not in its list, a `size`

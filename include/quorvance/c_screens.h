@@ -27,6 +27,8 @@ typedef struct quorvance_view {
 
 /** Views deeper in the root than this are not looked at. */
 #define QUORVANCE_VIEW_DEPTH 64
+/** Of so many views below the root the rest is not looked at. */
+#define QUORVANCE_VIEW_COUNT 10000
 
 /** One finger on the glass: pressure (1 is an average touch, 0 where it is not told), and half of
    the contact ellipse's longer axis in points. */

@@ -193,7 +193,8 @@ class QuorvanceManager {
   /// Waits until all that the manager's context had accepted before has been answered, well or
   /// badly, or stored: calls with their completions, reports, the state. True when it has, at once
   /// when nothing is pending; false when the time is over, when the state could not be stored, and
-  /// at once inside a callback of the library, which would wait for itself. Retries, loops and
+  /// at once inside a callback of the library, which would wait for itself, and once the process's
+  /// exit handlers have begun. Retries, loops and
   /// traces are not waited for. Several threads may wait. Nothing needs the main queue, save for
   /// the end of a finished screen and, while device facts hang, their time-out: where that queue is
   /// the host's own loop, run it first.

@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -14,20 +16,28 @@ namespace quorvance {
 /// A host's view, copied: the host's own may be gone after the call.
 class CopiedView : public View {
  public:
-  explicit CopiedView(const quorvance_view& view, int depth = 1) { take(view, depth); }
+  explicit CopiedView(const quorvance_view& root) { takeRoot(root); }
+  CopiedView(const quorvance_view& view, int depth, std::size_t& room) { take(view, depth, room); }
 
-  void take(const quorvance_view& view, int depth = 1) {
+  void takeRoot(const quorvance_view& root) {
+    std::size_t room = QUORVANCE_VIEW_COUNT;
+    take(root, 1, room);
+  }
+
+  /// With `room` for so many views below it.
+  void take(const quorvance_view& view, int depth, std::size_t& room) {
     frame_ = {view.x, view.y, view.width, view.height};
     if (view.tag != 0) tag_ = view.tag;
     description_ = view.description == nullptr ? "" : view.description;
-    const std::size_t count =
-        view.subviews == nullptr || depth >= QUORVANCE_VIEW_DEPTH ? 0 : view.subview_count;
+    const bool isLast = view.subviews == nullptr || depth >= QUORVANCE_VIEW_DEPTH;
+    const std::size_t count = isLast ? 0 : std::min(view.subview_count, room);
+    room -= count;
     if (subviews_.size() > count) subviews_.resize(count);
     for (std::size_t i = 0; i < count; ++i) {
       if (i < subviews_.size()) {
-        subviews_[i]->take(view.subviews[i], depth + 1);
+        subviews_[i]->take(view.subviews[i], depth + 1, room);
       } else {
-        subviews_.push_back(std::make_shared<CopiedView>(view.subviews[i], depth + 1));
+        subviews_.push_back(std::make_shared<CopiedView>(view.subviews[i], depth + 1, room));
       }
     }
   }
@@ -114,7 +124,7 @@ quorvance_screen* quorvance_screen_start(const char* type, int64_t action_id,
 int quorvance_screen_set_views(quorvance_screen* screen, const quorvance_view* root) {
   return answerOf([=]() -> int {
     if (screen == nullptr || root == nullptr) return QUORVANCE_INVALID_ARGUMENT;
-    screen->view->take(*root);
+    screen->view->takeRoot(*root);
     return QUORVANCE_OK;
   });
 }

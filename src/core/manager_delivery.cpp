@@ -4,6 +4,7 @@
 
 #include "base/library_code.h"
 #include "base/out_of_memory.h"
+#include "base/process_end.h"
 #include "core/manager_core.h"
 #include "network/url_text.h"
 
@@ -21,7 +22,7 @@ constexpr int kMaxStateWrites = 5;
 
 // The state last: what was pending may have changed it.
 bool ManagerCore::flush(std::chrono::milliseconds timeout) {
-  if (isInLibraryCode()) return false;
+  if (isInLibraryCode() || hasProcessExitBegun()) return false;
   const auto wait = std::clamp<std::chrono::milliseconds>(timeout, {}, kLongestFlush);
   const Clock::time_point deadline = Clock::now() + wait;
   return context_->ledger->pending()->waitForPresent(deadline) && flushState(deadline);
@@ -81,17 +82,24 @@ void ManagerCore::onDeviceIdentifier(DeviceIdentifierCallback callback) {
 // Whoever takes the callbacks calls them: one that comes meanwhile finds the identifier stored.
 void ManagerCore::tellDeviceIdentifier(const std::string& deviceId,
                                        const PendingWork::Mark& cause) {
-  auto told = std::make_shared<std::vector<DeviceIdentifierCallback>>();
+  // What each is given is made beforehand: a want of memory is ours, not the host's.
+  struct Told {
+    std::vector<DeviceIdentifierCallback> callbacks;
+    std::vector<std::string> identifiers;
+  };
+  auto told = std::make_shared<Told>();
   {
     const std::lock_guard lock(mutex_);
-    told->swap(identifierCallbacks_);
+    told->identifiers.assign(identifierCallbacks_.size(), deviceId);
+    told->callbacks.swap(identifierCallbacks_);
   }
-  if (told->empty()) return;
+  if (told->callbacks.empty()) return;
   context_->platform.backgroundQueue->post(
       WorkLane::completions,
-      [told, deviceId, pending = cause ? cause : context_->ledger->pending()->begin()] {
-        for (const DeviceIdentifierCallback& callback : *told)
-          callHost([&] { callback(deviceId); });
+      [told, pending = cause ? cause : context_->ledger->pending()->begin()] {
+        for (std::size_t i = 0; i < told->callbacks.size(); ++i) {
+          callHost([&] { told->callbacks[i](std::move(told->identifiers[i])); });
+        }
       });
 }
 

@@ -284,7 +284,10 @@ void QuorvanceManager::logout() {
 }
 
 void QuorvanceManager::eraseStoredData(ErasureCompletion completion) {
-  enter(core_, [&](ManagerCore& core) { core.eraseStoredData(std::move(completion)); });
+  // After a shutdown too: who takes everything back must be heard.
+  enter([&] {
+    if (core_) core_->eraseStoredData(std::move(completion));
+  });
 }
 
 void QuorvanceManager::getRiskForCheckPoint(const CheckPoint& checkPoint,

