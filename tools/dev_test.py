@@ -41,6 +41,8 @@ class FirstMinute(unittest.TestCase):
             stderr=output,
             text=True,
             start_new_session=True,
+            # Who runs the tests in the background may have them ignore it.
+            preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL),
         )
 
     def run_dev(self, *arguments):

@@ -23,6 +23,12 @@ def wait_until(what: str, is_done) -> None:
         time.sleep(0.02)
 
 
+def heed_signals() -> None:
+    """Who runs the tests in the background may have them ignore some."""
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+        signal.signal(number, signal.SIG_DFL)
+
+
 def processes_of(program: Path) -> list[str]:
     """The command lines that begin with the program, which has a name of this run's own."""
     found = []
@@ -51,6 +57,7 @@ def check_signal(number: signal.Signals, demo: str, server: str, journey: Path) 
             stdout=subprocess.PIPE,
             text=True,
             start_new_session=True,
+            preexec_fn=heed_signals,
         ) as process:
             for line in process.stdout:
                 if line.startswith("session"):
