@@ -12,6 +12,7 @@
 #include "device/device_data_manager.h"
 #include "platform/testing/test_world.h"
 #include "quorvance/platform/linux_platform.h"
+#include "state/system_facts_reader.h"
 
 namespace quorvance {
 namespace {
@@ -52,7 +53,7 @@ struct CollectorWorld : TestWorld {
         seam, texts, std::make_shared<SystemFactsReader>(seam.facts.system));
     facts->refresh();
     collector.emplace(seam, state);
-    manager.emplace(seam, state, texts);
+    manager.emplace(seam, state, texts, std::make_shared<SystemFactsReader>(seam.facts.system));
   }
 
   std::shared_ptr<DeviceFactsCache> facts;
