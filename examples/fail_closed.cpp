@@ -4,36 +4,10 @@
 #include <quorvance/quorvance.h>
 
 #include <chrono>
-#include <future>
 #include <iostream>
-#include <memory>
 
 using namespace quorvance;
-
-namespace {
-
-constexpr std::chrono::seconds kPatience{5};
-
-struct Answer {
-  RiskLevel level = RiskLevel::undefined;
-  std::string signedRisk = "-1";
-  std::string requestID;
-};
-
-// Undefined too when no verdict has come in time: the completion may then still run, so it owns
-// what it writes to.
-Answer answerFor(QuorvanceManager& manager, const CheckPoint& checkPoint) {
-  auto answer = std::make_shared<std::promise<Answer>>();
-  manager.getRiskForCheckPoint(
-      checkPoint, [answer](Risk risk, std::string signedRisk, std::string requestID) {
-        answer->set_value({risk.riskLevel, std::move(signedRisk), std::move(requestID)});
-      });
-  auto coming = answer->get_future();
-  if (coming.wait_for(kPatience) != std::future_status::ready) return {};
-  return coming.get();
-}
-
-}  // namespace
+using namespace std::chrono_literals;
 
 int main(int argc, char** argv) {
   auto manager = QuorvanceManager::shared();
@@ -44,14 +18,16 @@ int main(int argc, char** argv) {
                               .curType = CurrencyCode::EUR,
                               .destinationId = "DE02120300000000202051",
                               .amount = 250});
-  const Answer answer = answerFor(*manager, transfer);
-  const bool isAllowed = answer.level == RiskLevel::low || answer.level == RiskLevel::medium;
-  std::cout << (isAllowed ? "Send the transfer with " + answer.signedRisk : "Hold the transfer.")
+  const Verdict verdict = manager->riskForCheckPoint(transfer, {.deadline = 5s}).get();
+  const RiskLevel level = verdict.risk.riskLevel;
+  const bool isAllowed = level == RiskLevel::low || level == RiskLevel::medium;
+  std::cout << (isAllowed ? "Send the transfer with " + verdict.signedRisk : "Hold the transfer.")
             << '\n';
   // The outcome goes under the identifier of the verdict, so that the server learns from it.
-  if (!answer.requestID.empty()) {
+  if (!verdict.requestID.empty()) {
     manager->updateCheckPointStatus(
-        CheckPointType::TRANSACTION, answer.requestID,
+        CheckPointType::TRANSACTION, verdict.requestID,
         isAllowed ? CheckPointStatus::APPROVED : CheckPointStatus::DENIED, "transfer-4711");
   }
+  manager->flush(2s);  // the outcome is not lost at the end
 }

@@ -4,36 +4,20 @@
 #include <quorvance/quorvance.h>
 
 #include <chrono>
-#include <future>
 #include <iostream>
-#include <memory>
 
 using namespace quorvance;
-
-namespace {
-
-constexpr std::chrono::seconds kPatience{2};
-
-// Undefined too when no verdict has come in time: the completion may then still run, so it owns
-// what it writes to.
-RiskLevel riskOf(QuorvanceManager& manager, const CheckPoint& checkPoint) {
-  auto answer = std::make_shared<std::promise<RiskLevel>>();
-  manager.getRiskForCheckPoint(checkPoint, [answer](Risk risk, std::string, std::string) {
-    answer->set_value(risk.riskLevel);
-  });
-  auto level = answer->get_future();
-  if (level.wait_for(kPatience) != std::future_status::ready) return RiskLevel::undefined;
-  return level.get();
-}
-
-}  // namespace
+using namespace std::chrono_literals;
 
 int main(int argc, char** argv) {
   auto manager = QuorvanceManager::shared();
   manager->setupWithServerUrl(argc > 1 ? argv[1] : "https://risk.bank.example/", "user-17");
   manager->initializeDeviceId();
 
-  switch (riskOf(*manager, Login({.userId = "user-17"}))) {
+  // For as long as the user would wait, not longer. Why there is none stands in its reason.
+  const Verdict verdict =
+      manager->riskForCheckPoint(Login({.userId = "user-17"}), {.deadline = 2s}).get();
+  switch (verdict.risk.riskLevel) {
     case RiskLevel::high:
     case RiskLevel::veryHigh:
       std::cout << "Ask for a second factor.\n";

@@ -65,7 +65,8 @@ std::unique_ptr<CheckPoint> checkPointOf(const char* text) {
   const JsonDiscarder discarder(json);
   if (!json) return nullptr;
   const std::string* const word = findText(*json, "checkpoint_type");
-  const auto type = valueOfWord<CheckPointType>(word == nullptr ? nullptr : word->c_str());
+  const auto type =
+      word == nullptr ? std::nullopt : CheckPointTypeToString::fromNillableString(*word);
   return type ? rebuild(*type, *json) : nullptr;
 }
 
