@@ -14,39 +14,64 @@
 #include "quorvance/check_point.h"
 #include "quorvance/user.h"
 
-#pragma GCC visibility push(default)
-
 namespace quorvance {
+inline namespace QUORVANCE_JSON_NAMESPACE {
 
 /// The application started.
 class Launch : public CheckPoint {
  public:
   /// The user identifier is discarded: a launch carries no user.
-  explicit Launch(std::optional<std::string> userId = std::nullopt);
-  static std::unique_ptr<Launch> fromJson(const Json& json);
-  Json getJson() const override;
+  explicit Launch(std::optional<std::string> /*userId*/ = std::nullopt)
+      : CheckPoint(CheckPointType::LAUNCH) {}
+  static std::unique_ptr<Launch> fromJson(const Json& json) {
+    auto made = std::make_unique<Launch>();
+    made->readAdditionalData(json);
+    return made;
+  }
+  Json getJson() const override {
+    return contentOf(CheckPointType::LAUNCH,
+                     [](const auto& content, JsonSink& sink) { content.write(sink); });
+  }
 };
 
 /// Any moment without a class of its own.
 class General : public CheckPoint {
  public:
   /// The user identifier is discarded: a general moment carries no user.
-  explicit General(std::optional<std::string> userId = std::nullopt);
-  static std::unique_ptr<General> fromJson(const Json& json);
-  Json getJson() const override;
+  explicit General(std::optional<std::string> /*userId*/ = std::nullopt)
+      : CheckPoint(CheckPointType::GENERAL) {}
+  static std::unique_ptr<General> fromJson(const Json& json) {
+    auto made = std::make_unique<General>();
+    made->readAdditionalData(json);
+    return made;
+  }
+  Json getJson() const override {
+    return contentOf(CheckPointType::GENERAL,
+                     [](const auto& content, JsonSink& sink) { content.write(sink); });
+  }
 };
 
 /// A user registers. Its user identifier, when present, becomes the stored one.
 class Register : public CheckPoint {
  public:
   /// An absent user is written as {}.
-  explicit Register(std::shared_ptr<const User> user);
+  explicit Register(std::shared_ptr<const User> user)
+      : CheckPoint(CheckPointType::REGISTER), user_(std::move(user)) {}
   /// Register({.userId = "user-17"}).
   template <class Record = User>
   requires std::same_as<Record, User>
   explicit Register(Record user) : Register(std::make_shared<const User>(std::move(user))) {}
-  static std::unique_ptr<Register> fromJson(const Json& json);
-  Json getJson() const override;
+  static std::unique_ptr<Register> fromJson(const Json& json) {
+    auto made = std::make_unique<Register>(CheckPointContent::readUser(jsonSource(json)));
+    made->readAdditionalData(json);
+    return made;
+  }
+  Json getJson() const override {
+    return contentOf(CheckPointType::REGISTER, [this](const auto& content, JsonSink& sink) {
+      content.writeWithUser(sink, user_);
+    });
+  }
+  const User* userSigningIn() const override { return user_.get(); }
   const std::shared_ptr<const User>& user() const { return user_; }
 
  private:
@@ -57,15 +82,27 @@ class Register : public CheckPoint {
 class Login : public CheckPoint {
  public:
   /// An absent user is written as {}.
-  explicit Login(std::shared_ptr<const User> user);
+  explicit Login(std::shared_ptr<const User> user)
+      : CheckPoint(CheckPointType::LOGIN), user_(std::move(user)) {}
   /// Login({.userId = "user-17"}).
   template <class Record = User>
   requires std::same_as<Record, User>
   explicit Login(Record user) : Login(std::make_shared<const User>(std::move(user))) {}
   /// A new login that shares the other's user and nothing else.
-  static std::unique_ptr<Login> withLogin(const Login& login);
-  static std::unique_ptr<Login> fromJson(const Json& json);
-  Json getJson() const override;
+  static std::unique_ptr<Login> withLogin(const Login& login) {
+    return std::make_unique<Login>(login.user_);
+  }
+  static std::unique_ptr<Login> fromJson(const Json& json) {
+    auto made = std::make_unique<Login>(CheckPointContent::readUser(jsonSource(json)));
+    made->readAdditionalData(json);
+    return made;
+  }
+  Json getJson() const override {
+    return contentOf(CheckPointType::LOGIN, [this](const auto& content, JsonSink& sink) {
+      content.writeWithUser(sink, user_);
+    });
+  }
+  const User* userSigningIn() const override { return user_.get(); }
   const std::shared_ptr<const User>& user() const { return user_; }
 
  private:
@@ -76,14 +113,23 @@ class Login : public CheckPoint {
 class UpdateUserInfo : public CheckPoint {
  public:
   /// An absent user is written as {}.
-  explicit UpdateUserInfo(std::shared_ptr<const User> user);
+  explicit UpdateUserInfo(std::shared_ptr<const User> user)
+      : CheckPoint(CheckPointType::UPDATE_USER_INFO), user_(std::move(user)) {}
   /// UpdateUserInfo({.userId = "user-17"}).
   template <class Record = User>
   requires std::same_as<Record, User>
   explicit UpdateUserInfo(Record user)
       : UpdateUserInfo(std::make_shared<const User>(std::move(user))) {}
-  static std::unique_ptr<UpdateUserInfo> fromJson(const Json& json);
-  Json getJson() const override;
+  static std::unique_ptr<UpdateUserInfo> fromJson(const Json& json) {
+    auto made = std::make_unique<UpdateUserInfo>(CheckPointContent::readUser(jsonSource(json)));
+    made->readAdditionalData(json);
+    return made;
+  }
+  Json getJson() const override {
+    return contentOf(CheckPointType::UPDATE_USER_INFO, [this](const auto& content, JsonSink& sink) {
+      content.writeWithUser(sink, user_);
+    });
+  }
   const std::shared_ptr<const User>& user() const { return user_; }
 
  private:
@@ -94,20 +140,28 @@ class UpdateUserInfo : public CheckPoint {
 class PasswordChange : public CheckPoint {
  public:
   /// An absent user is written as {}.
-  explicit PasswordChange(std::shared_ptr<const User> user);
+  explicit PasswordChange(std::shared_ptr<const User> user)
+      : CheckPoint(CheckPointType::PASSWORD_CHANGE), user_(std::move(user)) {}
   /// PasswordChange({.userId = "user-17"}).
   template <class Record = User>
   requires std::same_as<Record, User>
   explicit PasswordChange(Record user)
       : PasswordChange(std::make_shared<const User>(std::move(user))) {}
-  static std::unique_ptr<PasswordChange> fromJson(const Json& json);
-  Json getJson() const override;
+  static std::unique_ptr<PasswordChange> fromJson(const Json& json) {
+    auto made = std::make_unique<PasswordChange>(CheckPointContent::readUser(jsonSource(json)));
+    made->readAdditionalData(json);
+    return made;
+  }
+  Json getJson() const override {
+    return contentOf(CheckPointType::PASSWORD_CHANGE, [this](const auto& content, JsonSink& sink) {
+      content.writeWithUser(sink, user_);
+    });
+  }
   const std::shared_ptr<const User>& user() const { return user_; }
 
  private:
   std::shared_ptr<const User> user_;
 };
 
+}  // namespace QUORVANCE_JSON_NAMESPACE
 }  // namespace quorvance
-
-#pragma GCC visibility pop

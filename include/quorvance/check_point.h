@@ -1,14 +1,18 @@
 #pragma once
 
-#include <memory>
+// Whoever makes a checkpoint has its virtual functions compiled, and so needs JSON values whole.
 
-#include "quorvance/check_point_type.h"
-#include "quorvance/json.h"
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <type_traits>
+#include <utility>
+
+#include "quorvance/check_point_base.h"
+#include "quorvance/json_conversion.h"
 #include "quorvance/platform_error.h"
 
-#pragma GCC visibility push(default)
-
 namespace quorvance {
+inline namespace QUORVANCE_JSON_NAMESPACE {
 
 /// One moment of the user's journey. The host builds one, hands it to the manager and may change it
 /// until then: it is read during the call and not kept. Not locked: the host must not change it
@@ -16,12 +20,9 @@ namespace quorvance {
 ///
 /// Only the kinds without a class of their own are made from a bare type; a checkpoint without a
 /// type does not exist, and the subclasses fix theirs.
-class CheckPoint {
+class CheckPoint : public CheckPointBase {
  public:
-  explicit CheckPoint(CheckPointType type);
-  virtual ~CheckPoint();
-  CheckPoint(const CheckPoint&) = delete;
-  CheckPoint& operator=(const CheckPoint&) = delete;
+  explicit CheckPoint(CheckPointType type) : CheckPointBase(type) {}
 
   /// Null unless "checkpoint_type" is a text of the vocabulary. "additionalData" is taken when it
   /// is an object.
@@ -31,11 +32,9 @@ class CheckPoint {
   /// missing or unknown type and for the types that are not rebuilt: UPDATE_DETAILS,
   /// UPDATE_USER_INFO, PASSWORD_CHANGE, NONE. Then `error`, when given, is set to an error of empty
   /// domain and code 0.
-  static std::unique_ptr<CheckPoint> parse(const Json& value, PlatformError* error = nullptr);
-
-  /// Decides the key under which the checkpoint is sent.
-  CheckPointType type() const { return type_; }
-  void setType(CheckPointType type) { type_ = type; }
+  template <class Value = Json>
+  static std::unique_ptr<CheckPoint> parse(const std::type_identity_t<Value>& value,
+                                           PlatformError* error = nullptr);
 
   /// Free-form data of the host; null when absent. Valid until it is set again.
   const Json* additionalData() const { return additionalData_.get(); }
@@ -43,18 +42,60 @@ class CheckPoint {
   /// Data nested deeper than 128 levels makes a checkpoint that cannot be sent.
   void setAdditionalData(Json additionalData);
 
-  /// "checkpoint_type", the class's own keys, and "additionalData" when present.
+  /// "checkpoint_type", the class's own keys, and "additionalData" when present. This is what is
+  /// sent: a class of the host that derives from one of these may add to it.
   virtual Json getJson() const;
+
+  void writeJson(JsonSink& sink) const override { giveJson(sink, getJson()); }
 
  protected:
   /// Takes "additionalData" when it is an object.
   void readAdditionalData(const Json& json);
 
+  /// What `write` gives to a sink for a checkpoint of that type.
+  template <class Write>
+  Json contentOf(CheckPointType type, const Write& write) const;
+
  private:
-  CheckPointType type_;
   std::shared_ptr<const Json> additionalData_;
 };
 
+inline std::unique_ptr<CheckPoint> CheckPoint::fromJson(const Json& json) {
+  const auto type = CheckPointContent::readType(jsonSource(json));
+  if (!type) return nullptr;
+  auto checkPoint = std::make_unique<CheckPoint>(*type);
+  checkPoint->readAdditionalData(json);
+  return checkPoint;
+}
+
+inline void CheckPoint::setAdditionalData(Json additionalData) {
+  if (additionalData.is_null()) additionalData_.reset();
+  if (!additionalData.is_object()) return;
+  additionalData_ = std::make_shared<const Json>(std::move(additionalData));
+}
+
+inline void CheckPoint::readAdditionalData(const Json& json) {
+  if (!json.is_object()) return;
+  const auto found = json.find("additionalData");
+  if (found == json.end() || !found->is_object()) return;
+  // One that is nested too deep to be copied is replaced by one that cannot be sent either.
+  setAdditionalData(fitsJsonDepth(*found) ? *found : Json{{"additionalData", notJson()}});
+}
+
+template <class Write>
+Json CheckPoint::contentOf(CheckPointType type, const Write& write) const {
+  return writtenJson<Json>([&](JsonSink& sink) {
+    if (!additionalData_) return write(CheckPointContent{type}, sink);
+    const JsonSource data = jsonSource(*additionalData_);
+    write(CheckPointContent{type, &data}, sink);
+  });
+}
+
+inline Json CheckPoint::getJson() const {
+  return contentOf(type(), [](const auto& content, JsonSink& sink) { content.write(sink); });
+}
+
+}  // namespace QUORVANCE_JSON_NAMESPACE
 }  // namespace quorvance
 
-#pragma GCC visibility pop
+#include "quorvance/check_point_parser.h"

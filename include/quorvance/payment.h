@@ -4,8 +4,9 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <type_traits>
 
-#include "quorvance/json.h"
+#include "quorvance/json_conversion.h"
 #include "quorvance/vocabulary.h"
 
 #pragma GCC visibility push(default)
@@ -39,8 +40,16 @@ struct CreditCardDetail {
   std::optional<std::int64_t> monthExpiryDate{};
 
   /// Never fails: a key of another type is ignored.
-  static CreditCardDetail fromJson(const Json& json);
-  Json getJson() const;
+  template <class Value = Json>
+  static CreditCardDetail fromJson(const std::type_identity_t<Value>& json) {
+    return readJson(jsonSource(json));
+  }
+  static CreditCardDetail readJson(const JsonSource& json);
+  template <class Value = Json>
+  Value getJson() const {
+    return writtenJson<Value>([this](JsonSink& sink) { writeJson(sink); });
+  }
+  void writeJson(JsonSink& sink) const;
 };
 
 /// A bank account. Absent fields are left out.
@@ -52,8 +61,16 @@ struct BankAccountDetails {
   std::optional<std::string> bsb{};
 
   /// Never fails: a key of another type is ignored.
-  static BankAccountDetails fromJson(const Json& json);
-  Json getJson() const;
+  template <class Value = Json>
+  static BankAccountDetails fromJson(const std::type_identity_t<Value>& json) {
+    return readJson(jsonSource(json));
+  }
+  static BankAccountDetails readJson(const JsonSource& json);
+  template <class Value = Json>
+  Value getJson() const {
+    return writtenJson<Value>([this](JsonSink& sink) { writeJson(sink); });
+  }
+  void writeJson(JsonSink& sink) const;
 };
 
 /// A payment instrument. Absent fields are left out, the details too.
@@ -66,8 +83,16 @@ struct Payment {
   std::shared_ptr<const BankAccountDetails> bankAccountDetails{};
 
   /// Never fails: a key of another type is ignored, an unknown method reads as UNKNOWN.
-  static Payment fromJson(const Json& json);
-  Json getJson() const;
+  template <class Value = Json>
+  static Payment fromJson(const std::type_identity_t<Value>& json) {
+    return readJson(jsonSource(json));
+  }
+  static Payment readJson(const JsonSource& json);
+  template <class Value = Json>
+  Value getJson() const {
+    return writtenJson<Value>([this](JsonSink& sink) { writeJson(sink); });
+  }
+  void writeJson(JsonSink& sink) const;
 };
 
 }  // namespace quorvance

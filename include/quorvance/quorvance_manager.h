@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "quorvance/check_point.h"
 #include "quorvance/crash_model.h"
@@ -115,7 +116,7 @@ class QuorvanceManager {
   /// Absent changes nothing.
   void configureWithUserId(const std::optional<std::string>& userId);
   /// Takes the user identifier out of a login or a registration; other checkpoints change nothing.
-  void configureUserId(const CheckPoint& checkPoint);
+  void configureUserId(const CheckPointBase& checkPoint);
 
   /// In 10 s, fetches the configuration unless it has come by then.
   void getSdkConfigurationThread();
@@ -149,15 +150,16 @@ class QuorvanceManager {
 
   /// Reports the checkpoint and asks for a verdict. The completion runs exactly once, also when no
   /// answer comes (level "undefined", signature "-1").
-  void getRiskForCheckPoint(const CheckPoint& checkPoint, RiskCompletion completion);
+  void getRiskForCheckPoint(const CheckPointBase& checkPoint, RiskCompletion completion);
   /// The same with a deadline, at which the completion comes without an answer, and a reason.
-  void getRiskForCheckPoint(const CheckPoint& checkPoint, VerdictOptions options,
+  void getRiskForCheckPoint(const CheckPointBase& checkPoint, VerdictOptions options,
                             VerdictCompletion completion);
   /// The same as a future, which never breaks its promise. Not to be waited for on a thread of the
   /// library. Throws std::bad_alloc alone; then nothing was reported.
-  std::future<Verdict> riskForCheckPoint(const CheckPoint& checkPoint, VerdictOptions options = {});
+  std::future<Verdict> riskForCheckPoint(const CheckPointBase& checkPoint,
+                                         VerdictOptions options = {});
   /// Reports the checkpoint.
-  void arriveToCheckPoint(const CheckPoint& checkPoint);
+  void arriveToCheckPoint(const CheckPointBase& checkPoint);
   /// Reports what became of the operation that a verdict was asked for. The transaction identifier
   /// is dropped unless the type is TRANSACTION.
   void updateCheckPointStatus(CheckPointType type, const std::string& requestID,
@@ -183,7 +185,11 @@ class QuorvanceManager {
   /// Replaces what waits; a JSON null clears it. Anything else, and an object that cannot be
   /// written (a number that is not finite, more than 128 levels), is ignored: it must not cost the
   /// next checkpoint its verdict.
-  void setPendingUserData(Json userData);
+  template <class Value = Json>
+  void setPendingUserData(std::type_identity_t<Value> userData) {
+    takePendingUserData(movableJsonSource(userData));
+  }
+  void takePendingUserData(const JsonSource& userData);
 
   /// Keeps the crash as a report, to be sent later. Waits for the disk, as no other operation does,
   /// and for a second at most for other processes: the report is there when it returns, unless it

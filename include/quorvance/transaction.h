@@ -25,8 +25,16 @@ struct MerchantDetails {
   std::shared_ptr<const Address> merchantAddress{};
 
   /// Never fails: a key of another type is ignored.
-  static MerchantDetails fromJson(const Json& json);
-  Json getJson() const;
+  template <class Value = Json>
+  static MerchantDetails fromJson(const std::type_identity_t<Value>& json) {
+    return readJson(jsonSource(json));
+  }
+  static MerchantDetails readJson(const JsonSource& json);
+  template <class Value = Json>
+  Value getJson() const {
+    return writtenJson<Value>([this](JsonSink& sink) { writeJson(sink); });
+  }
+  void writeJson(JsonSink& sink) const;
 };
 
 /// The card network's answer as the host received it. Absent fields are left out.
@@ -44,8 +52,16 @@ struct AuthorizationResponse {
   std::optional<std::string> threeDSResponseECI{};
 
   /// Never fails: a key of another type is ignored.
-  static AuthorizationResponse fromJson(const Json& json);
-  Json getJson() const;
+  template <class Value = Json>
+  static AuthorizationResponse fromJson(const std::type_identity_t<Value>& json) {
+    return readJson(jsonSource(json));
+  }
+  static AuthorizationResponse readJson(const JsonSource& json);
+  template <class Value = Json>
+  Value getJson() const {
+    return writtenJson<Value>([this](JsonSink& sink) { writeJson(sink); });
+  }
+  void writeJson(JsonSink& sink) const;
 };
 
 /// What a transaction is made from; every label may be left out but the amount, which is then 0.
@@ -63,25 +79,48 @@ struct TransactionFields {
   std::shared_ptr<const Payment> payment{};
   std::shared_ptr<const AuthorizationResponse> authorizationResponse{};
   std::shared_ptr<const MerchantDetails> merchantDetails{};
+
+  /// Those that Transaction makes of its seven values.
+  static TransactionFields of(std::chrono::duration<double> sinceEpoch, TransactionType actType,
+                              CurrencyCode curType, std::string userId, double amount,
+                              std::string destinationId, std::string_view paymentMethod);
 };
+
+}  // namespace quorvance
+
+#pragma GCC visibility pop
+
+namespace quorvance {
+inline namespace QUORVANCE_JSON_NAMESPACE {
 
 /// A purchase, a transfer, a deposit: Transaction({.amount = 12.5, .shippingAddress = address}).
 /// The six records are written as {} when absent; an amount that is not finite makes a body that
 /// cannot be sent.
 class Transaction : public CheckPoint {
  public:
-  explicit Transaction(TransactionFields fields);
+  explicit Transaction(TransactionFields fields)
+      : CheckPoint(CheckPointType::TRANSACTION), fields_(std::move(fields)) {}
   /// A user of whom only the identifier is known and a payment of which only the method is; an
   /// unknown method reads as UNKNOWN. A date that does not fit 64-bit milliseconds is a programming
   /// error and stops the process.
   Transaction(std::chrono::duration<double> sinceEpoch, TransactionType actType,
               CurrencyCode curType, std::string userId, double amount, std::string destinationId,
-              std::string_view paymentMethod);
+              std::string_view paymentMethod)
+      : Transaction(TransactionFields::of(sinceEpoch, actType, curType, std::move(userId), amount,
+                                          std::move(destinationId), paymentMethod)) {}
 
   /// Never fails: a key of another type is ignored, unknown words read as the fallbacks,
   /// "checkpoint_type" is not read. "transactionType" beats "actType".
-  static std::unique_ptr<Transaction> fromJson(const Json& json);
-  Json getJson() const override;
+  static std::unique_ptr<Transaction> fromJson(const Json& json) {
+    auto made = std::make_unique<Transaction>(CheckPointContent::readTransaction(jsonSource(json)));
+    made->readAdditionalData(json);
+    return made;
+  }
+  Json getJson() const override {
+    return contentOf(CheckPointType::TRANSACTION, [this](const auto& content, JsonSink& sink) {
+      content.writeTransaction(sink, fields_);
+    });
+  }
 
   const TransactionFields& fields() const { return fields_; }
   double amount() const { return fields_.amount; }
@@ -95,6 +134,5 @@ class Transaction : public CheckPoint {
   TransactionFields fields_;
 };
 
+}  // namespace QUORVANCE_JSON_NAMESPACE
 }  // namespace quorvance
-
-#pragma GCC visibility pop

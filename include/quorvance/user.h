@@ -4,8 +4,9 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <type_traits>
 
-#include "quorvance/json.h"
+#include "quorvance/json_conversion.h"
 #include "quorvance/vocabulary.h"
 
 #pragma GCC visibility push(default)
@@ -35,8 +36,16 @@ struct Address {
   std::optional<std::string> phoneNumber{};
 
   /// Never fails: a key of another type is ignored.
-  static Address fromJson(const Json& json);
-  Json getJson() const;
+  template <class Value = Json>
+  static Address fromJson(const std::type_identity_t<Value>& json) {
+    return readJson(jsonSource(json));
+  }
+  static Address readJson(const JsonSource& json);
+  template <class Value = Json>
+  Value getJson() const {
+    return writtenJson<Value>([this](JsonSink& sink) { writeJson(sink); });
+  }
+  void writeJson(JsonSink& sink) const;
 };
 
 /// The person who acts. An absent text is left out, an absent verification goes out as "UNKNOWN"
@@ -54,8 +63,16 @@ struct User {
   std::optional<VerificationType> isKycVerified{};
 
   /// Never fails: a key of another type is ignored, an unknown verification reads as UNKNOWN.
-  static User fromJson(const Json& json);
-  Json getJson() const;
+  template <class Value = Json>
+  static User fromJson(const std::type_identity_t<Value>& json) {
+    return readJson(jsonSource(json));
+  }
+  static User readJson(const JsonSource& json);
+  template <class Value = Json>
+  Value getJson() const {
+    return writtenJson<Value>([this](JsonSink& sink) { writeJson(sink); });
+  }
+  void writeJson(JsonSink& sink) const;
 };
 
 }  // namespace quorvance

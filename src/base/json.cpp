@@ -8,14 +8,6 @@
 namespace quorvance {
 namespace {
 
-// `depth` values stand around this one.
-bool fitsDepth(const Json& value, std::size_t depth) {
-  if (!value.is_structured()) return true;
-  if (depth >= kMaxJsonDepth) return false;
-  return std::all_of(value.begin(), value.end(),
-                     [&](const Json& child) { return fitsDepth(child, depth + 1); });
-}
-
 // Of a value that fits the depth.
 bool holdsWritable(const Json& value) {
   if (value.is_number_float()) return std::isfinite(*value.get_ptr<const Json::number_float_t*>());
@@ -53,11 +45,11 @@ void discardParts(Json& value, std::size_t depth) noexcept {
 
 }  // namespace
 
-bool isNestedTooDeep(const Json& value) { return !fitsDepth(value, 0); }
+bool isNestedTooDeep(const Json& value) { return !fitsJsonDepth(value); }
 
-bool canBeWritten(const Json& value) { return fitsDepth(value, 0) && holdsWritable(value); }
+bool canBeWritten(const Json& value) { return fitsJsonDepth(value) && holdsWritable(value); }
 
-Json unwritableJson() { return std::numeric_limits<double>::quiet_NaN(); }
+Json unwritableJson() { return notJson(); }
 
 std::string textOf(const Json& value) { return writeJson(value).value_or("nil"); }
 

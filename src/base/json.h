@@ -10,12 +10,9 @@
 #include <string>
 #include <string_view>
 
-#include "quorvance/json.h"
+#include "quorvance/json_conversion.h"
 
 namespace quorvance {
-
-/// Deeper values are neither written nor read: writing and copying recurse.
-inline constexpr std::size_t kMaxJsonDepth = 128;
 
 /// Text with more values, all of them counted, objects and arrays too, is not read: small values
 /// take many times the room of their text. A reply of the server has ten, a large configuration

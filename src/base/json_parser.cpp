@@ -16,14 +16,14 @@ constexpr std::size_t kMaxComparedKeys = 32;
 /// of two members with one key the later value stands in the earlier place. Unlike that it compares
 /// no member with all others and copies nothing that grows: what is not closed yet stands on one
 /// stack of entries, and an object or an array is made when it closes.
-class JsonBuilder {
+class JsonHandler {
  public:
-  JsonBuilder() = default;
-  ~JsonBuilder() {
+  JsonHandler() = default;
+  ~JsonHandler() {
     for (Entry& entry : entries_) discardJson(entry.value);
   }
-  JsonBuilder(const JsonBuilder&) = delete;
-  JsonBuilder& operator=(const JsonBuilder&) = delete;
+  JsonHandler(const JsonHandler&) = delete;
+  JsonHandler& operator=(const JsonHandler&) = delete;
 
   // What the parser calls; false ends the reading.
   bool null() { return take(Json()); }
@@ -76,26 +76,26 @@ class JsonBuilder {
   std::size_t values_ = 0;
 };
 
-bool JsonBuilder::take(Json value) {
+bool JsonHandler::take(Json value) {
   if (isFull()) return false;
   entries_[entryOfNextValue()].value = std::move(value);
   return true;
 }
 
-std::size_t JsonBuilder::entryOfNextValue() {
+std::size_t JsonHandler::entryOfNextValue() {
   if (!containers_.empty() && containers_.back().isObject) return containers_.back().member;
   entries_.emplace_back();
   return entries_.size() - 1;
 }
 
-bool JsonBuilder::open(bool isObject) {
+bool JsonHandler::open(bool isObject) {
   if (containers_.size() >= kMaxJsonDepth || isFull()) return false;
   const std::size_t entry = entryOfNextValue();
   containers_.push_back({isObject, entry, entries_.size()});
   return true;
 }
 
-bool JsonBuilder::key(std::string& key) {
+bool JsonHandler::key(std::string& key) {
   Container& object = containers_.back();
   object.member = findMember(object, key);
   if (object.member == entries_.size()) entries_.push_back({std::move(key), Json()});
@@ -103,14 +103,14 @@ bool JsonBuilder::key(std::string& key) {
 }
 
 // The member's entry, or where a new one will stand.
-std::size_t JsonBuilder::findMember(Container& object, const std::string& key) {
+std::size_t JsonHandler::findMember(Container& object, const std::string& key) {
   if (entries_.size() - object.first >= kMaxComparedKeys) return findIndexed(object, key);
   std::size_t i = object.first;
   while (i < entries_.size() && entries_[i].key != key) ++i;
   return i;
 }
 
-std::size_t JsonBuilder::findIndexed(Container& object, const std::string& key) {
+std::size_t JsonHandler::findIndexed(Container& object, const std::string& key) {
   if (object.index == nullptr) {
     object.index = std::make_unique<KeyIndex>();
     for (std::size_t i = object.first; i < entries_.size(); ++i) {
@@ -120,7 +120,7 @@ std::size_t JsonBuilder::findIndexed(Container& object, const std::string& key) 
   return object.index->try_emplace(key, entries_.size()).first->second;
 }
 
-bool JsonBuilder::end_object() {
+bool JsonHandler::end_object() {
   const std::size_t first = containers_.back().first;
   Json object = makeObject(entries_.size() - first);
   auto& members = object.get_ref<Json::object_t&>();
@@ -130,7 +130,7 @@ bool JsonBuilder::end_object() {
   return close(std::move(object));
 }
 
-bool JsonBuilder::end_array() {
+bool JsonHandler::end_array() {
   const std::size_t first = containers_.back().first;
   Json array = Json::array();
   auto& elements = array.get_ref<Json::array_t&>();
@@ -141,7 +141,7 @@ bool JsonBuilder::end_array() {
   return close(std::move(array));
 }
 
-bool JsonBuilder::close(Json value) {
+bool JsonHandler::close(Json value) {
   const Container& closed = containers_.back();
   entries_.resize(closed.first);
   entries_[closed.entry].value = std::move(value);
@@ -154,7 +154,7 @@ bool JsonBuilder::close(Json value) {
 std::optional<Json> parseJson(std::string_view text) {
   // The parser takes it for the end and does not look at what follows.
   if (text.find('\0') != std::string_view::npos) return std::nullopt;
-  JsonBuilder builder;
+  JsonHandler builder;
   if (!Json::sax_parse(text.begin(), text.end(), &builder)) return std::nullopt;
   return builder.takeRoot();
 }

@@ -13,7 +13,7 @@
 #include <string_view>
 
 #include "base/field_codec.h"
-#include "base/json.h"
+#include "base/json_exchange.h"
 
 namespace quorvance {
 

@@ -30,7 +30,7 @@ struct FaceVerification::Upload {
   std::shared_ptr<PreparedTask> unanswered;
 };
 
-FaceVerification::FaceVerification(std::shared_ptr<FaceDetection> controller,
+FaceVerification::FaceVerification(std::shared_ptr<FaceDetectionBase> controller,
                                    std::shared_ptr<AuthorizationSource> authorization,
                                    std::shared_ptr<InnerQuorvanceData> state,
                                    std::shared_ptr<BackgroundQueue> backgroundQueue)
@@ -72,7 +72,8 @@ void FaceVerification::send(const std::shared_ptr<Upload>& upload) {
   const auto jpeg = controller_->scannedImageJpeg(kJpegQuality);
   if (!jpeg) return;
   upload->image.image = base64InLines(*jpeg);
-  Json body = controller_->imageRequestBody(upload->image);
+  Json body = writtenJson<Json>(
+      [&](JsonSink& sink) { controller_->writeImageRequestBody(upload->image, sink); });
   const JsonDiscarder discarder(body);
   upload->image.image = std::string();
   if (!body.is_object()) return;
@@ -92,7 +93,7 @@ void FaceVerification::receive(const Upload& upload, const Json& reply) {
   const BioImageData& image = upload.image;
   if (state_->readText(StoredKey::userId) == image.userId &&
       state_->readText(StoredKey::sessionId) == image.sessionId) {
-    controller_->receiveImageReply(reply);
+    controller_->readImageReply(jsonSource(reply));
   }
 }
 

@@ -19,7 +19,7 @@ namespace quorvance {
 class FaceVerification : public std::enable_shared_from_this<FaceVerification> {
  public:
   /// Without a controller or without a source of permissions nothing ever happens.
-  FaceVerification(std::shared_ptr<FaceDetection> controller,
+  FaceVerification(std::shared_ptr<FaceDetectionBase> controller,
                    std::shared_ptr<AuthorizationSource> authorization,
                    std::shared_ptr<InnerQuorvanceData> state,
                    std::shared_ptr<BackgroundQueue> backgroundQueue);
@@ -37,7 +37,7 @@ class FaceVerification : public std::enable_shared_from_this<FaceVerification> {
   void send(const std::shared_ptr<Upload>& upload);
   void receive(const Upload& upload, const Json& reply);
 
-  const std::shared_ptr<FaceDetection> controller_;
+  const std::shared_ptr<FaceDetectionBase> controller_;
   const std::shared_ptr<AuthorizationSource> authorization_;
   const std::shared_ptr<InnerQuorvanceData> state_;
   const std::shared_ptr<BackgroundQueue> backgroundQueue_;

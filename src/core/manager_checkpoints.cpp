@@ -10,7 +10,6 @@
 #include "core/manager_core.h"
 #include "core/response_text.h"
 #include "model/transaction_update.h"
-#include "quorvance/account_check_points.h"
 
 namespace quorvance {
 namespace {
@@ -18,11 +17,8 @@ namespace {
 // Longer than any exchange; the time of now may be added to it.
 constexpr std::chrono::hours kLongestDeadline{24 * 365};
 
-// A login and a registration are told by their class, not by their type.
-const User* userSigningIn(const CheckPoint& checkPoint) {
-  if (const auto* login = dynamic_cast<const Login*>(&checkPoint)) return login->user().get();
-  const auto* registration = dynamic_cast<const Register*>(&checkPoint);
-  return registration == nullptr ? nullptr : registration->user().get();
+Json jsonOf(const CheckPointBase& checkPoint) {
+  return writtenJson<Json>([&](JsonSink& sink) { checkPoint.writeJson(sink); });
 }
 
 // Entries are kept for long, and there are many.
@@ -36,25 +32,25 @@ TraceArguments traceArgumentsOf(const Json& json) {
 
 }  // namespace
 
-void ManagerCore::configureUserId(const CheckPoint& checkPoint) {
-  Json json = checkPoint.getJson();
+void ManagerCore::configureUserId(const CheckPointBase& checkPoint) {
+  Json json = jsonOf(checkPoint);
   const JsonDiscarder discarder(json);
   configureUserId(checkPoint, json, nullptr);
 }
 
-void ManagerCore::configureUserId(const CheckPoint& checkPoint, const Json& json,
+void ManagerCore::configureUserId(const CheckPointBase& checkPoint, const Json& json,
                                   const TraceArguments& traced) {
   const OperationTrace trace(*context_->tracing, "configureUserId",
                              [&] { return traced ? traced : traceArgumentsOf(json); });
-  const User* user = userSigningIn(checkPoint);
+  const User* user = checkPoint.userSigningIn();
   if (user != nullptr && user->userId) configureUserId(user->userId);
 }
 
 // While collection is off nothing of a checkpoint is looked at but who signs in: requests of later
 // must not go out under the user before.
-bool ManagerCore::isRefused(const CheckPoint& checkPoint) {
+bool ManagerCore::isRefused(const CheckPointBase& checkPoint) {
   if (isCollectionEnabled()) return false;
-  const User* user = userSigningIn(checkPoint);
+  const User* user = checkPoint.userSigningIn();
   if (user != nullptr) configureUserId(user->userId);
   return true;
 }
@@ -67,7 +63,7 @@ Task ManagerCore::uploadLater(ReportCategory category) {
 }
 
 // Takes the user out of a login first, so that the body already carries it.
-Json ManagerCore::checkPointBody(const CheckPoint& checkPoint, Json json,
+Json ManagerCore::checkPointBody(const CheckPointBase& checkPoint, Json json,
                                  const TraceArguments& traced) {
   const JsonDiscarder jsonDiscarder(json);
   configureUserId(checkPoint, json, traced);
@@ -78,17 +74,18 @@ Json ManagerCore::checkPointBody(const CheckPoint& checkPoint, Json json,
   return body;
 }
 
-bool ManagerCore::getRiskForCheckPoint(const CheckPoint& checkPoint, RiskCompletion&& completion) {
+bool ManagerCore::getRiskForCheckPoint(const CheckPointBase& checkPoint,
+                                       RiskCompletion&& completion) {
   return takeVerdict(checkPoint, {}, std::move(completion));
 }
 
-bool ManagerCore::getRiskForCheckPoint(const CheckPoint& checkPoint, VerdictOptions options,
+bool ManagerCore::getRiskForCheckPoint(const CheckPointBase& checkPoint, VerdictOptions options,
                                        VerdictCompletion&& completion) {
   return takeVerdict(checkPoint, options, std::move(completion));
 }
 
 template <class Completion>
-bool ManagerCore::takeVerdict(const CheckPoint& checkPoint, VerdictOptions options,
+bool ManagerCore::takeVerdict(const CheckPointBase& checkPoint, VerdictOptions options,
                               Completion&& completion) {
   const std::shared_ptr<PendingVerdict> verdict = verdicts_.take();
   if (!verdict) return false;
@@ -123,10 +120,10 @@ void ManagerCore::startDeadline(std::chrono::milliseconds deadline,
   if (!platform.http->dispatchAfter(wait, expire)) platform.mainQueue->postAfter(wait, expire);
 }
 
-void ManagerCore::askForRisk(const CheckPoint& checkPoint, VerdictOptions options,
+void ManagerCore::askForRisk(const CheckPointBase& checkPoint, VerdictOptions options,
                              const std::shared_ptr<PendingVerdict>& verdict) {
   if (isRefused(checkPoint)) return refuse(verdict, VerdictReason::collectionOff);
-  Json json = checkPoint.getJson();
+  Json json = jsonOf(checkPoint);
   const JsonDiscarder discarder(json);
   const OperationTrace trace(*context_->tracing, "getRiskForCheckPoint",
                              [&] { return traceArgumentsOf(json); });
@@ -144,9 +141,9 @@ void ManagerCore::askForRisk(const CheckPoint& checkPoint, VerdictOptions option
       std::move(upload));
 }
 
-void ManagerCore::arriveToCheckPoint(const CheckPoint& checkPoint) {
+void ManagerCore::arriveToCheckPoint(const CheckPointBase& checkPoint) {
   if (isRefused(checkPoint)) return;
-  Json json = checkPoint.getJson();
+  Json json = jsonOf(checkPoint);
   const JsonDiscarder discarder(json);
   const OperationTrace trace(*context_->tracing, "arriveToCheckPoint",
                              [&] { return traceArgumentsOf(json); });

@@ -56,12 +56,12 @@ class ManagerCore : public CrashEyeDelegate,
   void eraseStoredData(ErasureCompletion completion);
 
   // Checkpoints (manager_checkpoints.cpp).
-  void configureUserId(const CheckPoint& checkPoint);
+  void configureUserId(const CheckPointBase& checkPoint);
   // False, and the completion is untouched, when there is no memory at all.
-  bool getRiskForCheckPoint(const CheckPoint& checkPoint, RiskCompletion&& completion);
-  bool getRiskForCheckPoint(const CheckPoint& checkPoint, VerdictOptions options,
+  bool getRiskForCheckPoint(const CheckPointBase& checkPoint, RiskCompletion&& completion);
+  bool getRiskForCheckPoint(const CheckPointBase& checkPoint, VerdictOptions options,
                             VerdictCompletion&& completion);
-  void arriveToCheckPoint(const CheckPoint& checkPoint);
+  void arriveToCheckPoint(const CheckPointBase& checkPoint);
   void updateCheckPointStatus(CheckPointType type, const std::string& requestID,
                               CheckPointStatus status,
                               const std::optional<std::string>& transactionID);
@@ -125,16 +125,17 @@ class ManagerCore : public CrashEyeDelegate,
   void configureDeviceId(const std::string& deviceId);
   /// Whether the server has accepted the running session.
   bool isDataSendAfterSession() const;
-  void configureUserId(const CheckPoint& checkPoint, const Json& json,
+  void configureUserId(const CheckPointBase& checkPoint, const Json& json,
                        const TraceArguments& traced);
   /// Nothing may be gathered of it now.
-  bool isRefused(const CheckPoint& checkPoint);
+  bool isRefused(const CheckPointBase& checkPoint);
   /// `traced`: the checkpoint's text, where there is one already.
-  Json checkPointBody(const CheckPoint& checkPoint, Json json, const TraceArguments& traced);
+  Json checkPointBody(const CheckPointBase& checkPoint, Json json, const TraceArguments& traced);
   template <class Completion>
-  bool takeVerdict(const CheckPoint& checkPoint, VerdictOptions options, Completion&& completion);
+  bool takeVerdict(const CheckPointBase& checkPoint, VerdictOptions options,
+                   Completion&& completion);
   void refuse(const std::shared_ptr<PendingVerdict>& verdict, VerdictReason reason);
-  void askForRisk(const CheckPoint& checkPoint, VerdictOptions options,
+  void askForRisk(const CheckPointBase& checkPoint, VerdictOptions options,
                   const std::shared_ptr<PendingVerdict>& verdict);
   void startDeadline(std::chrono::milliseconds deadline,
                      const std::shared_ptr<PendingVerdict>& verdict);

@@ -9,6 +9,7 @@
 #include "base/collection.h"
 #include "base/debug.h"
 #include "base/forked_child.h"
+#include "base/json_exchange.h"
 #include "core/manager_core.h"
 #include "core/pending_verdict.h"
 #include "quorvance/alternate_stack.h"
@@ -241,7 +242,7 @@ void QuorvanceManager::configureWithUserId(const std::optional<std::string>& use
   enter(core_, [&](ManagerCore& core) { core.configureUserId(userId); });
 }
 
-void QuorvanceManager::configureUserId(const CheckPoint& checkPoint) {
+void QuorvanceManager::configureUserId(const CheckPointBase& checkPoint) {
   enter(core_, [&](ManagerCore& core) { core.configureUserId(checkPoint); });
 }
 
@@ -290,7 +291,7 @@ void QuorvanceManager::eraseStoredData(ErasureCompletion completion) {
   });
 }
 
-void QuorvanceManager::getRiskForCheckPoint(const CheckPoint& checkPoint,
+void QuorvanceManager::getRiskForCheckPoint(const CheckPointBase& checkPoint,
                                             RiskCompletion completion) {
   const bool isTaken = enter(core_, isForkedChild(), [&](ManagerCore& core) {
     return core.getRiskForCheckPoint(checkPoint, std::move(completion));
@@ -299,15 +300,15 @@ void QuorvanceManager::getRiskForCheckPoint(const CheckPoint& checkPoint,
   if (!isTaken) deliverAnswerless(completion);
 }
 
-void QuorvanceManager::getRiskForCheckPoint(const CheckPoint& checkPoint, VerdictOptions options,
-                                            VerdictCompletion completion) {
+void QuorvanceManager::getRiskForCheckPoint(const CheckPointBase& checkPoint,
+                                            VerdictOptions options, VerdictCompletion completion) {
   const bool isTaken = enter(core_, isForkedChild(), [&](ManagerCore& core) {
     return core.getRiskForCheckPoint(checkPoint, options, std::move(completion));
   });
   if (!isTaken) deliverAnswerless(completion);
 }
 
-std::future<Verdict> QuorvanceManager::riskForCheckPoint(const CheckPoint& checkPoint,
+std::future<Verdict> QuorvanceManager::riskForCheckPoint(const CheckPointBase& checkPoint,
                                                          VerdictOptions options) {
   const auto promise = std::make_shared<KeptPromise>();
   std::future<Verdict> future = promise->future();
@@ -316,7 +317,7 @@ std::future<Verdict> QuorvanceManager::riskForCheckPoint(const CheckPoint& check
   return future;
 }
 
-void QuorvanceManager::arriveToCheckPoint(const CheckPoint& checkPoint) {
+void QuorvanceManager::arriveToCheckPoint(const CheckPointBase& checkPoint) {
   enter(core_, [&](ManagerCore& core) { core.arriveToCheckPoint(checkPoint); });
 }
 
@@ -348,8 +349,8 @@ bool QuorvanceManager::ifAuthorizedWithTypeMobilePermission(MobilePermission typ
   return enterToCollect(core_, false, [&](ManagerCore& core) { return core.ifAuthorized(type); });
 }
 
-void QuorvanceManager::setPendingUserData(Json userData) {
-  enterToCollect(core_, [&](ManagerCore& core) { core.setPendingUserData(std::move(userData)); });
+void QuorvanceManager::takePendingUserData(const JsonSource& userData) {
+  enterToCollect(core_, [&](ManagerCore& core) { core.setPendingUserData(take(userData)); });
 }
 
 void QuorvanceManager::crashEyeDidCatchCrash(const CrashModel& crash) {

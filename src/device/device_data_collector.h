@@ -79,7 +79,7 @@ class DeviceDataCollector {
   const std::shared_ptr<InnerQuorvanceData> state_;
   const std::shared_ptr<IdentitySource> identity_;
   const std::shared_ptr<EnvironmentSource> environment_;
-  const std::shared_ptr<UserDataSource> userData_;
+  const std::shared_ptr<UserDataSourceBase> userData_;
   const std::shared_ptr<AuthorizationSource> authorization_;
   const std::shared_ptr<LocationSource> location_;
 

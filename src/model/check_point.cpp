@@ -1,101 +1,93 @@
 #include "quorvance/check_point.h"
 
-#include <utility>
-
-#include "base/json.h"
+#include "base/json_exchange.h"
 #include "model/check_point_json.h"
-#include "quorvance/account_check_points.h"
-#include "quorvance/add_payment_method.h"
-#include "quorvance/transaction.h"
 
 namespace quorvance {
 namespace {
 
-std::optional<CheckPointType> typeNamedIn(const Json& json) {
-  const std::string* word = findText(json, kCheckPointTypeKey);
-  return word == nullptr ? std::nullopt : CheckPointTypeToString::fromNillableString(*word);
+constexpr std::string_view kPaymentKey = "payment";
+constexpr std::string_view kBillingAddressKey = "billingAddress";
+
+/// Adds the record under the key, an empty object when it is absent.
+template <class Record>
+void putRecordOrEmpty(Json& object, std::string_view key,
+                      const std::shared_ptr<const Record>& record) {
+  putMember(object, key, record ? record->getJson() : Json::object());
 }
 
-std::unique_ptr<CheckPoint> rebuild(CheckPointType type, const Json& json) {
-  switch (type) {
-    case CheckPointType::LAUNCH:
-      return Launch::fromJson(json);
-    case CheckPointType::REGISTER:
-      return Register::fromJson(json);
-    case CheckPointType::LOGIN:
-      return Login::fromJson(json);
-    case CheckPointType::TRANSACTION:
-      return Transaction::fromJson(json);
-    case CheckPointType::ADD_PAYMENT_METHOD:
-      return AddPaymentMethod::fromJson(json);
-    case CheckPointType::GENERAL:
-      return General::fromJson(json);
-    // Two of these have a class and are still not rebuilt: that gap is intended.
-    case CheckPointType::UPDATE_DETAILS:
-    case CheckPointType::UPDATE_USER_INFO:
-    case CheckPointType::PASSWORD_CHANGE:
-    case CheckPointType::NONE:
-      break;
-  }
-  return nullptr;
-}
-
-// Stands for one that is nested too deep to be copied.
-Json unwritableObject() {
-  Json object = makeObject(1);
-  putMember(object, kAdditionalDataKey, unwritableJson());
-  return object;
+/// The record under the key, absent unless an object stands there.
+template <class Record>
+std::shared_ptr<const Record> findRecord(const JsonSource& json, std::string_view key) {
+  const JsonView view(json);
+  const Json* object = findObject(*view, key);
+  return object == nullptr ? nullptr : std::make_shared<const Record>(Record::fromJson(*object));
 }
 
 }  // namespace
 
-CheckPoint::CheckPoint(CheckPointType type) : type_(type) {}
+CheckPointBase::~CheckPointBase() = default;
 
-CheckPoint::~CheckPoint() = default;
-
-std::unique_ptr<CheckPoint> CheckPoint::fromJson(const Json& json) {
-  const auto type = typeNamedIn(json);
-  if (!type) return nullptr;
-  auto checkPoint = std::make_unique<CheckPoint>(*type);
-  checkPoint->readAdditionalData(json);
-  return checkPoint;
-}
-
-std::unique_ptr<CheckPoint> CheckPoint::parse(const Json& value, PlatformError* error) {
-  const auto type = typeNamedIn(value);
-  auto checkPoint = type ? rebuild(*type, value) : nullptr;
-  if (!checkPoint && error != nullptr) *error = PlatformError{};
-  return checkPoint;
-}
-
-void CheckPoint::setAdditionalData(Json additionalData) {
-  if (additionalData.is_null()) additionalData_.reset();
-  if (!additionalData.is_object()) return;
-  additionalData_ = std::make_shared<const Json>(std::move(additionalData));
-}
-
-void CheckPoint::readAdditionalData(const Json& json) {
-  const Json* data = findObject(json, kAdditionalDataKey);
-  if (data != nullptr) setAdditionalData(isNestedTooDeep(*data) ? unwritableObject() : *data);
-}
-
-Json CheckPoint::getJson() const {
-  Json object = openCheckPoint(type_, 2);
-  JsonDiscarder discarder(object);
+void CheckPointContent::write(JsonSink& sink) const {
+  Json object = openCheckPoint(*this, 2);
+  const JsonDiscarder discarder(object);
   putAdditionalData(object, *this);
-  discarder.keep();
-  return object;
+  give(sink, std::move(object));
 }
 
-Json openCheckPoint(CheckPointType type, std::size_t members) {
+void CheckPointContent::writeWithUser(JsonSink& sink,
+                                      const std::shared_ptr<const User>& user) const {
+  Json object = openCheckPoint(*this, 3);
+  const JsonDiscarder discarder(object);
+  // A registration alone writes "additionalData" before its user.
+  const bool isRegistration = type == CheckPointType::REGISTER;
+  if (isRegistration) putAdditionalData(object, *this);
+  putRecordOrEmpty(object, kUserKey, user);
+  if (!isRegistration) putAdditionalData(object, *this);
+  give(sink, std::move(object));
+}
+
+// The one checkpoint that builds on the base result, so its type word follows `type`.
+void CheckPointContent::writePaymentMethod(
+    JsonSink& sink, const std::shared_ptr<const User>& user,
+    const std::shared_ptr<const Payment>& payment,
+    const std::shared_ptr<const Address>& billingAddress) const {
+  Json object = openCheckPoint(*this, 5);
+  const JsonDiscarder discarder(object);
+  putAdditionalData(object, *this);
+  putRecordOrEmpty(object, kPaymentKey, payment);
+  putRecordOrEmpty(object, kBillingAddressKey, billingAddress);
+  putRecordOrEmpty(object, kUserKey, user);
+  give(sink, std::move(object));
+}
+
+std::optional<CheckPointType> CheckPointContent::readType(const JsonSource& json) {
+  const JsonView view(json);
+  const std::string* word = findText(*view, kCheckPointTypeKey);
+  return word == nullptr ? std::nullopt : CheckPointTypeToString::fromNillableString(*word);
+}
+
+std::shared_ptr<const User> CheckPointContent::readUser(const JsonSource& json) {
+  return findRecord<User>(json, kUserKey);
+}
+
+std::shared_ptr<const Payment> CheckPointContent::readPayment(const JsonSource& json) {
+  return findRecord<Payment>(json, kPaymentKey);
+}
+
+std::shared_ptr<const Address> CheckPointContent::readBillingAddress(const JsonSource& json) {
+  return findRecord<Address>(json, kBillingAddressKey);
+}
+
+Json openCheckPoint(const CheckPointContent& content, std::size_t members) {
   Json object = makeObject(members);
-  putMember(object, kCheckPointTypeKey, CheckPointTypeToString::toString(type));
+  putMember(object, kCheckPointTypeKey, CheckPointTypeToString::toString(content.type));
   return object;
 }
 
-void putAdditionalData(Json& object, const CheckPoint& checkPoint) {
-  const Json* data = checkPoint.additionalData();
-  if (data == nullptr) return;
+void putAdditionalData(Json& object, const CheckPointContent& content) {
+  if (content.additionalData == nullptr) return;
+  const JsonView data(*content.additionalData);
   putMember(object, kAdditionalDataKey, isNestedTooDeep(*data) ? unwritableJson() : *data);
 }
 

@@ -44,20 +44,26 @@ constexpr auto kPaymentFields = RecordTable{
 
 }  // namespace
 
-Json CreditCardDetail::getJson() const { return recordToJson(*this, kCardFields); }
-
-CreditCardDetail CreditCardDetail::fromJson(const Json& json) {
-  return recordFromJson(json, kCardFields);
+void CreditCardDetail::writeJson(JsonSink& sink) const {
+  give(sink, recordToJson(*this, kCardFields));
 }
 
-Json BankAccountDetails::getJson() const { return recordToJson(*this, kBankFields); }
-
-BankAccountDetails BankAccountDetails::fromJson(const Json& json) {
-  return recordFromJson(json, kBankFields);
+CreditCardDetail CreditCardDetail::readJson(const JsonSource& json) {
+  return recordFromJson(*JsonView(json), kCardFields);
 }
 
-Json Payment::getJson() const { return recordToJson(*this, kPaymentFields); }
+void BankAccountDetails::writeJson(JsonSink& sink) const {
+  give(sink, recordToJson(*this, kBankFields));
+}
 
-Payment Payment::fromJson(const Json& json) { return recordFromJson(json, kPaymentFields); }
+BankAccountDetails BankAccountDetails::readJson(const JsonSource& json) {
+  return recordFromJson(*JsonView(json), kBankFields);
+}
+
+void Payment::writeJson(JsonSink& sink) const { give(sink, recordToJson(*this, kPaymentFields)); }
+
+Payment Payment::readJson(const JsonSource& json) {
+  return recordFromJson(*JsonView(json), kPaymentFields);
+}
 
 }  // namespace quorvance

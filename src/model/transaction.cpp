@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/json_exchange.h"
 #include "base/milliseconds.h"
 #include "base/record.h"
 #include "model/check_point_json.h"
@@ -58,52 +59,54 @@ constexpr std::size_t kMostMembers = 3 + kHeadFields.size() + kTailFields.size()
 
 }  // namespace
 
-Json MerchantDetails::getJson() const { return recordToJson(*this, kMerchantFields); }
-
-MerchantDetails MerchantDetails::fromJson(const Json& json) {
-  return recordFromJson(json, kMerchantFields);
+void MerchantDetails::writeJson(JsonSink& sink) const {
+  give(sink, recordToJson(*this, kMerchantFields));
 }
 
-Json AuthorizationResponse::getJson() const { return recordToJson(*this, kAuthorizationFields); }
-
-AuthorizationResponse AuthorizationResponse::fromJson(const Json& json) {
-  return recordFromJson(json, kAuthorizationFields);
+MerchantDetails MerchantDetails::readJson(const JsonSource& json) {
+  return recordFromJson(*JsonView(json), kMerchantFields);
 }
 
-Transaction::Transaction(TransactionFields fields)
-    : CheckPoint(CheckPointType::TRANSACTION), fields_(std::move(fields)) {}
+void AuthorizationResponse::writeJson(JsonSink& sink) const {
+  give(sink, recordToJson(*this, kAuthorizationFields));
+}
 
-Transaction::Transaction(std::chrono::duration<double> sinceEpoch, TransactionType actType,
-                         CurrencyCode curType, std::string userId, double amount,
-                         std::string destinationId, std::string_view paymentMethod)
-    : Transaction(TransactionFields{
-          .timeStamp = millisecondsFromSeconds(sinceEpoch.count()),
+AuthorizationResponse AuthorizationResponse::readJson(const JsonSource& json) {
+  return recordFromJson(*JsonView(json), kAuthorizationFields);
+}
+
+TransactionFields TransactionFields::of(std::chrono::duration<double> sinceEpoch,
+                                        TransactionType actType, CurrencyCode curType,
+                                        std::string userId, double amount,
+                                        std::string destinationId, std::string_view paymentMethod) {
+  return {.timeStamp = millisecondsFromSeconds(sinceEpoch.count()),
           .actType = actType,
           .curType = curType,
           .destinationId = std::move(destinationId),
           .amount = amount,
           .user = std::make_shared<User>(User{.userId = std::move(userId)}),
           .payment = std::make_shared<Payment>(
-              Payment{.paymentMethod = PaymentMethodTypeToString::fromString(paymentMethod)})}) {}
-
-std::unique_ptr<Transaction> Transaction::fromJson(const Json& json) {
-  TransactionFields fields;
-  fields.amount = findNumber(json, kAmountKey).value_or(0);
-  readRecord(json, fields, kReadFirst);
-  readRecord(json, fields, kHeadFields);
-  readRecord(json, fields, kTailFields);
-  auto transaction = std::make_unique<Transaction>(std::move(fields));
-  transaction->readAdditionalData(json);
-  return transaction;
+              Payment{.paymentMethod = PaymentMethodTypeToString::fromString(paymentMethod)})};
 }
 
-Json Transaction::getJson() const {
-  Json object = openCheckPoint(CheckPointType::TRANSACTION, kMostMembers);
-  putMember(object, kAmountKey, fields_.amount);
-  writeRecord(object, fields_, kHeadFields);
+TransactionFields CheckPointContent::readTransaction(const JsonSource& json) {
+  const JsonView view(json);
+  TransactionFields fields;
+  fields.amount = findNumber(*view, kAmountKey).value_or(0);
+  readRecord(*view, fields, kReadFirst);
+  readRecord(*view, fields, kHeadFields);
+  readRecord(*view, fields, kTailFields);
+  return fields;
+}
+
+void CheckPointContent::writeTransaction(JsonSink& sink, const TransactionFields& fields) const {
+  Json object = openCheckPoint(*this, kMostMembers);
+  const JsonDiscarder discarder(object);
+  putMember(object, kAmountKey, fields.amount);
+  writeRecord(object, fields, kHeadFields);
   putAdditionalData(object, *this);
-  writeRecord(object, fields_, kTailFields);
-  return object;
+  writeRecord(object, fields, kTailFields);
+  give(sink, std::move(object));
 }
 
 }  // namespace quorvance

@@ -44,12 +44,14 @@ constexpr auto kUserFields = RecordTable{
 
 }  // namespace
 
-Json Address::getJson() const { return recordToJson(*this, kAddressFields); }
+void Address::writeJson(JsonSink& sink) const { give(sink, recordToJson(*this, kAddressFields)); }
 
-Address Address::fromJson(const Json& json) { return recordFromJson(json, kAddressFields); }
+Address Address::readJson(const JsonSource& json) {
+  return recordFromJson(*JsonView(json), kAddressFields);
+}
 
-Json User::getJson() const { return recordToJson(*this, kUserFields); }
+void User::writeJson(JsonSink& sink) const { give(sink, recordToJson(*this, kUserFields)); }
 
-User User::fromJson(const Json& json) { return recordFromJson(json, kUserFields); }
+User User::readJson(const JsonSource& json) { return recordFromJson(*JsonView(json), kUserFields); }
 
 }  // namespace quorvance

@@ -1,25 +1,19 @@
 #include "quorvance/platform/face_detection.h"
 
-#include <nlohmann/json.hpp>
-
 namespace quorvance {
 
-FaceDetection::~FaceDetection() = default;
+FaceDetectionBase::~FaceDetectionBase() = default;
 
-bool FaceDetection::hasScannedImage() { return false; }
+bool FaceDetectionBase::hasScannedImage() { return false; }
 
-bool FaceDetection::ranFaceVerificationWithUserIdSuccessfuly() { return false; }
+bool FaceDetectionBase::ranFaceVerificationWithUserIdSuccessfuly() { return false; }
 
-bool FaceDetection::isVerifyProcessRunning() { return false; }
+bool FaceDetectionBase::isVerifyProcessRunning() { return false; }
 
-void FaceDetection::startFaceCapture() {}
+void FaceDetectionBase::startFaceCapture() {}
 
-std::optional<std::string> FaceDetection::scannedImageJpeg(double /*quality*/) {
+std::optional<std::string> FaceDetectionBase::scannedImageJpeg(double /*quality*/) {
   return std::nullopt;
 }
-
-Json FaceDetection::imageRequestBody(const BioImageData& /*image*/) { return nullptr; }
-
-void FaceDetection::receiveImageReply(const Json& /*reply*/) {}
 
 }  // namespace quorvance

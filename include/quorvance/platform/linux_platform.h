@@ -38,7 +38,7 @@ struct LinuxPlatformOptions {
   std::shared_ptr<HostAuthorization> authorization;
   std::shared_ptr<LocationSource> location;
   std::shared_ptr<FactSource<AccessibilityFacts>> accessibility;
-  std::shared_ptr<UserDataSource> userData;
+  std::shared_ptr<UserDataSourceBase> userData;
   /// A main queue of the host's own, for example a HostLoopQueue; absent means a thread.
   std::shared_ptr<MainQueue> mainQueue;
   /// How the server is reached and recognised.

@@ -59,11 +59,11 @@ struct Platform {
   DeviceFactSources facts;
   std::shared_ptr<AuthorizationSource> authorization;
   std::shared_ptr<LocationSource> location;
-  std::shared_ptr<UserDataSource> userData;
+  std::shared_ptr<UserDataSourceBase> userData;
   std::shared_ptr<ReachabilityMonitor> reachability;
   std::shared_ptr<MotionSource> motion;
   std::shared_ptr<CrashTrap> crashTrap;
-  std::shared_ptr<FaceDetection> faceDetection;
+  std::shared_ptr<FaceDetectionBase> faceDetection;
   /// Sees every body before it is sent; empty: they are sent as they are.
   BeforeSend beforeSend{};
 };
