@@ -49,24 +49,24 @@ void tellJson(const Value& value, JsonSink& sink, std::size_t depth = 0) {
     case Type::null:
       return sink.addNull();
     case Type::boolean:
-      return sink.addBool(*value.template get_ptr<const typename Value::boolean_t*>());
+      return sink.addBool(value.template get_ref<const typename Value::boolean_t&>());
     case Type::number_integer:
-      return sink.addInteger(*value.template get_ptr<const typename Value::number_integer_t*>());
+      return sink.addInteger(value.template get_ref<const typename Value::number_integer_t&>());
     case Type::number_unsigned:
-      return sink.addUnsigned(*value.template get_ptr<const typename Value::number_unsigned_t*>());
+      return sink.addUnsigned(value.template get_ref<const typename Value::number_unsigned_t&>());
     case Type::number_float:
-      return sink.addNumber(*value.template get_ptr<const typename Value::number_float_t*>());
+      return sink.addNumber(value.template get_ref<const typename Value::number_float_t&>());
     case Type::string:
-      return sink.addText(*value.template get_ptr<const typename Value::string_t*>());
+      return sink.addText(value.template get_ref<const typename Value::string_t&>());
     case Type::array:
       sink.beginArray();
-      for (const Value& element : *value.template get_ptr<const typename Value::array_t*>()) {
+      for (const Value& element : value.template get_ref<const typename Value::array_t&>()) {
         tellJson(element, sink, depth + 1);
       }
       return sink.end();
     case Type::object:
       sink.beginObject();
-      for (const auto& [key, member] : *value.template get_ptr<const typename Value::object_t*>()) {
+      for (const auto& [key, member] : value.template get_ref<const typename Value::object_t&>()) {
         sink.addKey(key);
         tellJson(member, sink, depth + 1);
       }
