@@ -8,6 +8,15 @@ option(QUORVANCE_INSTALL "Have install rules" ${PROJECT_IS_TOP_LEVEL})
 option(QUORVANCE_BUILD_BENCHMARKS "Build the benchmarks" OFF)
 option(QUORVANCE_BUILD_FUZZERS "Build the fuzzers (clang only)" OFF)
 
+if(PROJECT_IS_TOP_LEVEL)
+  set(whereQtIsFound AUTO)
+else()
+  set(whereQtIsFound OFF)
+endif()
+set(QUORVANCE_QT ${whereQtIsFound} CACHE STRING
+    "Build Quorvance::qt: AUTO (where Qt 6.4 is found), ON or OFF")
+set_property(CACHE QUORVANCE_QT PROPERTY STRINGS AUTO ON OFF)
+
 set(QUORVANCE_SANITIZE "" CACHE STRING
     "Sanitizers for everything: empty, \"address,undefined\" or \"thread\"")
 set_property(CACHE QUORVANCE_SANITIZE PROPERTY STRINGS "" "address,undefined" "thread")

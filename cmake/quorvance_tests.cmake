@@ -3,6 +3,7 @@
 include(quorvance_public_headers)
 
 file(GLOB_RECURSE unitTests CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*_test.cpp)
+list(FILTER unitTests EXCLUDE REGEX "/src/qt/")
 quorvance_add_tests(quorvance_tests
   LINK quorvance_testing quorvance_static Threads::Threads CURL::libcurl
   SOURCES ${unitTests})

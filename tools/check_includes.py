@@ -49,9 +49,11 @@ ARROWS = {
     "biometrics": ["network"],
     "core": ["biometrics", "device"],
     "c_interface": ["core"],
+    # A library of its own, above the public headers alone.
+    "qt": [],
 }
 
-LIBRARY = list(ARROWS)
+LIBRARY = [folder for folder in ARROWS if folder != "qt"]
 
 # Public headers without a source of their own: the folder as which each counts. Any other public
 # header counts as the folder under src/ that holds a file of the same stem.
@@ -86,6 +88,9 @@ THIRD_PARTY = {
     "benchmark": "benchmarks",
     "httplib.h": "apps and test",
 }
+
+# Of Qt: what is public, and what its own tests make touches with.
+QT_HEADER = re.compile(r"Q[A-Z]\w*|(Qt\w+|qpa|private)/\w+(\.h)?")
 
 CHECKED_FOLDERS = ["include", "src", "apps", "test", "benchmarks", "fuzz", "examples"]
 SUFFIXES = {".h", ".cpp"}
@@ -206,6 +211,9 @@ def problem_of_angled(kind, folder, test, may_include_json, name):
         return None if allowed else f"<{name}> is only for {THIRD_PARTY[top]}"
     if kind == "public":
         return f"a public header includes no system header: <{name}>"
+    if QT_HEADER.fullmatch(name):
+        allowed = folder in ("qt", "examples") or kind in ("test", "bench")
+        return None if allowed else f"Qt is only for src/qt: <{name}>"
     # What tests share may fork and make folders.
     if kind == "source" and not is_linux(folder) and not (test and folder == "platform/testing"):
         return f"system headers are only for src/platform/linux: <{name}>"
@@ -238,7 +246,7 @@ def problem_of_public(kind, folder, test, tree, name):
     if kind not in ("public", "source"):
         return None
     target, problem = tree.public_folder(name)
-    if problem:
+    if problem or folder == "qt":
         return problem
     if target not in allowed_folders(kind, folder, test):
         return f"{folder} may not include {target}: <{name}>"

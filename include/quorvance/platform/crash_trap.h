@@ -44,6 +44,10 @@ struct CaughtCrash {
   bool isStored = false;
 };
 
+// Hosts that use Qt have a macro of this name by default.
+#pragma push_macro("signals")
+#undef signals
+
 /// What a dying process writes and whom it tells.
 struct CrashPlan {
   std::vector<SignalPlan> signals;
@@ -62,6 +66,8 @@ struct CrashPlan {
   /// waits two seconds at most, and not at all while an earlier call hangs.
   std::function<void(const CaughtCrash&)> tell;
 };
+
+#pragma pop_macro("signals")
 
 /// Catches what ends this process: fatal signals, each of which ends in SIGKILL, and uncaught C++
 /// exceptions, after which the terminate handler that was installed before runs. There is one trap

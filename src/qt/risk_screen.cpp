@@ -1,0 +1,93 @@
+#include "qt/risk_screen.h"
+
+#include <QQmlInfo>
+#include <QQuickWindow>
+#include <optional>
+
+#include "quorvance/qt/qml_types.h"
+#include "quorvance/quorvance_manager.h"
+
+namespace quorvance::qt {
+namespace {
+
+/// Absent: the shared one.
+std::optional<std::weak_ptr<QuorvanceManager>>& chosenManager() {
+  static std::optional<std::weak_ptr<QuorvanceManager>> manager;
+  return manager;
+}
+
+std::shared_ptr<QuorvanceManager> managerOfScreens() {
+  return chosenManager() ? chosenManager()->lock() : QuorvanceManager::shared();
+}
+
+}  // namespace
+
+void registerQmlTypes(const std::shared_ptr<QuorvanceManager>& manager) {
+  RiskScreen::useManager(manager);
+  qmlRegisterType<RiskScreen>("Quorvance", 1, 0, "RiskScreen");
+}
+
+RiskScreen::RiskScreen(QObject* parent) : QObject(parent) {
+  connect(this, &RiskScreen::settingsChanged, this, &RiskScreen::restart);
+}
+
+void RiskScreen::useManager(const std::shared_ptr<QuorvanceManager>& manager) {
+  chosenManager().reset();
+  if (manager) chosenManager() = manager;
+}
+
+QQuickItem* RiskScreen::view() const {
+  if (chosen_) return chosen_;
+  if (const auto* const window = qobject_cast<QQuickWindow*>(parent()))
+    return window->contentItem();
+  return qobject_cast<QQuickItem*>(parent());
+}
+
+void RiskScreen::setView(QQuickItem* view) {
+  if (chosen_ == view) return;
+  chosen_ = view;
+  Q_EMIT settingsChanged();
+}
+
+void RiskScreen::componentComplete() {
+  isComplete_ = true;
+  update();
+}
+
+void RiskScreen::restart() {
+  screen_.finish();
+  update();
+}
+
+void RiskScreen::update() {
+  if (!isComplete_) return;
+  const bool wasWatching = isWatching();
+  QQuickItem* const item = view();
+  if (item != followed_) follow(item);
+  const bool shallWatch = isActive_ && item != nullptr && item->isVisible();
+  if (!shallWatch) {
+    screen_.finish();
+  } else if (!isWatching()) {
+    screen_ = begin(item);
+  }
+  if (wasWatching != isWatching()) Q_EMIT watchingChanged();
+}
+
+void RiskScreen::follow(QQuickItem* item) {
+  if (followed_) followed_->disconnect(this);
+  followed_ = item;
+  if (item == nullptr) return;
+  connect(item, &QQuickItem::visibleChanged, this, &RiskScreen::update);
+  connect(item, &QObject::destroyed, this, &RiskScreen::restart);
+}
+
+Screen RiskScreen::begin(QQuickItem* item) {
+  const auto type = ScreenListenerTypeToString::fromNillableString(type_.toStdString());
+  if (!type) {
+    qmlWarning(this) << "there is no type of screen \"" << type_ << '"';
+    return {};
+  }
+  return Screen(managerOfScreens(), *type, actionId_, item, {.mouseIsFinger = isMouseFinger_});
+}
+
+}  // namespace quorvance::qt

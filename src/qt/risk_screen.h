@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QQmlParserStatus>
+#include <QQuickItem>
+#include <QString>
+#include <memory>
+
+#include "quorvance/qt/qt_screen.h"
+
+namespace quorvance::qt {
+
+/// The QML type of quorvance/qt/qml_types.h, which tells its properties. Begins once QML has
+/// completed it, and from then on follows the item's visibility. Application's thread only.
+class RiskScreen : public QObject, public QQmlParserStatus {
+  Q_OBJECT
+  Q_INTERFACES(QQmlParserStatus)
+  Q_PROPERTY(QString type MEMBER type_ NOTIFY settingsChanged)
+  Q_PROPERTY(qlonglong actionId MEMBER actionId_ NOTIFY settingsChanged)
+  Q_PROPERTY(QQuickItem* view READ view WRITE setView NOTIFY settingsChanged)
+  Q_PROPERTY(bool active MEMBER isActive_ NOTIFY settingsChanged)
+  Q_PROPERTY(bool mouseIsFinger MEMBER isMouseFinger_ NOTIFY settingsChanged)
+  Q_PROPERTY(bool watching READ isWatching NOTIFY watchingChanged)
+
+ public:
+  explicit RiskScreen(QObject* parent = nullptr);
+
+  /// Null stands for the shared one.
+  static void useManager(const std::shared_ptr<QuorvanceManager>& manager);
+
+  /// The item that is watched; null where there is none.
+  QQuickItem* view() const;
+  void setView(QQuickItem* view);
+  bool isWatching() const { return screen_.isWatching(); }
+
+  void classBegin() override {}
+  void componentComplete() override;
+
+ Q_SIGNALS:
+  void settingsChanged();
+  void watchingChanged();
+
+ private:
+  /// Ends the screen and begins another one.
+  void restart();
+  /// Begins or ends as the item's visibility wants it.
+  void update();
+  void follow(QQuickItem* item);
+  Screen begin(QQuickItem* item);
+
+  QString type_;
+  qlonglong actionId_ = 0;
+  QPointer<QQuickItem> chosen_;
+  bool isActive_ = true;
+  bool isMouseFinger_ = false;
+  bool isComplete_ = false;
+  QPointer<QQuickItem> followed_;
+  Screen screen_;
+};
+
+}  // namespace quorvance::qt

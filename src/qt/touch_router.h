@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QObject>
+#include <memory>
+#include <vector>
+
+#include "qt/touched_view.h"
+
+class QMouseEvent;
+class QTouchEvent;
+
+namespace quorvance::qt {
+
+/// Shows the touches of all windows to the views that are watched, before the application handles
+/// them: an event filter on the application object, which looks only at what is sent to a window
+/// and lets every event pass. It is there while a view is watched; owned by the application object.
+class TouchRouter : public QObject {
+ public:
+  /// Application's thread only.
+  static void watch(const std::shared_ptr<TouchedView>& view);
+
+  bool eventFilter(QObject* receiver, QEvent* event) override;
+
+ private:
+  using QObject::QObject;
+
+  void touch(QWindow& window, const QTouchEvent& event);
+  void mouse(QWindow& window, const QMouseEvent& event);
+  void cancel(QWindow& window);
+  /// Gives the fingers to the views of the window.
+  void route(QWindow& window, bool ofMouse);
+  template <class Call>
+  void forViewsOf(QWindow& window, Call call);
+
+  std::vector<std::weak_ptr<TouchedView>> views_;
+  /// Of the event that is looked at; kept for its room.
+  std::vector<WindowTouch> fingers_;
+};
+
+}  // namespace quorvance::qt
