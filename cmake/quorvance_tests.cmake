@@ -3,7 +3,6 @@
 include(quorvance_public_headers)
 
 file(GLOB_RECURSE unitTests CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*_test.cpp)
-list(FILTER unitTests EXCLUDE REGEX "/src/qt/")
 quorvance_add_tests(quorvance_tests
   LINK quorvance_testing quorvance_static Threads::Threads CURL::libcurl
   SOURCES ${unitTests})
@@ -23,6 +22,7 @@ const char* const kBusMock = "@PROJECT_SOURCE_DIR@/test/bus/bus_mock.py";
 endif()
 
 file(GLOB_RECURSE integrationTests CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/test/*_test.cpp)
+list(FILTER integrationTests EXCLUDE REGEX "/test/qt/")
 if(QUORVANCE_SANITIZE)
   list(FILTER integrationTests EXCLUDE REGEX "/test/memory/") # a sanitizer brings its own allocator
 endif()
@@ -36,6 +36,10 @@ endif()
 # For tests that are not GoogleTest cases: packaging, programs that must die.
 if(EXISTS ${PROJECT_SOURCE_DIR}/test/CMakeLists.txt)
   add_subdirectory(${PROJECT_SOURCE_DIR}/test ${PROJECT_BINARY_DIR}/test)
+endif()
+
+if(QUORVANCE_HAS_QT)
+  add_subdirectory(${PROJECT_SOURCE_DIR}/test/qt ${PROJECT_BINARY_DIR}/test_qt)
 endif()
 
 # What only reads the sources is the same in every build.
