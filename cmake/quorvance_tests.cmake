@@ -38,7 +38,7 @@ if(EXISTS ${PROJECT_SOURCE_DIR}/test/CMakeLists.txt)
   add_subdirectory(${PROJECT_SOURCE_DIR}/test ${PROJECT_BINARY_DIR}/test)
 endif()
 
-if(QUORVANCE_HAS_QT)
+if(QUORVANCE_HAS_QT AND TARGET risk_server_lib)
   add_subdirectory(${PROJECT_SOURCE_DIR}/test/qt ${PROJECT_BINARY_DIR}/test_qt)
 endif()
 

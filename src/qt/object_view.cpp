@@ -1,6 +1,7 @@
 #include "qt/object_view.h"
 
 #include <QVariant>
+#include <algorithm>
 #include <utility>
 
 #include "qt/application_thread.h"
@@ -42,14 +43,14 @@ template <class Object>
 std::vector<std::shared_ptr<View>> ObjectView<Object>::subviews() {
   const Object* const shown = object();
   if (shown == nullptr) return {};
-  std::vector<Object*> children = childrenOf(*shown);
-  if (children != children_) {
+  const std::vector<Object*> children = childrenOf(*shown);
+  if (!std::equal(children.begin(), children.end(), children_.begin(), children_.end())) {
     std::vector<std::shared_ptr<View>> made;
     for (Object* const child : children) {
       made.push_back(std::make_shared<ObjectView<Object>>(child, ViewOptions()));
     }
     subviews_ = std::move(made);
-    children_ = std::move(children);
+    children_.assign(children.begin(), children.end());
   }
   return subviews_;
 }

@@ -41,7 +41,7 @@ class ObjectView : public TouchedView {
   std::int64_t tag_ = 0;
   /// As they were when they were last asked for.
   std::vector<std::shared_ptr<View>> subviews_;
-  std::vector<Object*> children_;
+  std::vector<QPointer<Object>> children_;
   bool isWatched_ = false;
 };
 

@@ -58,6 +58,17 @@ bool isFinite(const MotionSample& sample) {
   return std::isfinite(sample.x) && std::isfinite(sample.y) && std::isfinite(sample.z);
 }
 
+/// The backend that Qt prefers; empty where there is none. Qt brings some that make their readings
+/// up.
+QByteArray backendFor(const QByteArray& type) {
+  const auto isReal = [](const QByteArray& backend) { return !backend.startsWith("dummy."); };
+  const QByteArray preferred = QSensor::defaultSensorForType(type);
+  if (isReal(preferred)) return preferred;
+  const QList<QByteArray> all = QSensor::sensorsForType(type);
+  const auto real = std::find_if(all.begin(), all.end(), isReal);
+  return real == all.end() ? QByteArray() : *real;
+}
+
 /// Null where Qt has none of it.
 std::unique_ptr<QSensor> makeSensor(MotionSensor sensor) {
   std::unique_ptr<QSensor> made;
@@ -68,7 +79,8 @@ std::unique_ptr<QSensor> makeSensor(MotionSensor sensor) {
   } else {
     made = std::make_unique<QAccelerometer>();
   }
-  if (!made->connectToBackend()) return nullptr;
+  made->setIdentifier(backendFor(made->type()));
+  if (made->identifier().isEmpty() || !made->connectToBackend()) return nullptr;
   if (sensor == MotionSensor::deviceMotion) {
     if (!made->isFeatureSupported(QSensor::AccelerationMode)) return nullptr;
     static_cast<QAccelerometer&>(*made).setAccelerationMode(QAccelerometer::Gravity);
@@ -134,7 +146,8 @@ class SensorManager : public MotionManager {
   SensorManager(AvailableSensors available, std::shared_ptr<EventLoopQueue> application)
       : available_(available), application_(std::move(application)) {}
   ~SensorManager() override {
-    application_->post([running = running_] { delete running->data(); });
+    // With the queue, which may otherwise end first and drop this.
+    application_->post([running = running_, queue = application_] { delete running->data(); });
   }
   SensorManager(const SensorManager&) = delete;
   SensorManager& operator=(const SensorManager&) = delete;

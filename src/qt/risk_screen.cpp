@@ -2,6 +2,8 @@
 
 #include <QQmlInfo>
 #include <QQuickWindow>
+#include <cmath>
+#include <cstdint>
 #include <optional>
 
 #include "quorvance/qt/qml_types.h"
@@ -18,6 +20,12 @@ std::optional<std::weak_ptr<QuorvanceManager>>& chosenManager() {
 
 std::shared_ptr<QuorvanceManager> managerOfScreens() {
   return chosenManager() ? chosenManager()->lock() : QuorvanceManager::shared();
+}
+
+/// Of those that a number of QML tells apart.
+bool isWholeNumber(double value) {
+  constexpr double kLast = 9007199254740992;
+  return std::abs(value) <= kLast && std::trunc(value) == value;
 }
 
 }  // namespace
@@ -87,7 +95,12 @@ Screen RiskScreen::begin(QQuickItem* item) {
     qmlWarning(this) << "there is no type of screen \"" << type_ << '"';
     return {};
   }
-  return Screen(managerOfScreens(), *type, actionId_, item, {.mouseIsFinger = isMouseFinger_});
+  if (!isWholeNumber(actionId_)) {
+    qmlWarning(this) << "the actionId " << actionId_ << " is no whole number up to 2^53";
+    return {};
+  }
+  return Screen(managerOfScreens(), *type, static_cast<std::int64_t>(actionId_), item,
+                {.mouseIsFinger = isMouseFinger_});
 }
 
 }  // namespace quorvance::qt

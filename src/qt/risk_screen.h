@@ -17,7 +17,7 @@ class RiskScreen : public QObject, public QQmlParserStatus {
   Q_OBJECT
   Q_INTERFACES(QQmlParserStatus)
   Q_PROPERTY(QString type MEMBER type_ NOTIFY settingsChanged)
-  Q_PROPERTY(qlonglong actionId MEMBER actionId_ NOTIFY settingsChanged)
+  Q_PROPERTY(double actionId MEMBER actionId_ NOTIFY settingsChanged)
   Q_PROPERTY(QQuickItem* view READ view WRITE setView NOTIFY settingsChanged)
   Q_PROPERTY(bool active MEMBER isActive_ NOTIFY settingsChanged)
   Q_PROPERTY(bool mouseIsFinger MEMBER isMouseFinger_ NOTIFY settingsChanged)
@@ -50,7 +50,8 @@ class RiskScreen : public QObject, public QQmlParserStatus {
   Screen begin(QQuickItem* item);
 
   QString type_;
-  qlonglong actionId_ = 0;
+  /// As QML has numbers.
+  double actionId_ = 0;
   QPointer<QQuickItem> chosen_;
   bool isActive_ = true;
   bool isMouseFinger_ = false;

@@ -1,0 +1,89 @@
+// An application of Qt's that ends: qt_child quit URL FOLDER or qt_child outlive FOLDER.
+
+#include <QApplication>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QTimer>
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include "quorvance/qt/qt.h"
+
+using namespace quorvance;
+
+namespace {
+
+constexpr int kVerdicts = 20;
+constexpr std::chrono::milliseconds kUntilTheyAreUnderWay{300};
+
+Platform platformOver(const std::string& folder) {
+  LinuxPlatformOptions options;
+  options.dataFolder = folder;
+  return qt::makePlatform(options);
+}
+
+void say(const char* what) {
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  std::printf("%s %lld\n", what, static_cast<long long>(std::chrono::nanoseconds(now).count()));
+  std::fflush(stdout);
+}
+
+/// Ends with verdicts and a screen under way, as when its user closes the last window.
+int quit(int argc, char** argv) {
+  QApplication application(argc, argv);
+  QuorvanceManager::usePlatform(platformOver(argv[3]));
+  const auto manager = QuorvanceManager::shared();
+  manager->setupWithServerUrl(argv[2], "user-17");
+  QQuickWindow window;
+  window.show();
+  const qt::Screen screen(manager, ScreenListenerType::MAIN_SCREEN, 1, window.contentItem());
+  for (int i = 0; i < kVerdicts; ++i) {
+    qt::riskForCheckPoint(*manager, General(), {}, &application,
+                          [](const Verdict&) { say("a verdict"); });
+  }
+  QTimer::singleShot(kUntilTheyAreUnderWay, &application, &QApplication::quit);
+  const int status = QApplication::exec();
+  say("leaving");
+  return status;
+}
+
+/// Uses everything after the end of its application object, and again with another one.
+int outlive(int argc, char** argv) {
+  qt::EventLoopQueue early;  // there is no application object yet
+  early.post([] { say("early"); });
+  auto manager = std::make_shared<QuorvanceManager>(platformOver(argv[2]));
+  std::unique_ptr<qt::EventLoopQueue> queue;
+  for (int round = 0; round < 2; ++round) {
+    QApplication application(argc, argv);
+    auto later = std::make_unique<qt::EventLoopQueue>();
+    manager = std::make_shared<QuorvanceManager>(platformOver(argv[2]));
+    manager->setupWithServerUrl("http://127.0.0.1:1/", "user-17");
+    QQuickWindow window;
+    window.show();
+    qt::Screen screen(manager, ScreenListenerType::MAIN_SCREEN, 1, window.contentItem());
+    later->post([] { QApplication::quit(); });
+    QApplication::exec();
+    queue = std::move(later);
+  }
+  queue->post([] { say("late"); });
+  manager->arriveToCheckPoint(General());
+  manager->startNewScreenListener(ScreenListenerType::GENERAL, 1, nullptr)->finishScreenListener();
+  manager->flush(std::chrono::milliseconds(100));
+  manager.reset();
+  queue.reset();
+  say("done");
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  qputenv("QT_QUICK_BACKEND", "software");
+  const std::string shape = argc > 1 ? argv[1] : "";
+  if (shape == "quit" && argc == 4) return quit(argc, argv);
+  if (shape == "outlive" && argc == 3) return outlive(argc, argv);
+  return 2;
+}

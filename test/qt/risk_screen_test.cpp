@@ -1,0 +1,108 @@
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+
+#include "test/qt/qt_world_test_support.h"
+
+namespace quorvance::qt {
+namespace {
+
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+/// A window that shows an item of QML, which holds a RiskScreen by the name of "screen".
+struct RiskScreenTest : testing::Test {
+  RiskScreenTest() {
+    registerQmlTypes(world.manager);
+    window.setGeometry(0, 0, 200, 200);
+    window.show();
+  }
+  ~RiskScreenTest() override { registerQmlTypes(); }
+
+  void load(const QByteArray& screen) {
+    QQmlComponent component(&engine);
+    component.setData(
+        "import QtQuick\nimport Quorvance 1.0\nItem { width: 200; height: 200\n"
+        "property alias screen: risk\nRiskScreen { id: risk; " +
+            screen + " } }",
+        QUrl("page.qml"));
+    page.reset(qobject_cast<QQuickItem*>(component.create()));
+    ASSERT_TRUE(page) << component.errorString().toStdString();
+    screenObject = page->property("screen").value<QObject*>();
+    page->setParentItem(window.contentItem());
+  }
+  bool isWatching() const { return screenObject->property("watching").toBool(); }
+  void tap() { panel.tap(window, {10, 20}); }
+  /// "type actionId rows" of each screen that has ended.
+  std::vector<std::string> screens() const {
+    std::vector<std::string> told;
+    for (const Json& body : world.screens()) {
+      told.push_back(body.at("actionType").get<std::string>() + " " +
+                     std::to_string(body.at("actionId").get<int>()) + " " +
+                     std::to_string(body.at("eventList").size()));
+    }
+    return told;
+  }
+
+  QtWorld world;
+  TouchPanel panel;
+  QQuickWindow window;
+  QQmlEngine engine;
+  std::unique_ptr<QQuickItem> page;
+  QObject* screenObject = nullptr;
+};
+
+TEST_F(RiskScreenTest, WatchesItsParentWhileThatIsVisible) {
+  load("type: 'LOGIN_FORM'; actionId: 7");
+  EXPECT_TRUE(isWatching());
+  tap();
+  page->setVisible(false);
+  EXPECT_FALSE(isWatching());
+  tap();
+  page->setVisible(true);
+  tap();
+  tap();
+  page.reset();
+  EXPECT_THAT(screens(), ElementsAre("LOGIN_FORM 7 2", "LOGIN_FORM 7 4"));
+}
+
+TEST_F(RiskScreenTest, AChangeBeginsAnotherScreen) {
+  load("type: 'LOGIN_FORM'; active: false");
+  EXPECT_FALSE(isWatching());
+  screenObject->setProperty("active", true);
+  tap();
+  screenObject->setProperty("actionId", 8);
+  EXPECT_THAT(screens(), ElementsAre("LOGIN_FORM 0 2"));
+  auto other = std::make_unique<QQuickItem>(window.contentItem());
+  other->setSize({5, 5});
+  tap();
+  screenObject->setProperty("view", QVariant::fromValue(other.get()));
+  tap();  // the other one does not lie there
+  EXPECT_THAT(screens(), ElementsAre("LOGIN_FORM 0 2", "LOGIN_FORM 8 2"));
+  other.reset();  // back to the parent
+  EXPECT_TRUE(isWatching());
+  tap();
+  screenObject->setProperty("active", false);
+  EXPECT_EQ(screens().size(), 3U);
+}
+
+TEST_F(RiskScreenTest, WhatCannotBeWatchedIsNot) {
+  testing::internal::CaptureStderr();
+  load("type: 'NO_SUCH_FORM'");
+  EXPECT_FALSE(isWatching());
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              AllOf(HasSubstr("page.qml:5"), HasSubstr("NO_SUCH_FORM")));
+  for (const char* const actionId : {"0.5", "NaN", "1e19"}) {
+    load(QByteArray("type: 'LOGIN_FORM'; actionId: ") + actionId);
+    EXPECT_FALSE(isWatching()) << actionId;
+  }
+  world.manager.reset();
+  load("type: 'LOGIN_FORM'");
+  EXPECT_FALSE(isWatching()) << "its manager has ended";
+  tap();
+}
+
+}  // namespace
+}  // namespace quorvance::qt
