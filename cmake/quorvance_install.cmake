@@ -1,5 +1,6 @@
-# What is installed, in the three components that the Debian packages are made of: "library" to run,
-# "dev" to build with (headers, both libraries, doubles, find_package, pkg-config), and "tools".
+# What is installed, in the components that the Debian packages are made of: "library" to run,
+# "dev" to build with (headers, both libraries, doubles, find_package, pkg-config), and "tools";
+# "qt_library" and "qt_dev" where Quorvance::qt is built.
 
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -10,7 +11,8 @@ set(documentFolder ${CMAKE_INSTALL_DATAROOTDIR}/doc)
 # --- headers and libraries ---------------------------------------------------------------------
 
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/quorvance ${testingHeaderFolder}/quorvance
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev FILES_MATCHING PATTERN "*.h")
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev FILES_MATCHING PATTERN "*.h"
+  PATTERN "quorvance/qt" EXCLUDE)
 
 # Export sets of their own: who links the shared library needs no libcurl to build with.
 install(TARGETS quorvance EXPORT QuorvanceShared
@@ -27,6 +29,18 @@ foreach(set Shared Static Testing)
     FILE Quorvance${set}Targets.cmake COMPONENT dev)
 endforeach()
 
+if(QUORVANCE_HAS_QT)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/quorvance/qt
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/quorvance COMPONENT qt_dev)
+  install(TARGETS quorvance_qt EXPORT QuorvanceQt
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT qt_library NAMELINK_COMPONENT qt_dev
+    INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  install(EXPORT QuorvanceQt NAMESPACE Quorvance:: DESTINATION ${packageFolder}
+    FILE QuorvanceQtTargets.cmake COMPONENT qt_dev)
+  install(FILES ${PROJECT_SOURCE_DIR}/docs/qt.md
+    DESTINATION ${documentFolder}/libquorvance-qt-dev COMPONENT qt_dev)
+endif()
+
 # --- how they are found --------------------------------------------------------------------------
 
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/QuorvanceConfig.cmake.in
@@ -41,10 +55,16 @@ install(FILES
 # The folder may be moved: all is told from where the file lies.
 set(pcFolder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH pcToPrefix /prefix/${pcFolder} /prefix)
-foreach(name quorvance quorvance-static)
+foreach(name quorvance quorvance-static quorvance-qt)
   configure_file(${PROJECT_SOURCE_DIR}/packaging/${name}.pc.in
     ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
-  install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${pcFolder} COMPONENT dev)
+  set(component dev)
+  if(name STREQUAL "quorvance-qt")
+    set(component qt_dev)
+  endif()
+  if(component STREQUAL "dev" OR QUORVANCE_HAS_QT)
+    install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${pcFolder} COMPONENT ${component})
+  endif()
 endforeach()
 
 # --- tools -------------------------------------------------------------------------------------
@@ -90,16 +110,32 @@ if(Python3_FOUND)
     find_package(OpenSSL QUIET COMPONENTS Crypto)
     set(toolLibraries tools/cpp-httplib=${cpp_httplib_VERSION} tools/openssl=${OPENSSL_VERSION})
   endif()
+  set(componentLibraries)
+  if(QUORVANCE_HAS_QT)
+    set(componentLibraries qt/qtbase=${Qt6_VERSION} qt/qtdeclarative=${Qt6Quick_VERSION})
+    if(Qt6Sensors_FOUND)
+      list(APPEND componentLibraries qt/qtsensors=${Qt6Sensors_VERSION})
+    endif()
+  endif()
   set(vendored ${PROJECT_SOURCE_DIR}/apps/risk_server/console/vendor/LICENCES.txt)
   add_custom_command(OUTPUT ${bill} DEPENDS ${makeBill} ${vendored} ${versionSource}
     COMMAND Python3::Interpreter -B ${makeBill} ${bill} ${PROJECT_VERSION} ${vendored}
       libcurl=${CURL_VERSION_STRING} nlohmann-json=${nlohmann_json_VERSION} ${toolLibraries}
+      ${componentLibraries}
     VERBATIM)
   add_custom_target(quorvance_sbom ALL DEPENDS ${bill})
   install(FILES ${bill} DESTINATION ${documentFolder}/quorvance COMPONENT dev)
 else()
   message(STATUS "Without Python no bill of materials is made")
 endif()
+
+# Everything that is installed, and nothing else.
+add_custom_target(quorvance_installed DEPENDS quorvance quorvance_static quorvance_testing)
+foreach(target quorvance-reports risk_server quorvance_sbom quorvance_qt)
+  if(TARGET ${target})
+    add_dependencies(quorvance_installed ${target})
+  endif()
+endforeach()
 
 if(PROJECT_IS_TOP_LEVEL)
   include(quorvance_packages)

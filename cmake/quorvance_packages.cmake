@@ -1,14 +1,18 @@
 # The Debian packages, made by cpack: the library by the name that its soname asks for, what is built
-# with, and the tools. Configured with -DCMAKE_INSTALL_PREFIX=/usr, which gives the folders of
+# with, the tools, and both of Quorvance::qt where it is built. Configured with -DCMAKE_INSTALL_PREFIX=/usr, which gives the folders of
 # Debian's architectures.
 
-foreach(component library dev tools)
-  set(package quorvance-tools)
-  if(component STREQUAL "library")
-    set(package libquorvance${PROJECT_VERSION_MAJOR})
-  elseif(component STREQUAL "dev")
-    set(package libquorvance-dev)
-  endif()
+set(packages library dev tools)
+if(QUORVANCE_HAS_QT)
+  list(APPEND packages qt_library qt_dev)
+endif()
+set(packageOf_library libquorvance${PROJECT_VERSION_MAJOR})
+set(packageOf_dev libquorvance-dev)
+set(packageOf_tools quorvance-tools)
+set(packageOf_qt_library libquorvance-qt${PROJECT_VERSION_MAJOR})
+set(packageOf_qt_dev libquorvance-qt-dev)
+foreach(component IN LISTS packages)
+  set(package ${packageOf_${component}})
   install(FILES ${PROJECT_SOURCE_DIR}/packaging/copyright
     DESTINATION ${documentFolder}/${package} COMPONENT ${component})
   string(TOUPPER ${component} upper)
@@ -25,9 +29,9 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-set(CPACK_COMPONENTS_ALL library dev)
-if(TARGET risk_server)
-  list(APPEND CPACK_COMPONENTS_ALL tools)
+set(CPACK_COMPONENTS_ALL ${packages})
+if(NOT TARGET risk_server)
+  list(REMOVE_ITEM CPACK_COMPONENTS_ALL tools)
 endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
@@ -44,6 +48,24 @@ set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS
   "libquorvance${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION}), nlohmann-json3-dev (>= 3.11)")
 # What the static library is linked with.
 set(CPACK_DEBIAN_DEV_PACKAGE_RECOMMENDS "libcurl4-openssl-dev")
+# Its packages know the library's by name: it is in none yet when they are made.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
+set(CPACK_DEBIAN_QT_DEV_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_QT_LIBRARY_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_QT_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_QT_DEV_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_QT_LIBRARY_PACKAGE_DEPENDS
+  "libquorvance${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_QT_DEV_PACKAGE_DEPENDS
+  "libquorvance-dev (= ${PROJECT_VERSION}), libquorvance-qt${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
+# What an application of Qt's is built with.
+set(CPACK_DEBIAN_QT_DEV_PACKAGE_RECOMMENDS "qt6-base-dev, qt6-declarative-dev")
+set(CPACK_COMPONENT_QT_LIBRARY_DESCRIPTION
+  "risk verdicts for banking applications, shared library for Qt
+ Screens, touches and verdicts in applications of Qt's.")
+set(CPACK_COMPONENT_QT_DEV_DESCRIPTION
+  "risk verdicts for banking applications, development files for Qt
+ Headers, and the files of CMake and pkg-config.")
 set(CPACK_COMPONENT_LIBRARY_DESCRIPTION
   "risk verdicts for banking applications, shared library
  Asks a risk server for a verdict on the moments of a user's journey.")

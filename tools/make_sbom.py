@@ -4,7 +4,8 @@
 Usage: make_sbom.py FILE VERSION VENDORED NAME=VERSION...
 
 FILE is written; NAME=VERSION are the libraries that the library links, as the build found them,
-and tools/NAME=VERSION those that only the risk server does.
+tools/NAME=VERSION those that only the risk server does, and qt/NAME=VERSION those that only the
+component for Qt does.
 VENDORED is the list of what the risk server's console carries: lines of
 "name [version] (where): licence, ...". SOURCE_DATE_EPOCH, when set, is the time that is told.
 """
@@ -23,6 +24,9 @@ LICENCES = {
     "nlohmann-json": "MIT",
     "cpp-httplib": "MIT",
     "openssl": "Apache-2.0",
+    "qtbase": "LGPL-3.0-only",
+    "qtdeclarative": "LGPL-3.0-only",
+    "qtsensors": "LGPL-3.0-only",
 }
 CONSOLE_LICENCES = {"Apache License 2.0": "Apache-2.0", "MIT License": "MIT"}
 HOMES = {"libcurl": "https://curl.se/libcurl/", "nlohmann-json": "https://json.nlohmann.me/"}
@@ -55,12 +59,14 @@ def vendored_packages(text):
 
 def bill_of_materials(version, vendored, libraries, now):
     own = package("QuorvanceSDK", version, "Apache-2.0")
-    linked, of_tools = [], []
+    linked, of_tools, of_qt = [], [], []
     for name, number in libraries:
-        list_of, name = (of_tools, name[6:]) if name.startswith("tools/") else (linked, name)
+        whose, _, name = name.rpartition("/")
+        list_of = {"": linked, "tools": of_tools, "qt": of_qt}[whose]
         licence = LICENCES.get(name, UNKNOWN)
         list_of.append(package(name, number, licence, HOMES.get(name, UNKNOWN)))
     console = package("quorvance-risk-server", version, "Apache-2.0")
+    component = [package("quorvance-qt", version, "Apache-2.0")] if of_qt else []
     carried = vendored_packages(vendored)
 
     def related(one, kind, other):
@@ -71,7 +77,7 @@ def bill_of_materials(version, vendored, libraries, now):
         }
 
     document = {"SPDXID": "SPDXRef-DOCUMENT"}
-    packages = [own, *linked, console, *of_tools, *carried]
+    packages = [own, *linked, console, *of_tools, *component, *of_qt, *carried]
     identity = uuid.uuid5(uuid.NAMESPACE_URL, json.dumps(packages, sort_keys=True) + str(now))
     return {
         "spdxVersion": "SPDX-2.3",
@@ -87,6 +93,8 @@ def bill_of_materials(version, vendored, libraries, now):
         "relationships": [
             related(document, "DESCRIBES", own),
             related(document, "DESCRIBES", console),
+            *(related(document, "DESCRIBES", one) for one in component),
+            *(related(one, "DEPENDS_ON", other) for one in component for other in [own, *of_qt]),
             *(related(own, "DEPENDS_ON", one) for one in linked),
             *(related(console, "DEPENDS_ON", one) for one in of_tools),
             *(related(console, "CONTAINS", one) for one in carried),

@@ -85,10 +85,31 @@ installed() {
   [[ "$(pkg-config --modversion quorvance)" == "$(./shared "$url" | cut -d' ' -f1)" ]] ||
     fail "pkg-config tells another version than the library"
 
+  local -a ofQt=()
+  if [[ -e "$libraries/libquorvance_qt.so" ]]; then
+    ofQt=(quorvance-qt qtbase qtdeclarative)
+    with_qt "$folder/there"
+    # shellcheck disable=SC2046
+    "$compiler" -std=c++20 -fPIC $(pkg-config --cflags quorvance-qt Qt6Quick Qt6Widgets) \
+      host/verdict_qt.cpp -o qt -Wl,-rpath,"$folder/$libraries" \
+      $(pkg-config --libs quorvance-qt Qt6Quick Qt6Widgets)
+    verdict_of ./qt
+  fi
+  ! readelf -d "$libraries/libquorvance.so" | grep -i 'NEEDED.*qt' || fail "the library needs Qt"
   reasons
   tools
   another_standard_library
-  python3 -B "$sources/test/packages/sbom_test.py" there/share/doc/quorvance/quorvance.spdx.json
+  python3 -B "$sources/test/packages/sbom_test.py" \
+    there/share/doc/quorvance/quorvance.spdx.json "${ofQt[@]}"
+}
+
+# with_qt PREFIX: an application of Qt's finds the component, and Qt by itself.
+with_qt() {
+  configure host_of_qt -DHOW=package -DWITH_QT=ON -DCMAKE_PREFIX_PATH="$1" >configure.log ||
+    fail "$(cat configure.log)"
+  cmake --build host_of_qt --target verdict_qt -- --quiet
+  verdict_of host_of_qt/verdict_qt
+  readelf -d host_of_qt/verdict_qt | grep -q 'libquorvance_qt.so.1' || fail "no soname of Qt's"
 }
 
 # Each missing component tells why.
@@ -104,6 +125,12 @@ TEXT
   local -a ask=(-DCMAKE_PREFIX_PATH="$folder/there" -DWITHOUT_CURL=ON)
   said="$(configure reasons "${ask[@]}" -DASKED=shared)" || fail "$said"
   expect "$said" '-- found 1: *'
+  local targets
+  targets="$(find there -name QuorvanceQtTargets.cmake)"
+  [[ -z "$targets" ]] || mv "$targets" kept.cmake
+  said="$(configure reasons "${ask[@]}" -DASKED=qt)" || fail "$said"
+  expect "$said" '-- found 0: The component "qt" is not installed.*without Qt 6.*'
+  [[ -z "$targets" ]] || mv kept.cmake "$targets"
   said="$(configure reasons "${ask[@]}" '-DASKED=static;testing;gold')" || fail "$said"
   expect "$said" '-- found 0: .*"static" needs.*libcurl.*"testing" needs.*no component "gold".*'
 }
@@ -192,6 +219,13 @@ debian() {
     fail "$(cat configure.log)"
   cmake --build by_cmake --target verdict_shared -- --quiet
   verdict_of by_cmake/verdict_shared
+  if compgen -G 'out/libquorvance-qt1_*.deb' >/dev/null; then
+    expect "$(dpkg-deb -f out/libquorvance-qt1_*.deb Depends)" '.*libqt6quick6.*libquorvance1 (= .*'
+    expect "$(dpkg-deb -f out/libquorvance-qt-dev_*.deb Depends)" \
+      'libquorvance-dev (= [0-9.]*), libquorvance-qt1 (= [0-9.]*)'
+    ! dpkg-deb -c out/libquorvance-dev_*.deb | grep -i 'qt' || fail "what is of Qt is in another package"
+    with_qt "$folder/root/usr"
+  fi
 }
 
 "$what"

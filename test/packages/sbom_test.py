@@ -1,5 +1,7 @@
 #!/usr/bin/env python3
-"""Whether a file is a bill of materials as SPDX 2.3 asks for: sbom_test.py FILE."""
+"""Whether a file is a bill of materials as SPDX 2.3 asks for: sbom_test.py FILE [NAME...].
+
+Each NAME must be in it beside what is always there."""
 
 import json
 import re
@@ -10,7 +12,7 @@ PACKAGE = ["SPDXID", "name", "versionInfo", "downloadLocation", "licenseConclude
 EXPECTED = {"QuorvanceSDK", "libcurl", "nlohmann-json", "cpp-httplib", "openssl", "uPlot", "htm"}
 
 
-def main(file):
+def main(file, *names):
     with open(file, encoding="utf-8") as stream:
         bill = json.load(stream)
     missing = [key for key in DOCUMENT if not bill.get(key)]
@@ -27,8 +29,9 @@ def main(file):
         assert package["SPDXID"] not in identifiers, f"{package['SPDXID']} twice"
         identifiers.add(package["SPDXID"])
     named = {package["name"]: package["versionInfo"] for package in bill["packages"]}
-    assert EXPECTED <= named.keys(), f"not named: {EXPECTED - named.keys()}"
-    for name in ("QuorvanceSDK", "libcurl", "nlohmann-json", "cpp-httplib", "openssl"):
+    expected = EXPECTED | set(names)
+    assert expected <= named.keys(), f"not named: {expected - named.keys()}"
+    for name in ("QuorvanceSDK", "libcurl", "nlohmann-json", "cpp-httplib", "openssl", *names):
         assert re.match(r"\d+\.\d+", named[name]), f"{name} has no version: {named[name]}"
     for one in bill["relationships"]:
         assert {one["spdxElementId"], one["relatedSpdxElement"]} <= identifiers, one
@@ -37,4 +40,4 @@ def main(file):
 
 
 if __name__ == "__main__":
-    main(sys.argv[1])
+    main(*sys.argv[1:])

@@ -21,12 +21,13 @@ struct RiskScreenTest : testing::Test {
   }
   ~RiskScreenTest() override { registerQmlTypes(); }
 
-  void load(const QByteArray& screen) {
+  /// With what else there is in the page.
+  void load(const QByteArray& screen, const QByteArray& others = "") {
     QQmlComponent component(&engine);
     component.setData(
-        "import QtQuick\nimport Quorvance 1.0\nItem { width: 200; height: 200\n"
-        "property alias screen: risk\nRiskScreen { id: risk; " +
-            screen + " } }",
+        "import QtQuick; import QtQuick.Controls.Basic\nimport Quorvance 1.0\n"
+        "Item { width: 200; height: 200; property alias screen: risk; " +
+            others + "\n\nRiskScreen { id: risk; " + screen + " } }",
         QUrl("page.qml"));
     page.reset(qobject_cast<QQuickItem*>(component.create()));
     ASSERT_TRUE(page) << component.errorString().toStdString();
@@ -86,6 +87,28 @@ TEST_F(RiskScreenTest, AChangeBeginsAnotherScreen) {
   tap();
   screenObject->setProperty("active", false);
   EXPECT_EQ(screens().size(), 3U);
+}
+
+// Of the popups all lie in one layer over the whole window.
+TEST_F(RiskScreenTest, APopupTakesItsOwnTouchesAndAModalOneAll) {
+  load("type: 'LOGIN_FORM'",
+       "property alias popup: over; Popup { id: over; x: 100; y: 100; width: 50; height: 50 }");
+  auto* const popup = page->property("popup").value<QObject*>();
+  popup->setProperty("closePolicy", 0);
+  const auto touchesWhile = [&](bool isModal) {
+    popup->setProperty("modal", isModal);
+    QMetaObject::invokeMethod(popup, "open");
+    tap();
+    panel.tap(window, {120, 120});
+    QMetaObject::invokeMethod(popup, "close");
+    page->setVisible(false);
+    page->setVisible(true);
+    return screens().empty() ? "" : screens().back();
+  };
+  EXPECT_EQ(touchesWhile(false), "LOGIN_FORM 0 2");
+  EXPECT_EQ(screens().size(), 1U);
+  touchesWhile(true);
+  EXPECT_EQ(screens().size(), 1U) << "a screen without touches is not sent";
 }
 
 TEST_F(RiskScreenTest, WhatCannotBeWatchedIsNot) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorvance/standard_library.h"
+
 #include <memory>
 
 #pragma GCC visibility push(default)
