@@ -31,7 +31,7 @@ struct TouchedPage {
     for (int i = 0; i < kItems; ++i) {
       auto* const item = new QQuickItem(page());
       item->setSize({400, 16});
-      item->setY(16.0 * i);
+      item->setY(16.0 * (kItems - 1 - i));
       item->setAcceptedMouseButtons(Qt::LeftButton);
     }
     page()->setAcceptTouchEvents(true);
@@ -43,9 +43,10 @@ struct TouchedPage {
     screen = Screen(manager, ScreenListenerType::PINCODE, 1, page());
     send(QEvent::TouchBegin, QEventPoint::Pressed);
   }
-  /// Under the last of the items, so that all of them are looked at.
+  /// Under the last of the items, so that all of them are looked at: a point that is made so lies
+  /// in the window's corner, whatever its place in the scene.
   void send(QEvent::Type type, QEventPoint::State state) {
-    const QPointF place(100, 795);
+    const QPointF place(0, 0);
     QTouchEvent event(type, &panel, {}, {QEventPoint(1, state, place, place)});
     QCoreApplication::sendEvent(&window, &event);
   }

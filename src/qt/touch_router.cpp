@@ -6,21 +6,16 @@
 #include <QTouchEvent>
 #include <QWindow>
 #include <algorithm>
-#include <limits>
 
 #include "qt/application_thread.h"
 
 namespace quorvance::qt {
 namespace {
 
-/// No finger of a panel has it.
-constexpr std::uint64_t kMouseFinger = std::numeric_limits<std::uint64_t>::max();
+constexpr Finger kMouseFinger = {-1, -1};
 
-/// Fingers of two panels may have the same number.
-std::uint64_t fingerOf(const QEventPoint& point) {
-  const QPointingDevice* const panel = point.device();
-  const auto system = panel == nullptr ? 0 : static_cast<std::uint64_t>(panel->systemId());
-  return (system << 32) ^ static_cast<std::uint32_t>(point.id());
+std::int64_t panelOf(const QPointerEvent& event) {
+  return event.device() == nullptr ? 0 : event.device()->systemId();
 }
 
 Touch touchOf(const QEventPoint& point, bool hasPressure) {
@@ -65,8 +60,12 @@ bool TouchRouter::eventFilter(QObject* receiver, QEvent* event) {
       if (receiver->isWindowType()) touch(*window(), static_cast<const QTouchEvent&>(*event));
       break;
     case QEvent::TouchCancel:
+      if (receiver->isWindowType()) {
+        cancel(*window(), panelOf(static_cast<const QTouchEvent&>(*event)));
+      }
+      break;
     case QEvent::Hide:
-      if (receiver->isWindowType()) cancel(*window());
+      if (receiver->isWindowType()) cancel(*window(), std::nullopt);
       break;
     case QEvent::MouseButtonPress:
     case QEvent::MouseMove:
@@ -80,15 +79,16 @@ bool TouchRouter::eventFilter(QObject* receiver, QEvent* event) {
 }
 
 void TouchRouter::touch(QWindow& window, const QTouchEvent& event) {
-  // The first fingers of a window: whatever was down there has been lifted unseen.
-  if (event.type() == QEvent::TouchBegin) cancel(window);
+  // The panel's first fingers on the window: whatever was down there has been lifted unseen.
+  const std::int64_t panelId = panelOf(event);
+  if (event.type() == QEvent::TouchBegin) cancel(window, panelId);
   const QInputDevice* const panel = event.device();
   const bool hasPressure =
       panel != nullptr && panel->hasCapability(QInputDevice::Capability::Pressure);
   fingers_.clear();
   for (const QEventPoint& point : event.points()) {
     fingers_.push_back(
-        {fingerOf(point), point.state(), point.position(), touchOf(point, hasPressure)});
+        {{panelId, point.id()}, point.state(), point.position(), touchOf(point, hasPressure)});
   }
   route(window, false);
 }
@@ -104,8 +104,8 @@ void TouchRouter::mouse(QWindow& window, const QMouseEvent& event) {
   route(window, true);
 }
 
-void TouchRouter::cancel(QWindow& window) {
-  forViewsOf(window, [](TouchedView& view, QPointF /*offset*/) { view.cancel(); });
+void TouchRouter::cancel(QWindow& window, std::optional<std::int64_t> panel) {
+  forViewsOf(window, [panel](TouchedView& view, QPointF /*offset*/) { view.cancel(panel); });
 }
 
 void TouchRouter::route(QWindow& window, bool ofMouse) {
@@ -122,8 +122,8 @@ template <class Call>
 void TouchRouter::forViewsOf(QWindow& window, Call call) {
   bool hasEnded = false;
   QPointF offset;
-  for (const auto& watched : views_) {
-    const auto view = watched.lock();
+  for (std::size_t i = 0; i < views_.size(); ++i) {  // a recognizer of the host's may add one
+    const auto view = views_[i].lock();
     hasEnded = hasEnded || !view;
     if (view && isIn(window, view->window(), offset)) call(*view, offset);
   }

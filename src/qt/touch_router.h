@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "qt/touched_view.h"
@@ -26,7 +27,7 @@ class TouchRouter : public QObject {
 
   void touch(QWindow& window, const QTouchEvent& event);
   void mouse(QWindow& window, const QMouseEvent& event);
-  void cancel(QWindow& window);
+  void cancel(QWindow& window, std::optional<std::int64_t> panel);
   /// Gives the fingers to the views of the window.
   void route(QWindow& window, bool ofMouse);
   template <class Call>

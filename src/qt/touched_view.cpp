@@ -9,6 +9,14 @@ void TouchedView::addRecognizer(std::shared_ptr<QuorvanceGestureRecognizer> reco
   if (recognizer) recognizers_.push_back(std::move(recognizer));
 }
 
+template <class Call>
+void TouchedView::forRecognizers(Call call) {
+  for (std::size_t i = 0; i < recognizers_.size(); ++i) {  // one of the host's may add another
+    const auto recognizer = recognizers_[i];
+    call(*recognizer);
+  }
+}
+
 void TouchedView::take(const std::vector<WindowTouch>& fingers) {
   const std::size_t wereDown = down_.size();
   takeNewFingers(fingers);
@@ -16,7 +24,7 @@ void TouchedView::take(const std::vector<WindowTouch>& fingers) {
   const WindowTouch* first = nullptr;
   bool hasChanged = false;
   touches_.clear();
-  std::erase_if(down_, [&](std::uint64_t finger) {
+  std::erase_if(down_, [&](const Finger& finger) {
     const auto known = std::find_if(fingers.begin(), fingers.end(),
                                     [&](const WindowTouch& one) { return one.finger == finger; });
     if (known == fingers.end()) return false;
@@ -41,25 +49,24 @@ void TouchedView::takeNewFingers(const std::vector<WindowTouch>& fingers) {
   }
 }
 
-void TouchedView::cancel() {
-  if (down_.empty()) return;
+void TouchedView::cancel(std::optional<std::int64_t> panel) {
+  const auto isMeant = [&](const Finger& finger) { return !panel || finger.panel == *panel; };
+  if (std::ranges::none_of(down_, isMeant)) return;
   down_.clear();
-  for (const auto& recognizer : recognizers_) {
-    recognizer->setState(GestureState::cancelled, place_);
-  }
+  forRecognizers([&](auto& recognizer) { recognizer.setState(GestureState::cancelled, place_); });
 }
 
 void TouchedView::tell(GestureState state, bool hasBegun, bool hasEnded) {
-  for (const auto& recognizer : recognizers_) {
+  forRecognizers([&](auto& recognizer) {
     if (hasBegun) {
-      recognizer->touchesBegan(touches_);
+      recognizer.touchesBegan(touches_);
     } else if (hasEnded) {
-      recognizer->touchesEnded(touches_);
+      recognizer.touchesEnded(touches_);
     } else {
-      recognizer->touchesMoved(touches_);
+      recognizer.touchesMoved(touches_);
     }
-    recognizer->setState(state, place_);
-  }
+    recognizer.setState(state, place_);
+  });
 }
 
 }  // namespace quorvance::qt

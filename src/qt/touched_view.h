@@ -4,6 +4,7 @@
 #include <QPointF>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "quorvance/platform/gesture.h"
@@ -13,10 +14,16 @@ class QWindow;
 
 namespace quorvance::qt {
 
+/// What tells a finger from others: two panels may give the same number.
+struct Finger {
+  std::int64_t panel = 0;
+  int number = 0;
+  bool operator==(const Finger&) const = default;
+};
+
 /// One finger of an event, in the coordinates of the window that the event was sent to.
 struct WindowTouch {
-  /// Tells it from other fingers, also from those of other panels.
-  std::uint64_t finger = 0;
+  Finger finger;
   QEventPoint::State state = QEventPoint::Unknown;
   QPointF place;
   Touch touch;
@@ -34,8 +41,8 @@ class TouchedView : public View, public std::enable_shared_from_this<TouchedView
 
   /// Takes all fingers of one event of its window.
   void take(const std::vector<WindowTouch>& fingers);
-  /// Tells, when fingers are down, that the touch is cancelled.
-  void cancel();
+  /// Tells, when fingers are down, that the touch is cancelled; with a panel, when one of its is.
+  void cancel(std::optional<std::int64_t> panel = std::nullopt);
 
  protected:
   /// Whether a finger that is put down there is on the view or on what is in it.
@@ -45,12 +52,14 @@ class TouchedView : public View, public std::enable_shared_from_this<TouchedView
 
  private:
   void takeNewFingers(const std::vector<WindowTouch>& fingers);
+  template <class Call>
+  void forRecognizers(Call call);
   void tell(GestureState state, bool hasBegun, bool hasEnded);
 
   const ViewOptions options_;
   std::vector<std::shared_ptr<QuorvanceGestureRecognizer>> recognizers_;
   /// Those that are down, in the order in which they were put down.
-  std::vector<std::uint64_t> down_;
+  std::vector<Finger> down_;
   /// Of the event, in that order; kept for its room.
   std::vector<Touch> touches_;
   GesturePoint place_;

@@ -198,20 +198,24 @@ TEST_F(TouchRowsTest, AViewMayGoWhileItIsTouched) {
   EXPECT_THAT(world.rows(), AreRows(Rows{rowAt(20, 20, kDown)}));
 }
 
-TEST_F(TouchRowsTest, EachWindowHasItsOwnTouches) {
+TEST_F(TouchRowsTest, EachWindowAndEachPanelHasItsOwnFingers) {
   Window left, right;
   right.setPosition(500, 300);
-  Screen ofLeft = watch(left.add({0, 0, 400, 300}));
-  Screen ofRight = watch(right.add({0, 0, 400, 300}));
+  Screen ofLeft = watch(left.contentItem());
+  Screen ofRight = watch(right.contentItem());
   const TouchPanel other;
   panel.press(left, {10, 10});
-  other.press(right, {20, 20});  // the same number of another panel
+  other.press(right, {20, 20});
   panel.move(left, {11, 11});
   other.lift(right, {22, 22});
+  other.tap(left, {30, 30});  // the same number of another panel
   panel.lift(left, {12, 12});
   ofLeft.finish();
-  EXPECT_THAT(world.rows(),
-              AreRows(Rows{rowAt(10, 10, kDown), rowAt(11, 11, kMove), rowAt(12, 12, kUp)}));
+  EXPECT_THAT(world.rows(), AreRows(Rows{rowAt(10, 10, kDown),
+                                         rowAt(11, 11, kMove),
+                                         rowAt(30, 30, kMove),
+                                         {30, 30, 6, 0, kMove},
+                                         rowAt(12, 12, kUp)}));
   ofRight.finish();
   EXPECT_THAT(world.rows(), AreRows(Rows{rowAt(20, 20, kDown), rowAt(22, 22, kUp)}));
 }
