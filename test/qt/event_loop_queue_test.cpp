@@ -33,18 +33,6 @@ TEST(EventLoopQueueTest, RunsOnTheApplicationsThreadInOrder) {
   EXPECT_EQ(log, "abc");
 }
 
-TEST(EventLoopQueueTest, PreparedTasksRunAgain) {
-  EventLoopQueue queue;
-  QEventLoop loop;
-  int runs = 0;
-  std::shared_ptr<PreparedTask> task;
-  task = queue.prepare(
-      [&](const PreparedTask::Owner&) { ++runs < 3 ? task->start({}) : loop.quit(); });
-  task->start({});
-  loop.exec();
-  EXPECT_EQ(runs, 3);
-}
-
 struct ToldOfItsEnd {
   explicit ToldOfItsEnd(std::atomic<bool>& ended) : isGone(ended) {}
   ~ToldOfItsEnd() { isGone = true; }
