@@ -4,7 +4,7 @@
 set(wholeJsonHeaders
   account_check_points add_payment_method check_point check_point_parser inspection
   platform/face_detection platform/linux_platform platform/platform platform/user_data
-  quorvance quorvance_manager transaction)
+  qt/qt qt/qt_platform qt/qt_verdict quorvance quorvance_manager transaction)
 
 file(GLOB_RECURSE publicHeaders CONFIGURE_DEPENDS
   RELATIVE ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/include/quorvance/*.h)

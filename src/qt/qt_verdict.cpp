@@ -31,13 +31,13 @@ VerdictCompletion deliveryTo(QObject* context, VerdictCompletion completion) {
 
 }  // namespace
 
-void riskForCheckPoint(QuorvanceManager& manager, const CheckPoint& checkPoint,
+void riskForCheckPoint(QuorvanceManager& manager, const CheckPointBase& checkPoint,
                        VerdictOptions options, QObject* context, VerdictCompletion completion) {
   manager.getRiskForCheckPoint(checkPoint, options, deliveryTo(context, std::move(completion)));
 }
 
-void riskForCheckPoint(QuorvanceManager& manager, const CheckPoint& checkPoint, QObject* context,
-                       RiskCompletion completion) {
+void riskForCheckPoint(QuorvanceManager& manager, const CheckPointBase& checkPoint,
+                       QObject* context, RiskCompletion completion) {
   VerdictCompletion withoutReason;
   if (completion) {
     withoutReason = [called = std::move(completion)](Verdict verdict) {

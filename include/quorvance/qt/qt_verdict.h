@@ -1,6 +1,6 @@
 #pragma once
 
-#include "quorvance/check_point.h"
+#include "quorvance/check_point_base.h"
 #include "quorvance/quorvance_manager.h"
 #include "quorvance/verdict.h"
 
@@ -18,11 +18,11 @@ namespace quorvance::qt {
 /// event loop, and after the loop's end. A context that is null counts as destroyed; an empty
 /// completion is none. Called on any thread on which the context cannot be destroyed meanwhile, as
 /// a rule its own. Throws std::bad_alloc alone; then nothing was reported.
-void riskForCheckPoint(QuorvanceManager& manager, const CheckPoint& checkPoint,
+void riskForCheckPoint(QuorvanceManager& manager, const CheckPointBase& checkPoint,
                        VerdictOptions options, QObject* context, VerdictCompletion completion);
 /// The same without a deadline and a reason.
-void riskForCheckPoint(QuorvanceManager& manager, const CheckPoint& checkPoint, QObject* context,
-                       RiskCompletion completion);
+void riskForCheckPoint(QuorvanceManager& manager, const CheckPointBase& checkPoint,
+                       QObject* context, RiskCompletion completion);
 
 }  // namespace quorvance::qt
 
