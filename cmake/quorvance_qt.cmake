@@ -44,6 +44,10 @@ target_link_libraries(quorvance_qt_objects
   PRIVATE Qt6::Core Qt6::Gui Qt6::Widgets Qt6::Qml Qt6::Quick ${qtSensors})
 quorvance_warnings(quorvance_qt_objects)
 quorvance_release_objects(quorvance_qt_objects)
+# Asked with every touch.
+set_property(SOURCE ${PROJECT_SOURCE_DIR}/src/qt/object_view.cpp
+  ${PROJECT_SOURCE_DIR}/src/qt/view_geometry.cpp
+  APPEND PROPERTY COMPILE_OPTIONS $<$<CONFIG:Release>:-O2>)
 
 add_library(quorvance_qt SHARED $<TARGET_OBJECTS:quorvance_qt_objects>)
 # For tests, which link the library's doubles and so its static form. Not installed.

@@ -12,7 +12,9 @@ namespace quorvance::qt {
 /// False, too, where there is no application object.
 inline bool isOnApplicationThread() {
   const QCoreApplication* const application = QCoreApplication::instance();
-  return application != nullptr && application->thread() == QThread::currentThread();
+  // The same for as long as a thread runs; asking for it is dear.
+  static thread_local const QThread* const current = QThread::currentThread();
+  return application != nullptr && application->thread() == current;
 }
 
 }  // namespace quorvance::qt

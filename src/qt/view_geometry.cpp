@@ -82,7 +82,8 @@ std::vector<QQuickItem*> childrenOf(const QQuickItem& item) {
   const auto isLower = [](const QQuickItem* one, const QQuickItem* other) {
     return one->z() < other->z();
   };
-  if (!std::ranges::is_sorted(found, isLower)) std::ranges::stable_sort(found, isLower);
+  const auto isMoved = [](const QQuickItem* one) { return one->z() != 0; };
+  if (std::ranges::any_of(found, isMoved)) std::ranges::stable_sort(found, isLower);
   return found;
 }
 
