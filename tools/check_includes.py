@@ -279,6 +279,13 @@ def problem_of_internal(kind, folder, test, tree, name):
     return f'"{name}" is not there: includes are written from the root'
 
 
+def is_beside_in_example(tree, path, name):
+    """Whether an example with a folder of its own, which builds alone, includes a file beside it."""
+    parts = path.relative_to(tree.root).parts
+    is_own_project = parts[0] == "examples" and len(parts) == 3
+    return is_own_project and "/" not in name and (path.parent / name).is_file()
+
+
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*(<([^>]+)>|"([^"]+)")', re.MULTILINE)
 
 
@@ -294,7 +301,9 @@ def check_file(tree, path):
     for match in INCLUDE.finditer(text):
         angled = match.group(2) is not None
         name = match.group(2) or match.group(3)
-        if name.startswith("quorvance/"):
+        if not angled and is_beside_in_example(tree, path, name):
+            problem = None
+        elif name.startswith("quorvance/"):
             problem = problem_of_public(kind, folder, test, tree, name)
         elif angled:
             problem = problem_of_angled(kind, folder, test, where in WHOLE_JSON_HEADERS, name)

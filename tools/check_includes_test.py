@@ -40,6 +40,8 @@ SOUND = {
     "apps/risk_server/main.cpp": '#include <httplib.h>\n#include "apps/risk_server/tally.h"\n',
     "apps/risk_server/tally.h": "#include <nlohmann/json.hpp>\n",
     "apps/demo_host/main.cpp": "#include <signal.h>\n#include <quorvance/quorvance.h>\n",
+    "examples/qt_bank/main.cpp": '#include <QObject>\n#include <quorvance/risk.h>\n#include "bank.h"\n',
+    "examples/qt_bank/bank.h": "#include <string>\n",
     "test/refused_code/wrong_text.cpp": '#include "base/text.h"\n#include "test/refused_code/a.h"\n',
     "test/refused_code/a.h": '#include "state/session.h"\n',
     "test/end_to_end_test.cpp": '#include <quorvance/quorvance.h>\n#include "apps/risk_server/tally.h"\n'
@@ -64,6 +66,8 @@ VIOLATIONS = [
         '"platform/linux/linux_clock.h"',
         "platform/testing may not include platform/linux",
     ),
+    ("an example has its own files", "examples/a.cpp", '"qt_bank/bank.h"', "written from the root"),
+    ("an example is a host", "examples/qt_bank/a.cpp", '"base/text.h"', "may not"),
     ("doubles are for tests", "src/core/a.cpp", '"platform/testing/manual_clock.h"', "may not"),
     (
         "the Linux folder needs no double",
