@@ -34,6 +34,7 @@ T.Button {
             id: words
             anchors.centerIn: parent
             visible: !button.isBusy
+            opacity: button.enabled || button.isPrimary ? 1 : 0.45
             spacing: Theme.step
 
             LeftArrow {

@@ -16,6 +16,7 @@ Card {
 
     BodyText {
         x: Theme.step
+        bottomPadding: Theme.half
         text: choice.label
         color: Theme.inkSecondary
         font.pixelSize: Theme.caption

@@ -14,7 +14,7 @@ Window {
     TopBar {
         id: bar
         anchors { left: parent.left; right: parent.right; top: parent.top }
-        hasBack: [Bank.TransferPage, Bank.AddCardPage, Bank.SecondFactorPage].includes(Bank.page) && !Bank.isBusy
+        hasBack: [Bank.TransferPage, Bank.AddCardPage, Bank.SecondFactorPage].includes(Bank.page)
         onBack: Bank.leave()
     }
     Loader {

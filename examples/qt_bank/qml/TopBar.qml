@@ -28,6 +28,7 @@ Rectangle {
             visible: bar.hasBack
             text: qsTr("Back")
             hasArrow: true
+            enabled: !Bank.isBusy
             isPrimary: false
             isQuiet: true
             onClicked: bar.back()
