@@ -65,7 +65,11 @@ class FirstMinute(unittest.TestCase):
             status, out, error = self.run_dev(*arguments)
             self.assertEqual((status, error), (0, ""))
             self.assertTrue(out.startswith("usage: ./dev "), out)
-        for arguments in (["demo", "--nonsense"], ["demo", "--server", "--stay", "--stray"]):
+        for arguments in (
+            ["demo", "--nonsense"],
+            ["demo", "--server", "--stay", "--stray"],
+            ["demo", "--qt", "--script", "day", "--stay"],
+        ):
             status, out, error = self.run_dev(*arguments)
             self.assertEqual((status, out), (2, ""))
             self.assertRegex(error, r"\Adev: demo: --\w+: no such option, see [^\n]*\n\Z")

@@ -71,6 +71,7 @@ void JourneyStage::type(const QString& digits) {
 void JourneyStage::drag(QPoint from, QPoint to) { finger_.drag(window_, from, to); }
 
 void JourneyStage::typeKeys(const QString& keys) {
+  window_.requestActivate();
   waitFor("the keyboard", [this] { return window_.isActive(); });
   for (const QChar key : keys) {
     key == u'\n' ? QTest::keyClick(&window_, Qt::Key_Return)

@@ -17,8 +17,8 @@ void chooseScreen(int argc, char** argv) {
   const bool isPlayed = std::any_of(argv, argv + argc, [](const char* argument) {
     return std::string_view(argument).starts_with("--script");
   });
-  if (!isPlayed || qEnvironmentVariableIsSet("DISPLAY") ||
-      qEnvironmentVariableIsSet("WAYLAND_DISPLAY")) {
+  if (!isPlayed || !qEnvironmentVariableIsEmpty("DISPLAY") ||
+      !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
     return;
   }
   if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");

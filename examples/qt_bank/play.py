@@ -165,7 +165,7 @@ def main(bank, server_program, *options):
         os.environ.setdefault("XDG_RUNTIME_DIR", folder)
         if "--script" not in options and has_display:
             with RiskServer(server_program, log, has_console=True) as server:
-                print(f"risk server        {server.url}\nconsole            {server.console}")
+                print(f"risk server        {server.url}\nconsole            {server.console}", flush=True)
                 sys.exit(run_bank(bank, server.url, ["--mouse-is-finger", *options], None)[0])
         if "--script" not in options:
             options += ["--script", "day"]
@@ -173,4 +173,7 @@ def main(bank, server_program, *options):
 
 
 if __name__ == "__main__":
-    main(*sys.argv[1:])
+    try:
+        main(*sys.argv[1:])
+    except KeyboardInterrupt:
+        sys.exit(130)
