@@ -89,6 +89,7 @@ installed() {
   if [[ -e "$libraries/libquorvance_qt.so" ]]; then
     ofQt=(quorvance-qt qtbase qtdeclarative)
     with_qt "$folder/there"
+    bank_alone "$folder/there"
     # shellcheck disable=SC2046
     "$compiler" -std=c++20 -fPIC $(pkg-config --cflags quorvance-qt Qt6Quick Qt6Widgets) \
       host/verdict_qt.cpp -o qt -Wl,-rpath,"$folder/$libraries" \
@@ -110,6 +111,15 @@ with_qt() {
   cmake --build host_of_qt --target verdict_qt -- --quiet
   verdict_of host_of_qt/verdict_qt
   readelf -d host_of_qt/verdict_qt | grep -q 'libquorvance_qt.so.1' || fail "no soname of Qt's"
+}
+
+# bank_alone PREFIX: the bank in Qt is a project of its own.
+bank_alone() {
+  cp -r "$sources/examples/qt_bank" bank
+  cmake -G Ninja -S bank -B bank/build -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_UNITY_BUILD=ON \
+    -DCMAKE_CXX_FLAGS=-O0 -DCMAKE_PREFIX_PATH="$1" >configure.log 2>&1 || fail "$(cat configure.log)"
+  cmake --build bank/build -- --quiet
+  QT_QPA_PLATFORM=offscreen bank/build/qt_bank --help | grep -q -- --script || fail "no bank alone"
 }
 
 # Each missing component tells why.

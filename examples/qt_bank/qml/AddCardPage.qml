@@ -20,7 +20,7 @@ FormPage {
 
     RiskScreen {
         type: "ADD_PAYMENT_SCREEN"
-        actionId: Number(4)
+        actionId: 4
         view: page
         active: Bank.isConfigured
         mouseIsFinger: Bank.mouseIsFinger

@@ -12,7 +12,7 @@ FocusScope {
 
     RiskScreen {
         type: "MAIN_SCREEN"
-        actionId: Number(5)
+        actionId: 5
         active: Bank.isConfigured
         mouseIsFinger: Bank.mouseIsFinger
     }

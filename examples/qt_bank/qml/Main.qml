@@ -9,7 +9,7 @@ Window {
     title: "Tarnfield"
     color: Theme.background
     minimumWidth: 360
-    minimumHeight: 560
+    minimumHeight: 400
 
     TopBar {
         id: bar

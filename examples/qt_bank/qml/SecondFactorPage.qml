@@ -15,7 +15,7 @@ CodeEntry {
 
     RiskScreen {
         type: "PINCODE"
-        actionId: Number(2)
+        actionId: 2
         view: page
         active: Bank.isConfigured
         mouseIsFinger: Bank.mouseIsFinger

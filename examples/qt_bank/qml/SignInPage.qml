@@ -14,7 +14,7 @@ CodeEntry {
 
     RiskScreen {
         type: "PINCODE"
-        actionId: Number(1)
+        actionId: 1
         view: page
         active: Bank.isConfigured
         mouseIsFinger: Bank.mouseIsFinger

@@ -23,7 +23,7 @@ FormPage {
 
     RiskScreen {
         type: "TRANSACTION_DETAILS"
-        actionId: Number(3)
+        actionId: 3
         view: page
         active: Bank.isConfigured
         mouseIsFinger: Bank.mouseIsFinger
