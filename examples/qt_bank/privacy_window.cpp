@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QHBoxLayout>
 #include <QScrollArea>
+#include <QScroller>
 #include <QVBoxLayout>
 #include <chrono>
 
@@ -20,6 +21,7 @@ using namespace std::chrono_literals;
 constexpr std::chrono::seconds kRefreshTime{1};
 constexpr std::int64_t kPrivacyScreen = 6;
 constexpr int kColumnWidth = 560;
+constexpr int kMostOfTheWidth = 1000;
 constexpr int kGap = 16;
 constexpr int kToastTop = 72;
 
@@ -78,19 +80,7 @@ PrivacyWindow::PrivacyWindow(RiskClient& risk, const Toasts& toasts, bool mouseI
   whole->setContentsMargins(0, 0, 0, 0);
   whole->setSpacing(0);
   whole->addWidget(makeHeader());
-  auto* const middle = new QHBoxLayout;
-  auto* const columnWidget = new QWidget;
-  columnWidget->setMaximumWidth(kColumnWidth);
-  auto* const column = new QVBoxLayout(columnWidget);
-  column->setContentsMargins(kGap, kGap, kGap, kGap);
-  column->setSpacing(kGap);
-  for (QWidget* const part : {makeConsent(), makeStored(), makeStatus()}) column->addWidget(part);
-  column->addStretch();
-  // What the column may not take is left on both sides.
-  middle->addStretch(1);
-  middle->addWidget(columnWidget, 100);
-  middle->addStretch(1);
-  whole->addLayout(middle);
+  whole->addWidget(makeContent(), 1);
   toast_ = new QLabel(this);
   toast_->setObjectName("toast");
   toast_->setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -98,6 +88,30 @@ PrivacyWindow::PrivacyWindow(RiskClient& risk, const Toasts& toasts, bool mouseI
   connect(&toasts_, &Toasts::changed, this, [this] { placeToast(); });
   refreshing_.setInterval(kRefreshTime);
   connect(&refreshing_, &QTimer::timeout, this, [this] { refresh(); });
+}
+
+QWidget* PrivacyWindow::makeContent() {
+  auto* const column = new QVBoxLayout;
+  column->setContentsMargins(kGap, kGap, kGap, kGap);
+  column->setSpacing(kGap);
+  for (QWidget* const part : {makeConsent(), makeStored(), makeStatus()}) {
+    part->setMaximumWidth(kColumnWidth);
+    column->addWidget(part);
+  }
+  column->addStretch();
+  auto* const middle = new QWidget;
+  auto* const row = new QHBoxLayout(middle);
+  row->setContentsMargins(0, 0, 0, 0);
+  // What the column may not take is left on both sides.
+  row->addStretch(1);
+  row->addLayout(column, kMostOfTheWidth);
+  row->addStretch(1);
+  auto* const scroll = new QScrollArea;
+  scroll->setWidget(middle);
+  scroll->setWidgetResizable(true);
+  scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  QScroller::grabGesture(scroll->viewport(), QScroller::TouchGesture);
+  return scroll;
 }
 
 QWidget* PrivacyWindow::makeHeader() {

@@ -35,6 +35,7 @@ class PrivacyWindow : public QWidget {
 
  private:
   QWidget* makeHeader();
+  QWidget* makeContent();
   QWidget* makeConsent();
   QWidget* makeStored();
   QWidget* makeStatus();

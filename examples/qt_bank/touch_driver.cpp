@@ -34,7 +34,9 @@ TouchDriver::~TouchDriver() = default;
 bool TouchDriver::tap(QQuickWindow& window, const QString& name) {
   const QQuickItem* const item = findVisible(window, name);
   if (item == nullptr || !item->isEnabled()) return false;
-  tapAt(window, item->mapToScene({item->width() / 2, item->height() / 2}).toPoint());
+  const QPoint middle = item->mapToScene({item->width() / 2, item->height() / 2}).toPoint();
+  if (!QRect(QPoint(), window.size()).contains(middle)) return false;
+  tapAt(window, middle);
   return true;
 }
 

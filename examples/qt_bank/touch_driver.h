@@ -21,7 +21,7 @@ class TouchDriver : public QObject {
   TouchDriver();
   ~TouchDriver() override;
 
-  // The middle of the visible item of that objectName; false when there is none.
+  // The middle of the visible item of that objectName; false when there is none in the window.
   bool tap(QQuickWindow& window, const QString& name);
   bool tap(QWidget& window, const QString& name);
   // Puts a finger down, moves it in steps, lifts it. Points of the window.

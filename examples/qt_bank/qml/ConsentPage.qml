@@ -5,7 +5,7 @@ import Tarnfield
 FormPage {
     id: page
 
-    mayHaveTwoColumns: false
+    prefersOneColumn: true
     title: qsTr("Help us keep your money safe")
     explanation: qsTr("To tell you from somebody who only has your PIN, Tarnfield can check the device and how it is used when you sign in, pay or add a card.")
 

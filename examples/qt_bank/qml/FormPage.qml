@@ -11,10 +11,10 @@ FocusScope {
     property alias noticeIsDanger: notice.isDanger
     default property alias fields: fields.data
     property alias pad: padColumn.data
-    // False keeps one column also where there is room.
-    property bool mayHaveTwoColumns: true
+    // True keeps one column also where there is room, as long as the page is high enough.
+    property bool prefersOneColumn: false
     readonly property bool isWide: width >= Theme.wideWidth
-    readonly property bool hasTwoColumns: isWide && mayHaveTwoColumns
+    readonly property bool hasTwoColumns: isWide && !(prefersOneColumn && height >= Theme.highEnough)
 
     focus: true
 
@@ -29,7 +29,7 @@ FocusScope {
             anchors.horizontalCenter: parent.horizontalCenter
             y: page.isWide ? Math.max(Theme.wideGap, (parent.height - implicitHeight) / 2 - Theme.section) : Theme.wideGap
             // On a narrow screen the pad stands where the thumb is.
-            height: page.isWide ? implicitHeight : parent.height - 2 * Theme.wideGap
+            height: page.isWide ? implicitHeight : Math.max(implicitHeight, page.height - 2 * Theme.wideGap)
             width: Math.min(page.width - 2 * Theme.wideGap, page.hasTwoColumns ? 2 * Theme.columnWidth : Theme.columnWidth)
             columns: page.hasTwoColumns ? 2 : 1
             columnSpacing: 2 * Theme.section

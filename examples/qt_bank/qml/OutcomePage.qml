@@ -6,7 +6,7 @@ import Tarnfield
 FormPage {
     id: page
 
-    mayHaveTwoColumns: false
+    prefersOneColumn: true
     readonly property bool isDone: Bank.outcome.isDone
 
     Rectangle {

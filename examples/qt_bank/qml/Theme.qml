@@ -40,5 +40,6 @@ QtObject {
 
     // From here on there is room for two columns.
     readonly property int wideWidth: 760
+    readonly property int highEnough: 600
     readonly property int columnWidth: 432
 }
