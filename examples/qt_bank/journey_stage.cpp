@@ -101,9 +101,9 @@ void JourneyStage::expectPage(Bank::Page page) {
   waitFor(name, [&] { return bank_.page() == page && !bank_.isBusy(); });
   // What QML makes of it must be there, too.
   waitFor(name + " on the screen", [&] {
-    const QQuickItem* const loader = findVisible(window_, "page");
-    const auto url = loader == nullptr ? QString() : loader->property("source").toString();
-    return url.endsWith(name + ".qml") && loader->property("item").value<QObject*>();
+    const QQuickItem& loader = item("page");
+    return loader.property("source").toString().endsWith(name + ".qml") &&
+           loader.property("item").value<QObject*>() != nullptr;
   });
 }
 

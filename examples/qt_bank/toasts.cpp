@@ -25,6 +25,7 @@ void debugLine(const QString& text) {
 
 Toasts::Toasts() : link_(std::make_shared<Link>()) {
   link_->toasts = this;
+  connect(this, &Toasts::came, this, &Toasts::show, Qt::QueuedConnection);
   end_.setSingleShot(true);
   connect(&end_, &QTimer::timeout, this, [this] { show({}); });
   quorvance::setLogSink([link = link_](quorvance::LogLevel /*level*/, std::string_view line) {
@@ -32,10 +33,7 @@ Toasts::Toasts() : link_(std::make_shared<Link>()) {
     line.remove_prefix(kMark.size());
     const QString text = QString::fromUtf8(line.data(), static_cast<qsizetype>(line.size()));
     const std::lock_guard lock(link->mutex);
-    if (Toasts* const toasts = link->toasts; toasts != nullptr) {
-      QMetaObject::invokeMethod(
-          toasts, [toasts, text] { toasts->show(text); }, Qt::QueuedConnection);
-    }
+    if (link->toasts != nullptr) emit link->toasts->came(text);
   });
 }
 

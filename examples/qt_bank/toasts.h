@@ -28,6 +28,8 @@ class Toasts : public QObject {
 
  signals:
   void changed();
+  // On a thread of the library.
+  void came(const QString& text);
 
  private:
   // Outlives the object: the sink may run until after it was replaced.
