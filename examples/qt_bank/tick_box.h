@@ -1,4 +1,4 @@
-// A check box that draws its own tick, sharp at every scale.
+// A check box for fingers that draws its own tick, sharp at every scale.
 #pragma once
 
 #include <QCheckBox>
@@ -12,6 +12,9 @@ class TickBox : public QCheckBox {
   using QCheckBox::QCheckBox;
 
  protected:
+  // All of it takes a finger, not the words alone.
+  bool hitButton(const QPoint& place) const override { return rect().contains(place); }
+
   void paintEvent(QPaintEvent* event) override {
     QCheckBox::paintEvent(event);
     if (!isChecked()) return;
