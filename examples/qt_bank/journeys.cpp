@@ -49,6 +49,17 @@ void answerConsent(JourneyStage& stage, const QString& answer) {
   stage.tap(answer);
 }
 
+void playDenied(JourneyStage& stage) {
+  stage.step("sends € 9,000.00: denied");
+  transfer(stage, "900000");
+  stage.tap("send");
+  stage.expectDecision(Decision::deny, VerdictReason::answered);
+  stage.expectPage(Bank::OutcomePage);
+  stage.picture("denied");
+  leave(stage, "We have stopped this");
+  stage.expectText("balance", "€ 20,130.50");
+}
+
 void playTransfers(JourneyStage& stage) {
   stage.step("sends € 50.00: allowed");
   transfer(stage, "5000");
@@ -70,15 +81,19 @@ void playTransfers(JourneyStage& stage) {
   stage.type("424242");
   leave(stage, "The money is on its way");
   stage.expectText("balance", "€ 20,130.50");
+}
 
-  stage.step("sends € 9,000.00: denied");
-  transfer(stage, "900000");
-  stage.tap("send");
-  stage.expectDecision(Decision::deny, VerdictReason::answered);
-  stage.expectPage(Bank::OutcomePage);
-  stage.picture("denied");
-  leave(stage, "We have stopped this");
-  stage.expectText("balance", "€ 20,130.50");
+void takeEverythingBack(JourneyStage& stage) {
+  stage.step("looks at the privacy screen, takes the consent back and erases what is stored");
+  stage.tap("privacy");
+  stage.expectPrivacyText("status", "Session accepted: yes");
+  stage.expectPrivacyText("status", "Waiting to be sent: 0");
+  stage.picture("privacy");
+  stage.tapPrivacy("consent");
+  stage.tapPrivacy("erase");
+  stage.expectPrivacyText("erased", "Nothing is left.");
+  stage.tapPrivacy("close");
+  stage.waitFor("its end", [&] { return !stage.privacy().isVisible(); });
 }
 
 // Everything that a customer does, with a server that answers.
@@ -94,6 +109,7 @@ void playDay(JourneyStage& stage) {
   stage.resize(kTerminal);
 
   playTransfers(stage);
+  playDenied(stage);
 
   stage.step("adds a card");
   stage.tap("addCard");
@@ -107,16 +123,7 @@ void playDay(JourneyStage& stage) {
   stage.tap("signOut");
   stage.expectPage(Bank::SignInPage);
 
-  stage.step("looks at the privacy screen, takes the consent back and erases what is stored");
-  stage.tap("privacy");
-  stage.expectPrivacyText("status", "Session accepted: yes");
-  stage.expectPrivacyText("status", "Waiting to be sent: 0");
-  stage.picture("privacy");
-  stage.tapPrivacy("consent");
-  stage.tapPrivacy("erase");
-  stage.expectPrivacyText("erased", "Nothing is left.");
-  stage.tapPrivacy("close");
-  stage.waitFor("its end", [&] { return !stage.privacy().isVisible(); });
+  takeEverythingBack(stage);
 }
 
 // Without a verdict: what is small goes through, what is large is held, a card takes a code.
