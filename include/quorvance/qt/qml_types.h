@@ -26,13 +26,13 @@ namespace quorvance::qt {
 /// A RiskScreen watches its parent item while that item is visible; each time that it is hidden, or
 /// one of them is destroyed, what was captured is sent. Its properties:
 ///
-/// | property | is |
-/// |---|---|
-/// | type | a screen's word, as ScreenListenerType has them; an unknown one is told as a warning,
-/// and nothing is watched | | actionId | a whole number up to 2^53; 0 by default | | view | the
-/// item that is watched; by default the parent, of a window its content | | active | whether it
-/// watches while the item is visible; true by default | | mouseIsFinger | takes the left button of
-/// a mouse as one finger; false by default | | watching | whether it watches now; read only |
+/// - `type`: a screen's word, as ScreenListenerType has them; an unknown one is told as a warning,
+///   and nothing is watched.
+/// - `actionId`: a whole number up to 2^53; 0 by default.
+/// - `view`: the item that is watched; by default the parent, of a window its content.
+/// - `active`: whether it watches while the item is visible; true by default.
+/// - `mouseIsFinger`: takes the left button of a mouse as one finger; false by default.
+/// - `watching`: whether it watches now; read only.
 ///
 /// A change of `type`, `actionId`, `view` or `mouseIsFinger` ends the screen and begins another
 /// one.

@@ -16,10 +16,9 @@ namespace quorvance::qt {
 ///   version is applicationVersion. The display name is not used, since it is translated and the
 ///   data folder is named by the identifier,
 /// - the main screen is the primary QScreen, in device-independent and in native pixels, as it
-/// stands
-///   when the application last ran its event loop,
+///   stands when the application last ran its event loop,
 /// - motion comes of Qt Sensors where Qt has an accelerometer (makeMotionSource), else of the
-/// kernel.
+///   kernel.
 ///
 /// To be called on the application's thread, after the application object was made and its names
 /// were set, before the first use of the library. Elsewhere, and without an application object, it

@@ -29,8 +29,7 @@ int main(int argc, char** argv) {
                         [](const quorvance::Verdict& verdict) {
                           std::printf("%s %s\n", QuorvanceSDKVersionString,
                                       verdict.risk.stringValue().c_str());
-                          const bool isThere =
-                              verdict.reason == quorvance::VerdictReason::answered;
+                          const bool isThere = verdict.reason == quorvance::VerdictReason::answered;
                           QCoreApplication::exit(isThere ? 0 : 1);
                         });
   return QApplication::exec();
