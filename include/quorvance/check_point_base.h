@@ -29,10 +29,10 @@ class CheckPointBase {
   CheckPointType type() const { return type_; }
   void setType(CheckPointType type) { type_ = type; }
 
-  /// Gives what is sent.
+  /// Gives one value, what is sent, on the thread of the manager's call; null when it gives none.
   virtual void writeJson(JsonSink& sink) const = 0;
   /// Who signs in by a login or a registration, which are told by their class, not by their type;
-  /// null for any other checkpoint, and where the user is absent.
+  /// null for any other checkpoint, and where the user is absent. Valid as long as the checkpoint.
   virtual const User* userSigningIn() const { return nullptr; }
 
  protected:

@@ -20,14 +20,19 @@ namespace quorvance {
 
 template <class Value>
 const JsonType& jsonType() {
-  static const JsonType type{typeid(Value).name(),
+#ifdef __cpp_rtti
+  constexpr auto name = [] { return typeid(Value).name(); };
+#else
+  constexpr auto name = [] { return ""; };
+#endif
+  static const JsonType type{name(),
                              1'000'000 * NLOHMANN_JSON_VERSION_MAJOR +
                                  1000 * NLOHMANN_JSON_VERSION_MINOR + NLOHMANN_JSON_VERSION_PATCH,
                              sizeof(Value)};
   return type;
 }
 
-/// A number that cannot be sent: it stands for a value that is no JSON.
+/// A number that cannot be sent.
 inline double notJson() { return std::numeric_limits<double>::quiet_NaN(); }
 
 /// Whether writing or copying the value stays within kMaxJsonDepth, `depth` values around it.
@@ -44,7 +49,7 @@ bool fitsJsonDepth(const Value& value, std::size_t depth = 0) {
 template <class Value>
 void tellJson(const Value& value, JsonSink& sink, std::size_t depth = 0) {
   using Type = typename Value::value_t;
-  if (value.is_structured() && depth >= kMaxJsonDepth) return sink.addNumber(notJson());
+  if (value.is_structured() && depth >= kMaxJsonDepth) return sink.addNoJson();
   switch (value.type()) {
     case Type::null:
       return sink.addNull();
@@ -71,8 +76,9 @@ void tellJson(const Value& value, JsonSink& sink, std::size_t depth = 0) {
         tellJson(member, sink, depth + 1);
       }
       return sink.end();
-    default:  // binary, discarded
-      return sink.addNumber(notJson());
+    case Type::binary:
+    case Type::discarded:
+      return sink.addNoJson();
   }
 }
 
@@ -86,6 +92,7 @@ class JsonBuilder final : public JsonSink {
     return type.isSameAs(jsonType<Value>()) ? &value_ : nullptr;
   }
   void addNull() override { place() = nullptr; }
+  void addNoJson() override { place() = Value(Value::value_t::discarded); }
   void addBool(bool value) override { place() = value; }
   void addInteger(std::int64_t value) override { place() = value; }
   void addUnsigned(std::uint64_t value) override { place() = value; }
@@ -94,15 +101,28 @@ class JsonBuilder final : public JsonSink {
   void beginArray() override { open(Value::array()); }
   void beginObject() override { open(Value::object()); }
   void addKey(std::string_view key) override { key_ = key; }
-  void end() override { open_.pop_back(); }
+  void end() override {
+    // Tells the children, where the JSON library has them know it, who their parent is.
+    Value whole = std::move(*open_.back());
+    *open_.back() = std::move(whole);
+    open_.pop_back();
+  }
 
  private:
   Value& place() {
     if (open_.empty()) return value_;
     Value& parent = *open_.back();
-    if (parent.is_object()) return parent[key_];
-    parent.push_back(nullptr);
-    return parent.back();
+    if (parent.is_array()) {
+      parent.push_back(nullptr);
+      return parent.back();
+    }
+    auto& members = parent.template get_ref<typename Value::object_t&>();
+    if constexpr (requires { members.emplace_back(key_, nullptr); }) {
+      members.emplace_back(key_, nullptr);  // told as they stood: no key is looked for
+      return members.back().second;
+    } else {
+      return members[key_];
+    }
   }
   void open(Value empty) {
     Value& opened = place();

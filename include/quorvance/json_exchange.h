@@ -21,7 +21,7 @@ inline constexpr std::size_t kMaxJsonDepth = 128;
 
 /// Tells one type of JSON values from another in one process.
 struct JsonType {
-  /// As std::type_info has it.
+  /// As std::type_info has it; empty without run-time type information, and then of no other type.
   const char* name;
   /// 1000000 * major + 1000 * minor + patch of the JSON library.
   std::uint32_t version;
@@ -29,8 +29,8 @@ struct JsonType {
   std::uint32_t size;
 
   bool isSameAs(const JsonType& other) const noexcept {
-    return this == &other ||
-           (version == other.version && size == other.size && std::strcmp(name, other.name) == 0);
+    return this == &other || (version == other.version && size == other.size && *name != '\0' &&
+                              std::strcmp(name, other.name) == 0);
   }
 };
 
@@ -40,9 +40,11 @@ class JsonSink {
  public:
   virtual ~JsonSink();
   /// Where the value is wanted, as an object of its type, if that is the type that is asked for;
-  /// else null. To be assigned instead of telling parts.
+  /// else null. To be assigned instead of telling parts, so only asked for before the first one.
   virtual void* valueOfType(const JsonType& type) noexcept = 0;
   virtual void addNull() = 0;
+  /// What is no JSON: it cannot be sent.
+  virtual void addNoJson() = 0;
   virtual void addBool(bool value) = 0;
   virtual void addInteger(std::int64_t value) = 0;
   virtual void addUnsigned(std::uint64_t value) = 0;

@@ -189,6 +189,7 @@ class QuorvanceManager {
   void setPendingUserData(std::type_identity_t<Value> userData) {
     takePendingUserData(movableJsonSource(userData));
   }
+  /// The same of a value of any JSON type, which is taken where it may be moved.
   void takePendingUserData(const JsonSource& userData);
 
   /// Keeps the crash as a report, to be sent later. Waits for the disk, as no other operation does,

@@ -5,6 +5,7 @@
 #include "base/base64.h"
 #include "base/debug.h"
 #include "base/fatal.h"
+#include "base/json_exchange.h"
 #include "base/out_of_memory.h"
 
 namespace quorvance {
@@ -72,7 +73,7 @@ void FaceVerification::send(const std::shared_ptr<Upload>& upload) {
   const auto jpeg = controller_->scannedImageJpeg(kJpegQuality);
   if (!jpeg) return;
   upload->image.image = base64InLines(*jpeg);
-  Json body = writtenJson<Json>(
+  Json body = receivedJson(
       [&](JsonSink& sink) { controller_->writeImageRequestBody(upload->image, sink); });
   const JsonDiscarder discarder(body);
   upload->image.image = std::string();

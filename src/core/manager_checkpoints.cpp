@@ -5,6 +5,7 @@
 
 #include "base/collection.h"
 #include "base/debug.h"
+#include "base/json_exchange.h"
 #include "base/out_of_memory.h"
 #include "base/text.h"
 #include "core/manager_core.h"
@@ -18,7 +19,7 @@ namespace {
 constexpr std::chrono::hours kLongestDeadline{24 * 365};
 
 Json jsonOf(const CheckPointBase& checkPoint) {
-  return writtenJson<Json>([&](JsonSink& sink) { checkPoint.writeJson(sink); });
+  return receivedJson([&](JsonSink& sink) { checkPoint.writeJson(sink); });
 }
 
 // Entries are kept for long, and there are many.

@@ -40,7 +40,9 @@ class FaceDetectionBase {
   /// The scanned image encoded as JPEG; `quality` is 100.0. Absent when there is none any more:
   /// then nothing is sent.
   virtual std::optional<std::string> scannedImageJpeg(double quality);
+  /// Gives one value, see FaceDetection::imageRequestBody; null when it gives none.
   virtual void writeImageRequestBody(const BioImageData& image, JsonSink& sink) = 0;
+  /// The reply is lent for the call, see FaceDetection::receiveImageReply.
   virtual void readImageReply(const JsonSource& reply) = 0;
 };
 

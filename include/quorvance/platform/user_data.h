@@ -12,6 +12,7 @@ namespace quorvance {
 class UserDataSourceBase {
  public:
   virtual ~UserDataSourceBase();
+  /// Gives one value, in the background; null when it gives none. Throws nothing.
   virtual void writeUserData(JsonSink& sink) = 0;
 };
 
