@@ -32,6 +32,7 @@ class FirstMinute(unittest.TestCase):
         os.utime(self.root / "CMakePresets.json", (0, 0))  # the build is configured
         (self.root / "build" / "plain").mkdir(parents=True)
         (self.root / "build" / "plain" / "build.ninja").touch()
+        (self.root / "build" / "plain" / "CMakeCache.txt").write_text("QUORVANCE_QT:STRING=ON\n")
         (self.root / "bin").mkdir()
         self.put("dpkg-query", 'shift 2; for name; do echo "installed $name"; done')
 
