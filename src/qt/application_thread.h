@@ -12,9 +12,11 @@ namespace quorvance::qt {
 /// False, too, where there is no application object.
 inline bool isOnApplicationThread() {
   const QCoreApplication* const application = QCoreApplication::instance();
+  // Qt is not asked for the thread before: it takes the first one that asks for the main one.
+  if (application == nullptr) return false;
   // The same for as long as a thread runs; asking for it is dear.
   static thread_local const QThread* const current = QThread::currentThread();
-  return application != nullptr && application->thread() == current;
+  return application->thread() == current;
 }
 
 }  // namespace quorvance::qt

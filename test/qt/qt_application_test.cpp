@@ -110,5 +110,14 @@ TEST(QtApplicationTest, NothingNeedsTheApplicationObjectAnyMore) {
   EXPECT_THAT(folder.get("complaints"), Not(HasSubstr("QSocketNotifier")));
 }
 
+// Qt takes the first thread that asks it for its thread for the main one.
+TEST(QtApplicationTest, AWorkerThatUsesTheLibraryFirstLeavesTheMainThreadToTheApplication) {
+  const TemporaryFolder folder;
+  ChildProcess child({kQtChildProgram, "worker", folder.path()}, folder.at("complaints"));
+  EXPECT_EQ(child.waitForEnd().exitStatus, 0) << folder.get("complaints");
+  EXPECT_THAT(child.said(), HasSubstr("touched"));
+  EXPECT_THAT(folder.get("complaints"), Not(HasSubstr("main() thread")));
+}
+
 }  // namespace
 }  // namespace quorvance::qt

@@ -1,13 +1,17 @@
-// An application of Qt's that ends: qt_child quit URL FOLDER or qt_child outlive FOLDER.
+// An application of Qt's that ends: qt_child quit URL FOLDER, qt_child outlive FOLDER
+// or qt_child worker FOLDER.
 
+#include <qpa/qwindowsysteminterface.h>
 #include <QApplication>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QTimer>
 #include <chrono>
 #include <cstdio>
+#include <future>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include "quorvance/qt/qt.h"
 
@@ -77,6 +81,32 @@ int outlive(int argc, char** argv) {
   return 0;
 }
 
+/// Uses the library in a worker before there is an application object, which is then touched while
+/// that worker is alive.
+int worker(int argc, char** argv) {
+  std::promise<void> isUsed, mayEnd;
+  std::thread early([&] {
+    platformOver(argv[2]);
+    isUsed.set_value();
+    mayEnd.get_future().wait();
+  });
+  isUsed.get_future().wait();
+  QApplication application(argc, argv);
+  QQuickWindow window;
+  window.setGeometry(0, 0, 100, 100);
+  window.show();
+  QApplication::processEvents();
+  const auto view = qt::viewOf(window.contentItem(), {.mouseIsFinger = true});
+  view->addGestureRecognizer(std::make_shared<QuorvanceGestureRecognizer>(
+      [](const QuorvanceGestureRecognizer&) { say("touched"); }));
+  QWindowSystemInterface::handleMouseEvent(&window, {10, 10}, {10, 10}, Qt::LeftButton,
+                                           Qt::LeftButton, QEvent::MouseButtonPress);
+  QApplication::processEvents();
+  mayEnd.set_value();
+  early.join();
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -85,5 +115,6 @@ int main(int argc, char** argv) {
   const std::string shape = argc > 1 ? argv[1] : "";
   if (shape == "quit" && argc == 4) return quit(argc, argv);
   if (shape == "outlive" && argc == 3) return outlive(argc, argv);
+  if (shape == "worker" && argc == 3) return worker(argc, argv);
   return 2;
 }
