@@ -88,8 +88,15 @@ std::unique_ptr<QSensor> makeSensor(MotionSensor sensor) {
   return made;
 }
 
-/// The rate that the sensor has which comes closest; without a choice its own.
+/// 0 without an interval.
+int rateOf(std::chrono::microseconds interval) {
+  if (interval.count() <= 0) return 0;
+  return static_cast<int>(std::max(1.0, 1 / std::chrono::duration<double>(interval).count()));
+}
+
+/// The rate that the sensor has which comes closest; without a choice, and for 0, its own.
 void setRate(QSensor& sensor, int perSecond) {
+  if (perSecond == 0) return;
   int closest = 0;
   for (const auto& [slowest, fastest] : sensor.availableDataRates()) {
     const int possible = std::clamp(perSecond, slowest, std::max(slowest, fastest));
@@ -183,8 +190,7 @@ class SensorManager : public MotionManager {
   std::shared_ptr<SensorUpdate> exchange(MotionSensor sensor,
                                          std::shared_ptr<SensorUpdate> update) {
     const std::lock_guard lock(mutex_);
-    const double seconds = std::chrono::duration<double>(intervals_.at(indexOf(sensor))).count();
-    if (update) update->perSecond = static_cast<int>(1 / seconds);
+    if (update) update->perSecond = rateOf(intervals_.at(indexOf(sensor)));
     return std::exchange(updates_.at(indexOf(sensor)), std::move(update));
   }
 
@@ -195,6 +201,7 @@ class SensorManager : public MotionManager {
       std::make_shared<QPointer<RunningSensors>>();
   std::mutex mutex_;
   std::array<std::shared_ptr<SensorUpdate>, kSensors> updates_;
+  /// 0 until it is set.
   std::array<std::chrono::microseconds, kSensors> intervals_{};
 };
 

@@ -127,6 +127,19 @@ TEST_F(QtMotionTest, NothingComesAfterAStopOnWhateverThread) {
   EXPECT_TRUE(Acceleration::running.empty());
 }
 
+TEST_F(QtMotionTest, WithoutAnIntervalASensorKeepsItsOwnRate) {
+  const Registered<QAccelerometer, QAccelerometerReading> accelerometer;
+  const auto manager = makeMotionSource(time)->makeManager();
+  const auto rateOfStarted = [&] {
+    manager->startUpdates(MotionSensor::accelerometer, time, [](const auto&) {});
+    QCoreApplication::processEvents();
+    return Acceleration::running.back()->sensor()->dataRate();
+  };
+  EXPECT_EQ(rateOfStarted(), 0);
+  manager->setUpdateInterval(MotionSensor::accelerometer, std::chrono::hours(1));
+  EXPECT_EQ(rateOfStarted(), 1) << "the slowest there is";
+}
+
 TEST_F(QtMotionTest, ThereIsNoneWithoutAnAccelerometerAndOnOtherThreads) {
   EXPECT_EQ(makeMotionSource(time), nullptr);
   const Registered<QAccelerometer, QAccelerometerReading> accelerometer;
