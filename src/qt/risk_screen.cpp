@@ -63,16 +63,18 @@ void RiskScreen::componentComplete() {
 }
 
 void RiskScreen::restart() {
+  const bool wasWatching = isWatching();
   screen_.finish();
-  update();
+  updateFrom(wasWatching);
 }
 
-void RiskScreen::update() {
+void RiskScreen::update() { updateFrom(isWatching()); }
+
+void RiskScreen::updateFrom(bool wasWatching) {
   if (!isComplete_) return;
-  const bool wasWatching = isWatching();
   QQuickItem* const item = view();
   if (item != followed_) follow(item);
-  const bool shallWatch = isActive_ && item != nullptr && item->isVisible();
+  const bool shallWatch = isActive_ && item != nullptr && item->isVisible() && !isWindowHidden_;
   if (!shallWatch) {
     screen_.finish();
   } else if (!isWatching()) {
@@ -87,6 +89,22 @@ void RiskScreen::follow(QQuickItem* item) {
   if (item == nullptr) return;
   connect(item, &QQuickItem::visibleChanged, this, &RiskScreen::update);
   connect(item, &QObject::destroyed, this, &RiskScreen::restart);
+  connect(item, &QQuickItem::windowChanged, this, [this](QQuickWindow* window) {
+    followWindow(window);
+    update();
+  });
+  followWindow(item->window());
+}
+
+void RiskScreen::followWindow(QQuickWindow* window) {
+  if (window == nullptr || window == window_) return;
+  if (window_) window_->disconnect(this);
+  window_ = window;
+  isWindowHidden_ = false;
+  connect(window, &QWindow::visibleChanged, this, [this](bool isVisible) {
+    isWindowHidden_ = !isVisible;
+    update();
+  });
 }
 
 Screen RiskScreen::begin(QQuickItem* item) {

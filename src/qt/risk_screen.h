@@ -4,6 +4,7 @@
 #include <QPointer>
 #include <QQmlParserStatus>
 #include <QQuickItem>
+#include <QQuickWindow>
 #include <QString>
 #include <memory>
 
@@ -46,7 +47,11 @@ class RiskScreen : public QObject, public QQmlParserStatus {
   void restart();
   /// Begins or ends as the item's visibility wants it.
   void update();
+  /// The same, and tells when that it watches differs from what it was.
+  void updateFrom(bool wasWatching);
   void follow(QQuickItem* item);
+  /// While the item is in none, the last one's visibility stands.
+  void followWindow(QQuickWindow* window);
   Screen begin(QQuickItem* item);
 
   QString type_;
@@ -57,6 +62,10 @@ class RiskScreen : public QObject, public QQmlParserStatus {
   bool isMouseFinger_ = false;
   bool isComplete_ = false;
   QPointer<QQuickItem> followed_;
+  QPointer<QQuickWindow> window_;
+  /// Hidden after it was shown, which leaves its items visible. One that was never shown counts as
+  /// shown: it may be drawn into another one.
+  bool isWindowHidden_ = false;
   Screen screen_;
 };
 

@@ -89,6 +89,53 @@ TEST_F(RiskScreenTest, AChangeBeginsAnotherScreen) {
   EXPECT_EQ(screens().size(), 3U);
 }
 
+TEST_F(RiskScreenTest, BindingsFollowWhetherItWatches) {
+  load("type: 'LOGIN_FORM'; onWatchingChanged: changes += 1",
+       "property int changes: 0; property bool bound: risk.watching");
+  const auto expect = [this](bool isWatched, int changes) {
+    EXPECT_EQ(page->property("bound").toBool(), isWatched) << changes;
+    EXPECT_EQ(isWatching(), isWatched) << changes;
+    EXPECT_EQ(page->property("changes").toInt(), changes);
+  };
+  expect(true, 1);
+  screenObject->setProperty("actionId", 8);
+  expect(true, 1);
+  screenObject->setProperty("active", false);
+  expect(false, 2);
+  screenObject->setProperty("active", true);
+  expect(true, 3);
+  screenObject->setProperty("type", "NO_SUCH_FORM");
+  expect(false, 4);
+}
+
+// Its items stay visible.
+TEST_F(RiskScreenTest, AHiddenWindowHidesItsItems) {
+  load("type: 'LOGIN_FORM'");
+  const auto hideAndShow = [this](const char* what) {
+    const std::size_t before = screens().size();
+    tap();
+    window.hide();
+    EXPECT_FALSE(isWatching()) << what;
+    EXPECT_EQ(screens().size(), before + 1) << what;
+    window.show();
+    EXPECT_TRUE(isWatching()) << what;
+  };
+  hideAndShow("a page");
+  screenObject->setProperty("view", QVariant::fromValue(window.contentItem()));
+  hideAndShow("the window's content");
+  screenObject->setProperty("view", QVariant::fromValue(page.get()));
+  QQuickWindow other;
+  other.show();
+  page->setParentItem(other.contentItem());
+  window.hide();
+  EXPECT_TRUE(isWatching()) << "it is in another one";
+  other.hide();
+  EXPECT_FALSE(isWatching());
+  page->setParentItem(window.contentItem());
+  window.show();
+  EXPECT_TRUE(isWatching());
+}
+
 // Of the popups all lie in one layer over the whole window.
 TEST_F(RiskScreenTest, APopupTakesItsOwnTouchesAndAModalOneAll) {
   load("type: 'LOGIN_FORM'",

@@ -23,8 +23,9 @@ namespace quorvance::qt {
 ///         RiskScreen { type: "LOGIN_FORM"; actionId: 7 }
 ///     }
 ///
-/// A RiskScreen watches its parent item while that item is visible; each time that it is hidden, or
-/// one of them is destroyed, what was captured is sent. Its properties:
+/// A RiskScreen watches its parent item while that item is visible; each time that it or its window
+/// is hidden, or one of them is destroyed, what was captured is sent. A window that was never shown
+/// counts as shown, since it may be drawn into another one. Its properties:
 ///
 /// - `type`: a screen's word, as ScreenListenerType has them; an unknown one is told as a warning,
 ///   and nothing is watched.
