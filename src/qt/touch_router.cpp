@@ -6,6 +6,7 @@
 #include <QTouchEvent>
 #include <QWindow>
 #include <algorithm>
+#include <utility>
 
 #include "qt/application_thread.h"
 
@@ -85,12 +86,13 @@ void TouchRouter::touch(QWindow& window, const QTouchEvent& event) {
   const QInputDevice* const panel = event.device();
   const bool hasPressure =
       panel != nullptr && panel->hasCapability(QInputDevice::Capability::Pressure);
-  fingers_.clear();
+  std::vector<WindowTouch> fingers = std::exchange(fingers_, {});
+  fingers.clear();
   for (const QEventPoint& point : event.points()) {
-    fingers_.push_back(
+    fingers.push_back(
         {{panelId, point.id()}, point.state(), point.position(), touchOf(point, hasPressure)});
   }
-  route(window, false);
+  route(window, std::move(fingers), false);
 }
 
 void TouchRouter::mouse(QWindow& window, const QMouseEvent& event) {
@@ -100,34 +102,37 @@ void TouchRouter::mouse(QWindow& window, const QMouseEvent& event) {
   const auto state = event.type() == QEvent::MouseButtonPress ? QEventPoint::Pressed
                      : event.type() == QEvent::MouseMove      ? QEventPoint::Updated
                                                               : QEventPoint::Released;
-  fingers_.assign({{kMouseFinger, state, event.position(), {}}});
-  route(window, true);
+  std::vector<WindowTouch> fingers = std::exchange(fingers_, {});
+  fingers.assign({{kMouseFinger, state, event.position(), {}}});
+  route(window, std::move(fingers), true);
 }
 
 void TouchRouter::cancel(QWindow& window, std::optional<std::int64_t> panel) {
   forViewsOf(window, [panel](TouchedView& view, QPointF /*offset*/) { view.cancel(panel); });
 }
 
-void TouchRouter::route(QWindow& window, bool ofMouse) {
+void TouchRouter::route(QWindow& window, std::vector<WindowTouch> fingers, bool ofMouse) {
   QPointF moved;
   forViewsOf(window, [&](TouchedView& view, QPointF offset) {
     if (ofMouse && !view.isMouseFinger()) return;
-    for (WindowTouch& one : fingers_) one.place += offset - moved;
+    for (WindowTouch& one : fingers) one.place += offset - moved;
     moved = offset;
-    view.take(fingers_);
+    view.take(fingers);
   });
+  fingers_ = std::move(fingers);
 }
 
 template <class Call>
 void TouchRouter::forViewsOf(QWindow& window, Call call) {
   bool hasEnded = false;
   QPointF offset;
+  ++depth_;
   for (std::size_t i = 0; i < views_.size(); ++i) {  // a recognizer of the host's may add one
     const auto view = views_[i].lock();
     hasEnded = hasEnded || !view;
     if (view && isIn(window, view->window(), offset)) call(*view, offset);
   }
-  if (!hasEnded) return;
+  if (--depth_ > 0 || !hasEnded) return;
   std::erase_if(views_, [](const auto& watched) { return watched.expired(); });
   if (views_.empty()) parent()->removeEventFilter(this);
 }

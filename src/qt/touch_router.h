@@ -28,14 +28,17 @@ class TouchRouter : public QObject {
   void touch(QWindow& window, const QTouchEvent& event);
   void mouse(QWindow& window, const QMouseEvent& event);
   void cancel(QWindow& window, std::optional<std::int64_t> panel);
-  /// Gives the fingers to the views of the window.
-  void route(QWindow& window, bool ofMouse);
+  /// Gives the fingers to the views of the window. Keeps their room.
+  void route(QWindow& window, std::vector<WindowTouch> fingers, bool ofMouse);
   template <class Call>
   void forViewsOf(QWindow& window, Call call);
 
   std::vector<std::weak_ptr<TouchedView>> views_;
-  /// Of the event that is looked at; kept for its room.
+  /// Of the event before; kept for its room, which is taken out for a call: a recognizer may run an
+  /// event loop, whose events come here too.
   std::vector<WindowTouch> fingers_;
+  /// How many of such calls are under way; meanwhile views are only added.
+  int depth_ = 0;
 };
 
 }  // namespace quorvance::qt

@@ -18,18 +18,33 @@ void TouchedView::forRecognizers(Call call) {
 }
 
 void TouchedView::take(const std::vector<WindowTouch>& fingers) {
+  cancelPressedAgain(fingers);
+  // Taken out for the call: a recognizer may run an event loop, whose events come here too.
+  std::vector<Touch> touches = std::exchange(touches_, {});
+  touches.clear();
+  follow(fingers, touches);
+  touches_ = std::move(touches);
+}
+
+void TouchedView::cancelPressedAgain(const std::vector<WindowTouch>& fingers) {
+  const auto isDown = [this](const WindowTouch& one) {
+    return one.state == QEventPoint::Pressed && std::ranges::find(down_, one.finger) != down_.end();
+  };
+  if (std::ranges::any_of(fingers, isDown)) cancel();
+}
+
+void TouchedView::follow(const std::vector<WindowTouch>& fingers, std::vector<Touch>& touches) {
   const std::size_t wereDown = down_.size();
   takeNewFingers(fingers);
   const bool hasBegun = down_.size() > wereDown;
   const WindowTouch* first = nullptr;
   bool hasChanged = false;
-  touches_.clear();
   std::erase_if(down_, [&](const Finger& finger) {
     const auto known = std::find_if(fingers.begin(), fingers.end(),
                                     [&](const WindowTouch& one) { return one.finger == finger; });
     if (known == fingers.end()) return false;
     if (first == nullptr) first = &*known;
-    touches_.push_back(known->touch);
+    touches.push_back(known->touch);
     hasChanged = hasChanged || known->state != QEventPoint::Stationary;
     return known->state == QEventPoint::Released;
   });
@@ -40,7 +55,7 @@ void TouchedView::take(const std::vector<WindowTouch>& fingers) {
   tell(isFirst  ? GestureState::began
        : isLast ? GestureState::ended
                 : GestureState::changed,
-       hasBegun, touches_.size() > down_.size());
+       hasBegun, touches);
 }
 
 void TouchedView::takeNewFingers(const std::vector<WindowTouch>& fingers) {
@@ -53,19 +68,22 @@ void TouchedView::cancel(std::optional<std::int64_t> panel) {
   const auto isMeant = [&](const Finger& finger) { return !panel || finger.panel == *panel; };
   if (std::ranges::none_of(down_, isMeant)) return;
   down_.clear();
-  forRecognizers([&](auto& recognizer) { recognizer.setState(GestureState::cancelled, place_); });
+  const GesturePoint place = place_;
+  forRecognizers([&](auto& recognizer) { recognizer.setState(GestureState::cancelled, place); });
 }
 
-void TouchedView::tell(GestureState state, bool hasBegun, bool hasEnded) {
+void TouchedView::tell(GestureState state, bool hasBegun, const std::vector<Touch>& touches) {
+  const GesturePoint place = place_;
+  const bool hasEnded = touches.size() > down_.size();
   forRecognizers([&](auto& recognizer) {
     if (hasBegun) {
-      recognizer.touchesBegan(touches_);
+      recognizer.touchesBegan(touches);
     } else if (hasEnded) {
-      recognizer.touchesEnded(touches_);
+      recognizer.touchesEnded(touches);
     } else {
-      recognizer.touchesMoved(touches_);
+      recognizer.touchesMoved(touches);
     }
-    recognizer.setState(state, place_);
+    recognizer.setState(state, place);
   });
 }
 

@@ -51,16 +51,20 @@ class TouchedView : public View, public std::enable_shared_from_this<TouchedView
   void addRecognizer(std::shared_ptr<QuorvanceGestureRecognizer> recognizer);
 
  private:
+  /// Cancels when a finger that is down is put down: it has been lifted unseen.
+  void cancelPressedAgain(const std::vector<WindowTouch>& fingers);
+  /// Leaves the touches of those that are or were down.
+  void follow(const std::vector<WindowTouch>& fingers, std::vector<Touch>& touches);
   void takeNewFingers(const std::vector<WindowTouch>& fingers);
   template <class Call>
   void forRecognizers(Call call);
-  void tell(GestureState state, bool hasBegun, bool hasEnded);
+  void tell(GestureState state, bool hasBegun, const std::vector<Touch>& touches);
 
   const ViewOptions options_;
   std::vector<std::shared_ptr<QuorvanceGestureRecognizer>> recognizers_;
   /// Those that are down, in the order in which they were put down.
   std::vector<Finger> down_;
-  /// Of the event, in that order; kept for its room.
+  /// Of the event before, in that order; kept for its room.
   std::vector<Touch> touches_;
   GesturePoint place_;
 };

@@ -131,6 +131,17 @@ class TouchPanel {
   QPointingDevice* const device_;  // the application's
 };
 
+/// The left button, as the window system tells of it.
+inline void sendMouse(QWindow& window, QEvent::Type type, QPointF place) {
+  const bool isDown = type != QEvent::MouseButtonRelease;
+  QWindowSystemInterface::handleMouseEvent(
+      &window, QHighDpi::toNativeLocalPosition(place, &window),
+      QHighDpi::toNativePixels(window.mapToGlobal(place), &window),
+      isDown ? Qt::LeftButton : Qt::NoButton,
+      type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton, type);
+  QCoreApplication::processEvents();
+}
+
 inline constexpr double kDown = 1;
 inline constexpr double kMove = 0;
 inline constexpr double kUp = -1;

@@ -1,5 +1,4 @@
 #include <QDialog>
-#include <QMouseEvent>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QScrollArea>
@@ -270,16 +269,6 @@ TEST_F(TouchRowsTest, ADialogOverAWidgetTakesItsTouches) {
   EXPECT_THAT(world.rows(), AreRows(Rows{rowAt(60, 60, kDown)}));
 }
 
-/// Sends a mouse event as the window system does.
-void clickMouse(QWindow& window, QPointF place) {
-  const QPointF global = window.mapToGlobal(place);
-  for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
-    QMouseEvent event(type, place, place, global, Qt::LeftButton,
-                      type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton, {});
-    QCoreApplication::sendEvent(&window, &event);
-  }
-}
-
 // The widget takes no touches, so that Qt makes mouse events of them.
 TEST_F(TouchRowsTest, TheMouseIsAFingerWhereItIsWantedAndNeverASecondOne) {
   QWidget window;
@@ -289,7 +278,8 @@ TEST_F(TouchRowsTest, TheMouseIsAFingerWhereItIsWantedAndNeverASecondOne) {
   for (const bool isFinger : {false, true}) {
     Screen screen = watch(&window, {.mouseIsFinger = isFinger});
     panel.tap(handle, {10, 10});
-    clickMouse(handle, {20, 20});
+    sendMouse(handle, QEvent::MouseButtonPress, {20, 20});
+    sendMouse(handle, QEvent::MouseButtonRelease, {20, 20});
     screen.finish();
     Rows expected = {rowAt(10, 10, kDown), rowAt(10, 10, kUp)};
     if (isFinger) {
@@ -297,6 +287,44 @@ TEST_F(TouchRowsTest, TheMouseIsAFingerWhereItIsWantedAndNeverASecondOne) {
       expected.push_back({20, 20, 0, 0, kUp});
     }
     EXPECT_THAT(world.rows(), AreRows(expected)) << isFinger;
+  }
+}
+
+TEST_F(TouchRowsTest, AFingerThatIsPutDownAgainBeginsAnew) {
+  Window window;
+  Screen screen(world.manager, ScreenListenerType::PINCODE, 7, window.contentItem(),
+                {.mouseIsFinger = true});
+  sendMouse(window, QEvent::MouseButtonPress, {20, 20});  // a popup took its release
+  sendMouse(window, QEvent::MouseButtonPress, {30, 30});
+  sendMouse(window, QEvent::MouseButtonRelease, {30, 30});
+  screen.finish();
+  EXPECT_THAT(world.rows(),
+              AreRows(Rows{{20, 20, 0, 0, kDown}, {30, 30, 0, 0, kDown}, {30, 30, 0, 0, kUp}}));
+}
+
+// As one that shows a dialog, whose event loop runs inside of the event.
+TEST_F(TouchRowsTest, ARecognizerMayRunAnEventLoop) {
+  Window window, dialog;
+  const TouchPanel other;
+  QQuickItem* const content = window.contentItem();
+  for (QWindow* const touched : {static_cast<QWindow*>(&dialog), static_cast<QWindow*>(&window)}) {
+    const std::vector views = {viewOf(content), viewOf(content), viewOf(dialog.contentItem())};
+    bool hasRun = false;
+    Rows seen;
+    views[0]->addGestureRecognizer(std::make_shared<QuorvanceGestureRecognizer>([&](auto&) {
+      if (!std::exchange(hasRun, true)) other.touch(*touched, {{0, kPressed, {70, 70}, 0.25}});
+    }));
+    for (const auto& view : views) {
+      view->addGestureRecognizer(std::make_shared<QuorvanceGestureRecognizer>([&](auto& told) {
+        seen.push_back({told.location().x, told.force()});
+      }));
+    }
+    panel.press(window, {10, 10});
+    Rows expected = {{70, 0.25}, {10, 0.5}, {10, 0.5}};
+    if (touched == &window) expected.insert(expected.begin(), {70, 0.25});
+    EXPECT_THAT(seen, AreRows(expected));
+    other.lift(*touched, {70, 70});
+    panel.lift(window, {10, 10});
   }
 }
 
