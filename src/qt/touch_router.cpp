@@ -6,6 +6,7 @@
 #include <QTouchEvent>
 #include <QWindow>
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 
 #include "qt/application_thread.h"
@@ -14,6 +15,8 @@ namespace quorvance::qt {
 namespace {
 
 constexpr Finger kMouseFinger = {-1, -1};
+/// In milliseconds; for how long an item may hold a press back.
+constexpr std::uint64_t kLongestDelay = 60'000;
 
 std::int64_t panelOf(const QPointerEvent& event) {
   return event.device() == nullptr ? 0 : event.device()->systemId();
@@ -40,6 +43,8 @@ bool isMadeOfTouch(const QMouseEvent& event) {
          (event.device() != nullptr &&
           event.device()->type() == QInputDevice::DeviceType::TouchScreen);
 }
+
+bool isPressed(const QEventPoint& point) { return point.state() == QEventPoint::Pressed; }
 
 }  // namespace
 
@@ -79,7 +84,20 @@ bool TouchRouter::eventFilter(QObject* receiver, QEvent* event) {
   return false;
 }
 
+bool TouchRouter::isSentAgain(const QWindow& window, const QPointerEvent& event) {
+  if (event.spontaneous()) return false;
+  if (window.handle() != nullptr) return true;
+  // One inside of a widget, which sends it all that it sees: here the time of a press tells.
+  const std::uint64_t time = event.timestamp();
+  if (time == 0 || std::ranges::none_of(event.points(), isPressed)) return false;
+  const bool isLate = lastPress_ - time < kLongestDelay;
+  if (isLate && event.type() != QEvent::TouchUpdate) return true;
+  lastPress_ = time;
+  return false;
+}
+
 void TouchRouter::touch(QWindow& window, const QTouchEvent& event) {
+  if (isSentAgain(window, event)) return;
   // The panel's first fingers on the window: whatever was down there has been lifted unseen.
   const std::int64_t panelId = panelOf(event);
   if (event.type() == QEvent::TouchBegin) cancel(window, panelId);
@@ -98,7 +116,7 @@ void TouchRouter::touch(QWindow& window, const QTouchEvent& event) {
 void TouchRouter::mouse(QWindow& window, const QMouseEvent& event) {
   const bool isLeft = event.type() == QEvent::MouseMove ? event.buttons().testFlag(Qt::LeftButton)
                                                         : event.button() == Qt::LeftButton;
-  if (!isLeft || isMadeOfTouch(event)) return;
+  if (!isLeft || isMadeOfTouch(event) || isSentAgain(window, event)) return;
   const auto state = event.type() == QEvent::MouseButtonPress ? QEventPoint::Pressed
                      : event.type() == QEvent::MouseMove      ? QEventPoint::Updated
                                                               : QEventPoint::Released;

@@ -136,6 +136,32 @@ TEST_F(RiskScreenTest, AHiddenWindowHidesItsItems) {
   EXPECT_TRUE(isWatching());
 }
 
+// It sends the window again what it held back.
+TEST_F(RiskScreenTest, WhatAFlickableHoldsBackIsTouchedOnce) {
+  for (const bool isMouse : {false, true}) {
+    for (const bool isLong : {false, true}) {
+      load("type: 'LOGIN_FORM'; mouseIsFinger: true",
+           "property alias area: inner; Flickable { anchors.fill: parent; contentHeight: 900; "
+           "pressDelay: " +
+               QByteArray(isLong ? "1" : "60000") +
+               "; MouseArea { id: inner; width: 200; height: 900 } }");
+      auto* const area = page->property("area").value<QObject*>();
+      const auto isPressed = [area] { return area->property("pressed").toBool(); };
+      const std::size_t before = screens().size();
+      isMouse ? sendMouse(window, QEvent::MouseButtonPress, {10, 20})
+              : panel.press(window, {10, 20});
+      while (isLong && !isPressed()) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+      }
+      isMouse ? sendMouse(window, QEvent::MouseButtonRelease, {10, 20})
+              : panel.lift(window, {10, 20});
+      page->setVisible(false);
+      ASSERT_EQ(screens().size(), before + 1);
+      EXPECT_EQ(screens().back(), "LOGIN_FORM 0 2") << isMouse << isLong;
+    }
+  }
+}
+
 // Of the popups all lie in one layer over the whole window.
 TEST_F(RiskScreenTest, APopupTakesItsOwnTouchesAndAModalOneAll) {
   load("type: 'LOGIN_FORM'",

@@ -3,6 +3,7 @@
 #include <QQuickWindow>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTouchEvent>
 #include <QVBoxLayout>
 #include <functional>
 
@@ -300,6 +301,31 @@ TEST_F(TouchRowsTest, AFingerThatIsPutDownAgainBeginsAnew) {
   screen.finish();
   EXPECT_THAT(world.rows(),
               AreRows(Rows{{20, 20, 0, 0, kDown}, {30, 30, 0, 0, kDown}, {30, 30, 0, 0, kUp}}));
+}
+
+// As that of a QQuickWidget, which is sent its widget's touches.
+TEST_F(TouchRowsTest, AWindowThatIsNeverShownIsToldTouchesOnceEach) {
+  QQuickWindow window;
+  window.contentItem()->setSize({100, 100});
+  QPointingDevice device;
+  const auto send = [&](QEvent::Type type, quint64 timestamp) {
+    const auto state = type == QEvent::TouchBegin ? kPressed : kLifted;
+    QTouchEvent event(type, &device, {}, {QEventPoint(1, state, {}, {})});
+    event.setTimestamp(timestamp);
+    QCoreApplication::sendEvent(&window, &event);
+  };
+  Screen screen = watch(window.contentItem());
+  send(QEvent::TouchBegin, 100);
+  send(QEvent::TouchBegin, 100);
+  send(QEvent::TouchEnd, 200);
+  send(QEvent::TouchBegin, 100);
+  send(QEvent::TouchEnd, 200);
+  send(QEvent::TouchBegin, 300);
+  send(QEvent::TouchEnd, 400);
+  screen.finish();
+  std::vector<double> actions;
+  for (const Row& row : world.rows()) actions.push_back(row.back());
+  EXPECT_THAT(actions, ElementsAre(kDown, kUp, kDown, kUp));
 }
 
 // As one that shows a dialog, whose event loop runs inside of the event.
