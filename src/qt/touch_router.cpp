@@ -85,14 +85,13 @@ bool TouchRouter::eventFilter(QObject* receiver, QEvent* event) {
 }
 
 bool TouchRouter::isSentAgain(const QWindow& window, const QPointerEvent& event) {
-  if (event.spontaneous()) return false;
-  if (window.handle() != nullptr) return true;
-  // One inside of a widget, which sends it all that it sees: here the time of a press tells.
+  if (std::ranges::none_of(event.points(), isPressed)) return false;
   const std::uint64_t time = event.timestamp();
-  if (time == 0 || std::ranges::none_of(event.points(), isPressed)) return false;
-  const bool isLate = lastPress_ - time < kLongestDelay;
-  if (isLate && event.type() != QEvent::TouchUpdate) return true;
-  lastPress_ = time;
+  // One without a window of the system's is inside of a widget, which sends it all that it sees.
+  std::uint64_t& last = window.handle() != nullptr ? lastPress_ : lastInnerPress_;
+  const bool isLate = time != 0 && last - time < kLongestDelay;
+  if (isLate && !event.spontaneous() && event.type() != QEvent::TouchUpdate) return true;
+  last = time;
   return false;
 }
 

@@ -30,9 +30,8 @@ class TouchRouter : public QObject {
   void touch(QWindow& window, const QTouchEvent& event);
   void mouse(QWindow& window, const QMouseEvent& event);
   void cancel(QWindow& window, std::optional<std::int64_t> panel);
-  /// Whether the window was sent it before, by the window system: an item that holds a press back
-  /// sends it, and what followed, to its window once more. What the application makes up itself is
-  /// not told apart.
+  /// Whether it is a press that the window was sent before: an item that holds one back sends it to
+  /// its window once more, with its time. What followed is of no finger that is down any more.
   bool isSentAgain(const QWindow& window, const QPointerEvent& event);
   /// Gives the fingers to the views of the window. Keeps their room.
   void route(QWindow& window, std::vector<WindowTouch> fingers, bool ofMouse);
@@ -45,8 +44,10 @@ class TouchRouter : public QObject {
   std::vector<WindowTouch> fingers_;
   /// How many of such calls are under way; meanwhile views are only added.
   int depth_ = 0;
-  /// The time of the last one in a window inside of a widget, in milliseconds.
+  /// The time of the last one in a window of the system's, and in one inside of a widget, in
+  /// milliseconds.
   std::uint64_t lastPress_ = 0;
+  std::uint64_t lastInnerPress_ = 0;
 };
 
 }  // namespace quorvance::qt

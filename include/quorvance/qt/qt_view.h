@@ -43,8 +43,9 @@ inline constexpr char kTagProperty[] = "quorvanceTag";
 /// do not compare with those of other toolkits.
 ///
 /// Touches are seen before the application handles them and never taken from it. Not seen are those
-/// that an event filter of the application's own on the application object consumes, those of a
-/// pen, and what the application itself sends to a window of the window system's. Where a view has
+/// that an event filter of the application's own on the application object consumes, and those of a
+/// pen. A press that is sent to a window again, with its time, as items with a delay do, counts
+/// once. Where a view has
 /// several native windows inside of it, the panel's first finger on one of them, or its hiding,
 /// cancels the touch in the others.
 ///
