@@ -15,6 +15,8 @@ extern const char* const kFaultyModule;
 extern const char* const kExitChildProgram;
 /// The host whose memory runs out; empty where a sanitizer brings its own allocator.
 extern const char* const kMemoryChildProgram;
+/// The same with another JSON library than the library's.
+extern const char* const kOtherMemoryChildProgram;
 /// The interpreter, and the servers over TLS that it runs.
 extern const char* const kPython;
 extern const char* const kTlsServerScript;

@@ -8,6 +8,7 @@ Ends with 0 when all came out as expected.
 
 import json
 import os
+import signal
 import subprocess
 import sys
 import tempfile
@@ -185,7 +186,13 @@ def main(bank, server_program, *options):
         play(bank, server_program, options[options.index("--script") + 1], options, Path(folder))
 
 
+def interrupt(_number, _frame):
+    raise KeyboardInterrupt
+
+
 if __name__ == "__main__":
+    for number in (signal.SIGTERM, signal.SIGHUP):
+        signal.signal(number, interrupt)
     try:
         main(*sys.argv[1:])
     except KeyboardInterrupt:

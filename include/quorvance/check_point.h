@@ -43,7 +43,8 @@ class CheckPoint : public CheckPointBase {
   void setAdditionalData(Json additionalData);
 
   /// "checkpoint_type", the class's own keys, and "additionalData" when present. This is what is
-  /// sent: a class of the host that derives from one of these may add to it.
+  /// sent: a class of the host that derives from one of these may add to it. What it throws, a
+  /// std::exception at most, costs that report or verdict alone.
   virtual Json getJson() const;
 
   void writeJson(JsonSink& sink) const override { giveJson(sink, getJson()); }

@@ -5,32 +5,14 @@
 #include <algorithm>
 #include <concepts>
 #include <cstddef>
-#include <cstdint>
 #include <limits>
-#include <string>
-#include <string_view>
 #include <type_traits>
-#include <typeinfo>
 #include <utility>
-#include <vector>
 
+#include "quorvance/json_builder.h"
 #include "quorvance/json_exchange.h"
 
 namespace quorvance {
-
-template <class Value>
-const JsonType& jsonType() {
-#ifdef __cpp_rtti
-  constexpr auto name = [] { return typeid(Value).name(); };
-#else
-  constexpr auto name = [] { return ""; };
-#endif
-  static const JsonType type{name(),
-                             1'000'000 * NLOHMANN_JSON_VERSION_MAJOR +
-                                 1000 * NLOHMANN_JSON_VERSION_MINOR + NLOHMANN_JSON_VERSION_PATCH,
-                             sizeof(Value)};
-  return type;
-}
 
 /// A number that cannot be sent.
 inline double notJson() { return std::numeric_limits<double>::quiet_NaN(); }
@@ -82,67 +64,13 @@ void tellJson(const Value& value, JsonSink& sink, std::size_t depth = 0) {
   }
 }
 
-/// Makes a value of what is told; it must outlive the builder. Null until then.
+/// Gives the value away to whoever asked for it.
 template <class Value>
-class JsonBuilder final : public JsonSink {
- public:
-  explicit JsonBuilder(Value& value) : value_(value) {}
-
-  void* valueOfType(const JsonType& type) noexcept override {
-    return type.isSameAs(jsonType<Value>()) ? &value_ : nullptr;
-  }
-  void addNull() override { place() = nullptr; }
-  void addNoJson() override { place() = Value(Value::value_t::discarded); }
-  void addBool(bool value) override { place() = value; }
-  void addInteger(std::int64_t value) override { place() = value; }
-  void addUnsigned(std::uint64_t value) override { place() = value; }
-  void addNumber(double value) override { place() = value; }
-  void addText(std::string_view value) override { place() = std::string(value); }
-  void beginArray() override { open(Value::array()); }
-  void beginObject() override { open(Value::object()); }
-  void addKey(std::string_view key) override { key_ = key; }
-  void end() override {
-    // Tells the children, where the JSON library has them know it, who their parent is.
-    Value whole = std::move(*open_.back());
-    *open_.back() = std::move(whole);
-    open_.pop_back();
-  }
-
- private:
-  Value& place() {
-    if (open_.empty()) return value_;
-    Value& parent = *open_.back();
-    if (parent.is_array()) {
-      parent.push_back(nullptr);
-      return parent.back();
-    }
-    auto& members = parent.template get_ref<typename Value::object_t&>();
-    if constexpr (requires { members.emplace_back(key_, nullptr); }) {
-      members.emplace_back(key_, nullptr);  // told as they stood: no key is looked for
-      return members.back().second;
-    } else {
-      return members[key_];
-    }
-  }
-  void open(Value empty) {
-    Value& opened = place();
-    opened = std::move(empty);
-    open_.push_back(&opened);
-  }
-
-  Value& value_;
-  /// The objects and arrays that are being told, outermost first.
-  std::vector<Value*> open_;
-  std::string key_;
-};
-
-/// Gives the value to whoever asked for it.
-template <class Value>
-void giveJson(JsonSink& sink, Value&& value) {
-  using Type = std::remove_cvref_t<Value>;
-  if (void* const wanted = sink.valueOfType(jsonType<Type>())) {
-    *static_cast<Type*>(wanted) = std::forward<Value>(value);
+requires(!std::is_reference_v<Value>) void giveJson(JsonSink& sink, Value&& value) {
+  if (void* const wanted = sink.valueOfType(jsonType<Value>())) {
+    *static_cast<Value*>(wanted) = std::move(value);
   } else {
+    const JsonRemains remains(value);
     tellJson(value, sink);
   }
 }
@@ -168,6 +96,7 @@ class JsonReader {
       source.tell(source.value, builder);
     }
   }
+  ~JsonReader() { discardJsonParts(copy_); }
   JsonReader(const JsonReader&) = delete;
   JsonReader& operator=(const JsonReader&) = delete;
 

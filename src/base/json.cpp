@@ -31,18 +31,6 @@ Json withShortTexts(const Json& value) {
   return copy;
 }
 
-// What lies deeper than the library writes is left to the JSON library: this recurses.
-void discardParts(Json& value, std::size_t depth) noexcept {
-  if (depth == kMaxJsonDepth) return;
-  if (auto* const object = value.get_ptr<Json::object_t*>()) {
-    for (auto& [key, member] : *object) discardParts(member, depth + 1);
-    object->clear();
-  } else if (auto* const array = value.get_ptr<Json::array_t*>()) {
-    for (Json& element : *array) discardParts(element, depth + 1);
-    array->clear();
-  }
-}
-
 }  // namespace
 
 bool isNestedTooDeep(const Json& value) { return !fitsJsonDepth(value); }
@@ -58,7 +46,7 @@ std::string debugTextOf(const Json& value) {
 }
 
 void discardJson(Json& value) noexcept {
-  discardParts(value, 0);
+  discardJsonParts(value);
   value = nullptr;
 }
 

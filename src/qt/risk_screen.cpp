@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <optional>
+#include <utility>
 
 #include "quorvance/qt/qml_types.h"
 #include "quorvance/quorvance_manager.h"
@@ -45,15 +46,21 @@ void RiskScreen::useManager(const std::shared_ptr<QuorvanceManager>& manager) {
 }
 
 QQuickItem* RiskScreen::view() const {
-  if (chosen_) return chosen_;
+  if (isViewChosen_) return chosen_;
   if (const auto* const window = qobject_cast<QQuickWindow*>(parent()))
     return window->contentItem();
   return qobject_cast<QQuickItem*>(parent());
 }
 
 void RiskScreen::setView(QQuickItem* view) {
-  if (chosen_ == view) return;
+  if (isViewChosen_ && chosen_ == view) return;
   chosen_ = view;
+  isViewChosen_ = true;
+  Q_EMIT settingsChanged();
+}
+
+void RiskScreen::resetView() {
+  if (!std::exchange(isViewChosen_, false)) return;
   Q_EMIT settingsChanged();
 }
 

@@ -19,7 +19,7 @@ class RiskScreen : public QObject, public QQmlParserStatus {
   Q_INTERFACES(QQmlParserStatus)
   Q_PROPERTY(QString type MEMBER type_ NOTIFY settingsChanged)
   Q_PROPERTY(double actionId MEMBER actionId_ NOTIFY settingsChanged)
-  Q_PROPERTY(QQuickItem* view READ view WRITE setView NOTIFY settingsChanged)
+  Q_PROPERTY(QQuickItem* view READ view WRITE setView RESET resetView NOTIFY settingsChanged)
   Q_PROPERTY(bool active MEMBER isActive_ NOTIFY settingsChanged)
   Q_PROPERTY(bool mouseIsFinger MEMBER isMouseFinger_ NOTIFY settingsChanged)
   Q_PROPERTY(bool watching READ isWatching NOTIFY watchingChanged)
@@ -33,6 +33,7 @@ class RiskScreen : public QObject, public QQmlParserStatus {
   /// The item that is watched; null where there is none.
   QQuickItem* view() const;
   void setView(QQuickItem* view);
+  void resetView();
   bool isWatching() const { return screen_.isWatching(); }
 
   void classBegin() override {}
@@ -58,6 +59,8 @@ class RiskScreen : public QObject, public QQmlParserStatus {
   /// As QML has numbers.
   double actionId_ = 0;
   QPointer<QQuickItem> chosen_;
+  /// By the application, null too: then nothing is watched, and not the parent instead.
+  bool isViewChosen_ = false;
   bool isActive_ = true;
   bool isMouseFinger_ = false;
   bool isComplete_ = false;

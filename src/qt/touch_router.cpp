@@ -52,9 +52,14 @@ void TouchRouter::watch(const std::shared_ptr<TouchedView>& view) {
   QCoreApplication* const application = QCoreApplication::instance();
   static QPointer<TouchRouter>
       router;  // gone with the application object, which may be another now
+  const bool isNew = !router || router->views_.empty();
   if (!router) router = new TouchRouter(application);
-  application->installEventFilter(router);  // the latest one sees an event first
   router->views_.push_back(view);
+  // The latest one sees an event first. While one is shown to the filters their list must stand.
+  const auto install = [application] {
+    if (!router->views_.empty()) application->installEventFilter(router);
+  };
+  isNew ? install() : void(QMetaObject::invokeMethod(router, install, Qt::QueuedConnection));
 }
 
 bool TouchRouter::eventFilter(QObject* receiver, QEvent* event) {

@@ -19,9 +19,10 @@ class OutOfMemoryTest : public testing::Test {
   /// Whether the host ended normally, and each of its verdicts had come once. Once it may also die
   /// of a fault of libcurl's (seen in 7.88): without memory for one of a socket's transfers it
   /// destroys the table of them, and divides by its size, 0, when the next one comes.
-  testing::AssertionResult endsWell(std::vector<std::string> how) {
+  testing::AssertionResult endsWell(std::vector<std::string> how,
+                                    const char* program = kMemoryChildProgram) {
     const TemporaryFolder folder;
-    how.insert(how.begin(), {kMemoryChildProgram, world_.server.url(), folder.path()});
+    how.insert(how.begin(), {program, world_.server.url(), folder.path()});
     const ProcessEnd end = ChildProcess(std::move(how)).waitForEnd();
     if (end.exitStatus == 0) return testing::AssertionSuccess();
     if (end.signal == SIGFPE && !std::exchange(hasDivided_, true)) {
@@ -42,6 +43,10 @@ TEST_F(OutOfMemoryTest, AllocationsThatFailAtRandomCostNoVerdictAndThrowNothing)
   for (const char* const oneIn : {"4", "40", "400"}) {
     for (int seed = 0; seed < 20; ++seed) {
       EXPECT_TRUE(endsWell({"random", std::to_string(seed), oneIn})) << seed << " in " << oneIn;
+    }
+    for (int seed = 0; seed < 5; ++seed) {
+      EXPECT_TRUE(endsWell({"random", std::to_string(seed), oneIn}, kOtherMemoryChildProgram))
+          << seed << " in " << oneIn << ", other JSON library";
     }
   }
 }

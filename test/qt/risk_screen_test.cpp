@@ -1,5 +1,6 @@
 #include <QQmlComponent>
 #include <QQmlEngine>
+#include <QQmlProperty>
 #include <QQuickItem>
 #include <QQuickWindow>
 
@@ -82,7 +83,9 @@ TEST_F(RiskScreenTest, AChangeBeginsAnotherScreen) {
   screenObject->setProperty("view", QVariant::fromValue(other.get()));
   tap();  // the other one does not lie there
   EXPECT_THAT(screens(), ElementsAre("LOGIN_FORM 0 2", "LOGIN_FORM 8 2"));
-  other.reset();  // back to the parent
+  other.reset();
+  EXPECT_FALSE(isWatching()) << "the parent was not asked for";
+  QQmlProperty(screenObject, "view").reset();
   EXPECT_TRUE(isWatching());
   tap();
   screenObject->setProperty("active", false);

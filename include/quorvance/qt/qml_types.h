@@ -30,7 +30,8 @@ namespace quorvance::qt {
 /// - `type`: a screen's word, as ScreenListenerType has them; an unknown one is told as a warning,
 ///   and nothing is watched.
 /// - `actionId`: a whole number up to 2^53; 0 by default.
-/// - `view`: the item that is watched; by default the parent, of a window its content.
+/// - `view`: the item that is watched; by default the parent, of a window its content. Null watches
+///   nothing.
 /// - `active`: whether it watches while the item is visible; true by default.
 /// - `mouseIsFinger`: takes the left button of a mouse as one finger; false by default.
 /// - `watching`: whether it watches now; read only.
