@@ -44,8 +44,6 @@ bool isMadeOfTouch(const QMouseEvent& event) {
           event.device()->type() == QInputDevice::DeviceType::TouchScreen);
 }
 
-bool isPressed(const QEventPoint& point) { return point.state() == QEventPoint::Pressed; }
-
 }  // namespace
 
 void TouchRouter::watch(const std::shared_ptr<TouchedView>& view) {
@@ -90,12 +88,12 @@ bool TouchRouter::eventFilter(QObject* receiver, QEvent* event) {
 }
 
 bool TouchRouter::isSentAgain(const QWindow& window, const QPointerEvent& event) {
-  if (std::ranges::none_of(event.points(), isPressed)) return false;
+  if (event.type() != QEvent::TouchBegin && event.type() != QEvent::MouseButtonPress) return false;
   const std::uint64_t time = event.timestamp();
   // One without a window of the system's is inside of a widget, which sends it all that it sees.
   std::uint64_t& last = window.handle() != nullptr ? lastPress_ : lastInnerPress_;
   const bool isLate = time != 0 && last - time < kLongestDelay;
-  if (isLate && !event.spontaneous() && event.type() != QEvent::TouchUpdate) return true;
+  if (isLate && !event.spontaneous()) return true;
   last = time;
   return false;
 }
