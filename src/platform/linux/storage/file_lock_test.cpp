@@ -104,6 +104,8 @@ TEST(FileLockTest, StateWaitsForNoStoppedProcessAndIsWrittenLater) {
     lane->run();
     EXPECT_EQ(folder.get("state.json"), "");
   }
+  // The wait that the store gave up gets the lock first: from here on it has given it back.
+  EXPECT_EQ(FileLock(folder.at("state.lock"), 30s).outcome(), LockOutcome::held);
   store.write("b", "2");
   lane->run();
   EXPECT_EQ(folder.get("state.json"), R"({"a":"1","b":"2"})");
