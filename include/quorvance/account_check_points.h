@@ -23,11 +23,7 @@ class Launch : public CheckPoint {
   /// The user identifier is discarded: a launch carries no user.
   explicit Launch(std::optional<std::string> /*userId*/ = std::nullopt)
       : CheckPoint(CheckPointType::LAUNCH) {}
-  static std::unique_ptr<Launch> fromJson(const Json& json) {
-    auto made = std::make_unique<Launch>();
-    made->readAdditionalData(json);
-    return made;
-  }
+  static std::unique_ptr<Launch> fromJson(const Json& json) { return rebuilt<Launch>(json); }
   Json getJson() const override {
     return contentOf(CheckPointType::LAUNCH,
                      [](const auto& content, JsonSink& sink) { content.write(sink); });
@@ -40,11 +36,7 @@ class General : public CheckPoint {
   /// The user identifier is discarded: a general moment carries no user.
   explicit General(std::optional<std::string> /*userId*/ = std::nullopt)
       : CheckPoint(CheckPointType::GENERAL) {}
-  static std::unique_ptr<General> fromJson(const Json& json) {
-    auto made = std::make_unique<General>();
-    made->readAdditionalData(json);
-    return made;
-  }
+  static std::unique_ptr<General> fromJson(const Json& json) { return rebuilt<General>(json); }
   Json getJson() const override {
     return contentOf(CheckPointType::GENERAL,
                      [](const auto& content, JsonSink& sink) { content.write(sink); });
@@ -62,9 +54,7 @@ class Register : public CheckPoint {
   requires std::same_as<Record, User>
   explicit Register(Record user) : Register(std::make_shared<const User>(std::move(user))) {}
   static std::unique_ptr<Register> fromJson(const Json& json) {
-    auto made = std::make_unique<Register>(CheckPointContent::readUser(jsonSource(json)));
-    made->readAdditionalData(json);
-    return made;
+    return rebuilt<Register>(json, CheckPointContent::readUser(jsonSource(json)));
   }
   Json getJson() const override {
     return contentOf(CheckPointType::REGISTER, [this](const auto& content, JsonSink& sink) {
@@ -93,9 +83,7 @@ class Login : public CheckPoint {
     return std::make_unique<Login>(login.user_);
   }
   static std::unique_ptr<Login> fromJson(const Json& json) {
-    auto made = std::make_unique<Login>(CheckPointContent::readUser(jsonSource(json)));
-    made->readAdditionalData(json);
-    return made;
+    return rebuilt<Login>(json, CheckPointContent::readUser(jsonSource(json)));
   }
   Json getJson() const override {
     return contentOf(CheckPointType::LOGIN, [this](const auto& content, JsonSink& sink) {
@@ -121,9 +109,7 @@ class UpdateUserInfo : public CheckPoint {
   explicit UpdateUserInfo(Record user)
       : UpdateUserInfo(std::make_shared<const User>(std::move(user))) {}
   static std::unique_ptr<UpdateUserInfo> fromJson(const Json& json) {
-    auto made = std::make_unique<UpdateUserInfo>(CheckPointContent::readUser(jsonSource(json)));
-    made->readAdditionalData(json);
-    return made;
+    return rebuilt<UpdateUserInfo>(json, CheckPointContent::readUser(jsonSource(json)));
   }
   Json getJson() const override {
     return contentOf(CheckPointType::UPDATE_USER_INFO, [this](const auto& content, JsonSink& sink) {
@@ -148,9 +134,7 @@ class PasswordChange : public CheckPoint {
   explicit PasswordChange(Record user)
       : PasswordChange(std::make_shared<const User>(std::move(user))) {}
   static std::unique_ptr<PasswordChange> fromJson(const Json& json) {
-    auto made = std::make_unique<PasswordChange>(CheckPointContent::readUser(jsonSource(json)));
-    made->readAdditionalData(json);
-    return made;
+    return rebuilt<PasswordChange>(json, CheckPointContent::readUser(jsonSource(json)));
   }
   Json getJson() const override {
     return contentOf(CheckPointType::PASSWORD_CHANGE, [this](const auto& content, JsonSink& sink) {

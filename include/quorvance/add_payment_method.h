@@ -28,11 +28,9 @@ class AddPaymentMethod : public CheckPoint {
   /// Never fails: a key of another type is ignored, "checkpoint_type" is not read.
   static std::unique_ptr<AddPaymentMethod> fromJson(const Json& json) {
     const JsonSource source = jsonSource(json);
-    auto made = std::make_unique<AddPaymentMethod>(CheckPointContent::readUser(source),
-                                                   CheckPointContent::readPayment(source),
-                                                   CheckPointContent::readBillingAddress(source));
-    made->readAdditionalData(json);
-    return made;
+    return rebuilt<AddPaymentMethod>(json, CheckPointContent::readUser(source),
+                                     CheckPointContent::readPayment(source),
+                                     CheckPointContent::readBillingAddress(source));
   }
   Json getJson() const override {
     return contentOf(type(), [this](const auto& content, JsonSink& sink) {

@@ -53,6 +53,14 @@ class CheckPoint : public CheckPointBase {
   /// Takes "additionalData" when it is an object.
   void readAdditionalData(const Json& json);
 
+  /// A checkpoint of that class, made of these parts, with the "additionalData" of the JSON.
+  template <class Class, class... Parts>
+  static std::unique_ptr<Class> rebuilt(const Json& json, Parts&&... parts) {
+    auto checkPoint = std::make_unique<Class>(std::forward<Parts>(parts)...);
+    checkPoint->readAdditionalData(json);
+    return checkPoint;
+  }
+
   /// What `write` gives to a sink for a checkpoint of that type.
   template <class Write>
   Json contentOf(CheckPointType type, const Write& write) const;
@@ -63,10 +71,7 @@ class CheckPoint : public CheckPointBase {
 
 inline std::unique_ptr<CheckPoint> CheckPoint::fromJson(const Json& json) {
   const auto type = CheckPointContent::readType(jsonSource(json));
-  if (!type) return nullptr;
-  auto checkPoint = std::make_unique<CheckPoint>(*type);
-  checkPoint->readAdditionalData(json);
-  return checkPoint;
+  return type ? rebuilt<CheckPoint>(json, *type) : nullptr;
 }
 
 inline void CheckPoint::setAdditionalData(Json additionalData) {

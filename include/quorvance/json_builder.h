@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <string>
 #include <string_view>
 #include <typeinfo>
@@ -57,13 +58,13 @@ class JsonRemains {
 };
 
 /// Makes a value of what is told; it must outlive the builder. Null until then, and discarded where
-/// the telling ends half-way.
+/// an exception ends the telling.
 template <class Value>
 class JsonBuilder final : public JsonSink {
  public:
   explicit JsonBuilder(Value& value) : value_(value) {}
   ~JsonBuilder() override {
-    if (!open_.empty()) discardJsonParts(value_);
+    if (std::uncaught_exceptions() > exceptions_) discardJsonParts(value_);
   }
 
   void* valueOfType(const JsonType& type) noexcept override {
@@ -117,6 +118,7 @@ class JsonBuilder final : public JsonSink {
     open_.push_back(&opened);
   }
 
+  const int exceptions_ = std::uncaught_exceptions();
   Value& value_;
   /// The objects and arrays that are being told, outermost first.
   std::vector<Value*> open_;

@@ -112,9 +112,7 @@ class Transaction : public CheckPoint {
   /// Never fails: a key of another type is ignored, unknown words read as the fallbacks,
   /// "checkpoint_type" is not read. "transactionType" beats "actType".
   static std::unique_ptr<Transaction> fromJson(const Json& json) {
-    auto made = std::make_unique<Transaction>(CheckPointContent::readTransaction(jsonSource(json)));
-    made->readAdditionalData(json);
-    return made;
+    return rebuilt<Transaction>(json, CheckPointContent::readTransaction(jsonSource(json)));
   }
   Json getJson() const override {
     return contentOf(CheckPointType::TRANSACTION, [this](const auto& content, JsonSink& sink) {

@@ -73,7 +73,7 @@ void FaceVerification::send(const std::shared_ptr<Upload>& upload) {
   const auto jpeg = controller_->scannedImageJpeg(kJpegQuality);
   if (!jpeg) return;
   upload->image.image = base64InLines(*jpeg);
-  Json body = receivedJson(
+  Json body = writtenJson<Json>(
       [&](JsonSink& sink) { controller_->writeImageRequestBody(upload->image, sink); });
   const JsonDiscarder discarder(body);
   upload->image.image = std::string();

@@ -19,7 +19,7 @@ namespace {
 constexpr std::chrono::hours kLongestDeadline{24 * 365};
 
 Json jsonOf(const CheckPointBase& checkPoint) {
-  return receivedJson([&](JsonSink& sink) { checkPoint.writeJson(sink); });
+  return writtenJson<Json>([&](JsonSink& sink) { checkPoint.writeJson(sink); });
 }
 
 // Entries are kept for long, and there are many.

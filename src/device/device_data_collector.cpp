@@ -96,7 +96,7 @@ Json DeviceDataCollector::simDataJson(const DeviceFacts& facts) const {
 
 Json DeviceDataCollector::collectUserData() const {
   if (!userData_) return Json::object();
-  Json collected = receivedJson([this](JsonSink& sink) { userData_->writeUserData(sink); });
+  Json collected = writtenJson<Json>([this](JsonSink& sink) { userData_->writeUserData(sink); });
   if (collected.is_object() && canBeWritten(collected)) return collected;
   discardJson(collected);
   debugPrint("the collected user data cannot be sent");

@@ -32,7 +32,7 @@ void CheckPointContent::write(JsonSink& sink) const {
   Json object = openCheckPoint(*this, 2);
   const JsonDiscarder discarder(object);
   putAdditionalData(object, *this);
-  give(sink, std::move(object));
+  giveJson(sink, std::move(object));
 }
 
 void CheckPointContent::writeWithUser(JsonSink& sink,
@@ -44,7 +44,7 @@ void CheckPointContent::writeWithUser(JsonSink& sink,
   if (isRegistration) putAdditionalData(object, *this);
   putRecordOrEmpty(object, kUserKey, user);
   if (!isRegistration) putAdditionalData(object, *this);
-  give(sink, std::move(object));
+  giveJson(sink, std::move(object));
 }
 
 // The one checkpoint that builds on the base result, so its type word follows `type`.
@@ -58,7 +58,7 @@ void CheckPointContent::writePaymentMethod(
   putRecordOrEmpty(object, kPaymentKey, payment);
   putRecordOrEmpty(object, kBillingAddressKey, billingAddress);
   putRecordOrEmpty(object, kUserKey, user);
-  give(sink, std::move(object));
+  giveJson(sink, std::move(object));
 }
 
 std::optional<CheckPointType> CheckPointContent::readType(const JsonSource& json) {

@@ -45,7 +45,7 @@ constexpr auto kPaymentFields = RecordTable{
 }  // namespace
 
 void CreditCardDetail::writeJson(JsonSink& sink) const {
-  give(sink, recordToJson(*this, kCardFields));
+  giveJson(sink, recordToJson(*this, kCardFields));
 }
 
 CreditCardDetail CreditCardDetail::readJson(const JsonSource& json) {
@@ -53,14 +53,16 @@ CreditCardDetail CreditCardDetail::readJson(const JsonSource& json) {
 }
 
 void BankAccountDetails::writeJson(JsonSink& sink) const {
-  give(sink, recordToJson(*this, kBankFields));
+  giveJson(sink, recordToJson(*this, kBankFields));
 }
 
 BankAccountDetails BankAccountDetails::readJson(const JsonSource& json) {
   return recordFromJson(*JsonView(json), kBankFields);
 }
 
-void Payment::writeJson(JsonSink& sink) const { give(sink, recordToJson(*this, kPaymentFields)); }
+void Payment::writeJson(JsonSink& sink) const {
+  giveJson(sink, recordToJson(*this, kPaymentFields));
+}
 
 Payment Payment::readJson(const JsonSource& json) {
   return recordFromJson(*JsonView(json), kPaymentFields);

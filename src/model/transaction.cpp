@@ -60,7 +60,7 @@ constexpr std::size_t kMostMembers = 3 + kHeadFields.size() + kTailFields.size()
 }  // namespace
 
 void MerchantDetails::writeJson(JsonSink& sink) const {
-  give(sink, recordToJson(*this, kMerchantFields));
+  giveJson(sink, recordToJson(*this, kMerchantFields));
 }
 
 MerchantDetails MerchantDetails::readJson(const JsonSource& json) {
@@ -68,7 +68,7 @@ MerchantDetails MerchantDetails::readJson(const JsonSource& json) {
 }
 
 void AuthorizationResponse::writeJson(JsonSink& sink) const {
-  give(sink, recordToJson(*this, kAuthorizationFields));
+  giveJson(sink, recordToJson(*this, kAuthorizationFields));
 }
 
 AuthorizationResponse AuthorizationResponse::readJson(const JsonSource& json) {
@@ -106,7 +106,7 @@ void CheckPointContent::writeTransaction(JsonSink& sink, const TransactionFields
   writeRecord(object, fields, kHeadFields);
   putAdditionalData(object, *this);
   writeRecord(object, fields, kTailFields);
-  give(sink, std::move(object));
+  giveJson(sink, std::move(object));
 }
 
 }  // namespace quorvance

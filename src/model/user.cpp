@@ -44,13 +44,15 @@ constexpr auto kUserFields = RecordTable{
 
 }  // namespace
 
-void Address::writeJson(JsonSink& sink) const { give(sink, recordToJson(*this, kAddressFields)); }
+void Address::writeJson(JsonSink& sink) const {
+  giveJson(sink, recordToJson(*this, kAddressFields));
+}
 
 Address Address::readJson(const JsonSource& json) {
   return recordFromJson(*JsonView(json), kAddressFields);
 }
 
-void User::writeJson(JsonSink& sink) const { give(sink, recordToJson(*this, kUserFields)); }
+void User::writeJson(JsonSink& sink) const { giveJson(sink, recordToJson(*this, kUserFields)); }
 
 User User::readJson(const JsonSource& json) { return recordFromJson(*JsonView(json), kUserFields); }
 
