@@ -15,7 +15,7 @@ inline constexpr int kChildIsWell = 7;
 inline testing::AssertionResult childEndsWell(const std::function<void()>& body) {
   const pid_t child = fork();
   if (child == 0) {
-    alarm(5);  // a hang ends the child by a signal
+    alarm(30);  // a hang ends the child by a signal
     body();
     _exit(kChildIsWell);
   }

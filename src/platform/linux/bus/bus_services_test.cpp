@@ -29,6 +29,7 @@ std::string modemOn(const BusPlace& bus) {
          orNone(facts.carrierCountry);
 }
 
+constexpr int kAttempts = 5;
 constexpr const char* kNothing = "- - -+- - -";
 
 TEST(ModemFactsTest, TellTheFurthestModemAndItsCarrier) {
@@ -105,10 +106,14 @@ TEST(BusQueryTest, WhatHangsCostsItsTimeoutAndNoMore) {
   for (const bool isDaemon : {false, true}) {
     const TalkingProcess& hung = isDaemon ? bus.daemon() : bus.mock();
     hung.signalWith(SIGSTOP);
-    const auto start = Clock::now();
-    EXPECT_EQ(modemOn(bus.place(kBusTimeout)), kNothing);
-    const auto cost = Clock::now() - start;
-    EXPECT_GE(cost, kBusTimeout);
+    auto cost = Clock::duration::max();
+    // Again where the machine stood still: a second timeout would cost as much every time.
+    for (int i = 0; i < kAttempts && cost >= 2 * kBusTimeout; ++i) {
+      const auto start = Clock::now();
+      EXPECT_EQ(modemOn(bus.place(kBusTimeout)), kNothing);
+      cost = Clock::now() - start;
+      EXPECT_GE(cost, kBusTimeout);
+    }
     EXPECT_LT(cost, 2 * kBusTimeout);
     hung.signalWith(SIGCONT);
   }

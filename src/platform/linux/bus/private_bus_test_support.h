@@ -76,7 +76,7 @@ class TalkingProcess {
   }
 
  private:
-  static constexpr int kPatienceMilliseconds = 20'000;
+  static constexpr int kPatienceMilliseconds = 60'000;
 
   pid_t process_ = -1;
   int input_ = -1;
@@ -142,7 +142,7 @@ class PrivateBus {
 /// false when that takes too long.
 template <class Condition>
 bool holdsInTime(WatchThread& thread, Condition condition) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
   while (!condition()) {
     if (std::chrono::steady_clock::now() > end) return false;
     // The second task runs after the thread has looked at all that it waits for.

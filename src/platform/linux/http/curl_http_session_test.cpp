@@ -179,14 +179,14 @@ TEST(CurlHttpSessionTest, TheTimeoutOfAWaitingRequestBeginsWithItsTurn) {
   });
   CurlHttpSession session;
   HttpRequest mute = requestFor(server.url(), "none");
-  mute.timeout = milliseconds(400);
+  mute.timeout = milliseconds(3000);
   for (std::size_t i = 0; i < CurlHttpSession::kMaxInFlight; ++i) {
     session.send(mute, [](const HttpReply& reply) {
       EXPECT_EQ(errorCode(reply), CURLE_OPERATION_TIMEDOUT);
     });
   }
   HttpRequest late = requestFor(server.url(), "answer");
-  late.timeout = milliseconds(300);
+  late.timeout = milliseconds(2500);
   EXPECT_EQ(exchange(session, std::move(late)).status, 200);
 }
 

@@ -48,6 +48,12 @@ class ScriptedSensors : public SensorFinder, public std::enable_shared_from_this
     std::unique_lock lock(mutex_);
     return changed_.wait_for(lock, kLongest, [&] { return of(kind).calls >= count; });
   }
+  /// Waits until a thread is caught in the sensor that hangs.
+  bool waitForHang(SensorKind kind) {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, kLongest,
+                             [&] { return of(kind).isHanging && of(kind).isInCall; });
+  }
   /// Whether two threads were in one sensor at a time.
   bool wasShared() {
     const std::lock_guard lock(mutex_);

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -15,6 +14,7 @@
 #include "platform/linux/routes/linux_network_facts.h"
 #include "platform/linux/routes/linux_reachability_monitor.h"
 #include "platform/linux/routes/network_namespace_test_support.h"
+#include "platform/testing/forked_child_test_support.h"
 
 namespace quorvance {
 namespace {
@@ -181,20 +181,15 @@ TEST(LinuxReachabilityTest, ReadsAllAgainWhenMessagesWereLost) {
 TEST(LinuxReachabilityTest, StartsNothingInAForkedChild) {
   watchForForks();
   LinuxReachabilityMonitor monitor(RootFiles("/"), std::make_shared<WatchThread>());
-  const pid_t child = fork();
-  if (child == 0) {
-    alarm(5);
-    const auto threads = [] {
-      const auto tasks = std::filesystem::directory_iterator("/proc/self/task");
-      return std::distance(begin(tasks), end(tasks));
-    };
+  const auto threads = [] {
+    const auto tasks = std::filesystem::directory_iterator("/proc/self/task");
+    return std::distance(begin(tasks), end(tasks));
+  };
+  EXPECT_TRUE(childEndsWell([&] {
     const auto before = threads();  // a sanitizer may have one of its own
     const auto subscription = monitor.subscribe([](NetworkKind) { _exit(3); });
-    _exit(threads() == before ? 0 : 4);
-  }
-  int status = 0;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  EXPECT_EQ(WEXITSTATUS(status), 0);
+    if (threads() != before) _exit(4);
+  }));
 }
 
 }  // namespace

@@ -29,7 +29,7 @@ class FileLock {
   };
 
   /// Waits for at most `timeout`, while somebody else has the lock on a thread "qv-lock": the
-  /// kernel's own wait is fair but has no end when the other one is stopped.
+  /// kernel's own wait misses no release but has no end when the other one is stopped.
   FileLock(const std::string& path, std::chrono::milliseconds timeout);
   ~FileLock();
   FileLock(const FileLock&) = delete;
