@@ -26,6 +26,8 @@ consoleTest('5 faults by a click: two verdicts are lost, the third is there', {}
   await page.click('button:text-is("Clear all")');
   await page.waitForFunction(() => !document.querySelector('.banner'));
   assert.deepEqual(await server.json('faults'), []);
+  // Down for longer than the preset says: a machine that pauses would show none of it.
+  await page.route('**/control/restart', (route) => route.continue({postData: '{"downMs":10000}'}));
   await page.click('.presets button:has-text("restart")');
   await page.waitForSelector('.banner.bad:has-text("down")');
   await page.waitForFunction(() => !document.querySelector('.banner'));

@@ -39,7 +39,7 @@ function routeOf(hash) {
 
 function useRoute() {
   const [route, setRoute] = useState(routeOf(location.hash));
-  useEffect(() => addEventListener('hashchange', () => setRoute(routeOf(location.hash))), []);
+  useLayoutEffect(() => addEventListener('hashchange', () => setRoute(routeOf(location.hash))), []);
   useEffect(() => {
     if (route.view === 'live' && route.values.q !== undefined) store.set({query: route.values.q});
   }, [route]);

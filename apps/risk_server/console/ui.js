@@ -10,7 +10,8 @@ export {render, useMemo, useErrorBoundary} from './vendor/htm/standalone.module.
 // Draws anew whenever the store has changed.
 export function useStore() {
   const [, draw] = useReducer((n) => n + 1, 0);
-  useEffect(() => store.subscribe(draw), []);
+  // With the drawing: what came before an effect that runs later would not be shown.
+  useLayoutEffect(() => store.subscribe(draw), []);
   return store;
 }
 
