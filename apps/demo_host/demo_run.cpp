@@ -106,6 +106,14 @@ std::shared_ptr<quorvance::QuorvanceManager> makeManager(quorvance::Platform pla
   return quorvance::QuorvanceManager::shared();
 }
 
+// Stored reports go out one after the other, each as work of its own.
+void waitForReports(quorvance::QuorvanceManager& manager) {
+  const auto end = std::chrono::steady_clock::now() + kLastCallsTime;
+  while (manager.pending() > 0 && std::chrono::steady_clock::now() < end) {
+    manager.flush(std::chrono::seconds(1));
+  }
+}
+
 // Waits for the last calls and adds what became of all to the faults.
 void checkTally(const std::string& url, const std::optional<Tally>& before, JourneyResult& result,
                 JourneyPrinter& printer) {
@@ -141,6 +149,7 @@ JourneyResult playJourney(const DemoOptions& options, const Journey& journey, co
   printer.print("session            " + manager->getSessionId().value_or("none"));
   printer.printHeading();
   JourneyResult result = player.play(journey.steps);
+  waitForReports(*manager);
   checkTally(url, before, result, printer);
   printEnd(journey, result, printer, error);
   if (options.stays) {
