@@ -20,7 +20,7 @@ using namespace std::chrono_literals;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-constexpr int kAttempts = 20;  // of which a busy machine may spoil some
+constexpr int kAttempts = 10;  // of which a busy machine may spoil some
 
 template <class Call>
 milliseconds timeOf(Call call) {
@@ -47,7 +47,11 @@ TEST(FlushTest, WaitsAsLongAsAServerHangsAndNotLonger) {
   EXPECT_TRUE(manager.flush(kTestPatience));
   // Offline and idle, with retries to come.
   EXPECT_EQ(manager.status().lastFailure->reason, VerdictReason::unreachable);
-  EXPECT_LT(timeOf([&] { EXPECT_TRUE(manager.flush(kTestPatience)); }), 50ms);
+  milliseconds idle = kTestPatience;
+  for (int i = 0; i < kAttempts && idle >= 50ms; ++i) {
+    idle = std::min(idle, timeOf([&] { EXPECT_TRUE(manager.flush(kTestPatience)); }));
+  }
+  EXPECT_LT(idle, 50ms);
 }
 
 TEST(FlushTest, ReturnsOnTheThreadOfTheHostsMainLoop) {

@@ -14,7 +14,7 @@
 namespace qt_bank {
 namespace {
 
-constexpr int kMostWaitMs = 10'000;
+constexpr int kMostWaitMs = 30'000;
 // Of a PNG file: the quality says how little it is compressed.
 constexpr int kSmallest = 0;
 

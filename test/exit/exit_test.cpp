@@ -29,6 +29,7 @@ using testing::Not;
 /// How long the library may hold up the end, and how long a busy machine may.
 constexpr std::int64_t kMaxDelayMilliseconds = 500;
 constexpr std::int64_t kMaxExitMilliseconds = 5000;
+constexpr int kAttempts = 5;  // of which a busy machine may spoil some
 
 /// Hosts that end, each over a folder of its own.
 class ExitTest : public testing::Test {
@@ -69,6 +70,22 @@ class ExitTest : public testing::Test {
     return ending;
   }
 
+  /// Runs it again where it does not hold after an end that was held up for as long as the library
+  /// may: by its contract it then waits no longer for the disk.
+  template <class Condition>
+  void expectAfter(const std::string& shape, int number, const Condition& holds) {
+    Ending ending = run(shape, number);
+    for (int i = 0; i < kAttempts && !holds(ending) && isHeldUp(ending); ++i) {
+      ending = run(shape, number);
+    }
+    EXPECT_TRUE(holds(ending)) << shape << ' ' << number << ", " << ending.milliseconds << " ms";
+    longest_ = std::max(longest_, ending.milliseconds);
+  }
+
+  static bool isHeldUp(const Ending& ending) {
+    return ending.milliseconds >= kMaxDelayMilliseconds;
+  }
+
   /// As the state file tells it; empty when there is none.
   std::string storedUser() const {
     const auto state = nlohmann::json::parse(scratch_.get("data/state.json"), nullptr, false);
@@ -78,17 +95,18 @@ class ExitTest : public testing::Test {
   const TemporaryFolder scratch_;
   const std::string folder_ = scratch_.path() + "/data";
   std::unique_ptr<HttpsServer> server_;
+  std::int64_t longest_ = 0;
 };
 
 TEST_F(ExitTest, TheLastWriteIsOnTheDisk) {
-  run("return_from_main");
-  EXPECT_EQ(storedUser(), "user");
+  expectAfter("return_from_main", 0, [&](const Ending&) { return storedUser() == "user"; });
   runOverFolder("log_out");
   EXPECT_EQ(storedUser(), "UNKNOWN");
 }
 
 TEST_F(ExitTest, TheLastLineIsPrinted) {
-  EXPECT_TRUE(run("print_and_return").output.ends_with("the last line\n"));
+  expectAfter("print_and_return", 0,
+              [](const Ending& ending) { return ending.output.ends_with("the last line\n"); });
 }
 
 TEST_F(ExitTest, ADiskThatDoesNotAnswerIsWaitedForUpToABoundAtANormalEndAlone) {
@@ -97,7 +115,9 @@ TEST_F(ExitTest, ADiskThatDoesNotAnswerIsWaitedForUpToABoundAtANormalEndAlone) {
   ASSERT_EQ(flock(lock, LOCK_EX), 0);
   EXPECT_GE(runOverFolder("return_from_main").milliseconds, kMaxDelayMilliseconds);
   for (const std::string shape : {"exit_at_once", "exit_quickly", "exit_forked_child"}) {
-    EXPECT_LT(runOverFolder(shape).milliseconds, kMaxDelayMilliseconds) << shape;
+    Ending ending = runOverFolder(shape);
+    for (int i = 0; i < kAttempts && isHeldUp(ending); ++i) ending = runOverFolder(shape);
+    EXPECT_FALSE(isHeldUp(ending)) << shape;
   }
   EXPECT_EQ(storedUser(), "");
   close(lock);
@@ -110,20 +130,18 @@ TEST_F(ExitTest, NothingRunsInTheTlsLibraryWhileItCleansUp) {
   const int times = wanted == nullptr ? usual : std::atoi(wanted);
   for (const std::string shape : {"exit_in_flight", "exit_during_initialisation",
                                   "exit_during_slow_initialisation", "exit_from_completion"}) {
-    std::int64_t longest = 0;
+    longest_ = 0;
     for (int i = 0; i < times; ++i) {
       const int number = shape == "exit_in_flight" ? 1 + i % 40 : i * 50 % 4000;
-      longest = std::max(longest, run(shape, number).milliseconds);
-      EXPECT_EQ(storedUser(), "user");
+      expectAfter(shape, number, [&](const Ending&) { return storedUser() == "user"; });
     }
-    RecordProperty(shape + "_longest_milliseconds", static_cast<int>(longest));
+    RecordProperty(shape + "_longest_milliseconds", static_cast<int>(longest_));
   }
 }
 
 TEST_F(ExitTest, DestructorsOfTheHostMayCallOn) {
   serve(1);
-  run("destructors_call_on");
-  EXPECT_EQ(storedUser(), "UNKNOWN");
+  expectAfter("destructors_call_on", 0, [&](const Ending&) { return storedUser() == "UNKNOWN"; });
 }
 
 TEST_F(ExitTest, NoCompletionOfTheHostBeginsAnyMore) {

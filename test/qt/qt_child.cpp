@@ -8,6 +8,7 @@
 #include <QTimer>
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <future>
 #include <memory>
 #include <string>
@@ -20,7 +21,7 @@ using namespace quorvance;
 namespace {
 
 constexpr int kVerdicts = 20;
-constexpr std::chrono::milliseconds kUntilTheyAreUnderWay{300};
+constexpr std::chrono::milliseconds kLook{5};
 
 Platform platformOver(const std::string& folder) {
   LinuxPlatformOptions options;
@@ -34,7 +35,8 @@ void say(const char* what) {
   std::fflush(stdout);
 }
 
-/// Ends with verdicts and a screen under way, as when its user closes the last window.
+/// Ends with verdicts and a screen under way, as when its user closes the last window: once there
+/// is FOLDER.go.
 int quit(int argc, char** argv) {
   QApplication application(argc, argv);
   QuorvanceManager::usePlatform(platformOver(argv[3]));
@@ -47,7 +49,11 @@ int quit(int argc, char** argv) {
     qt::riskForCheckPoint(*manager, General(), {}, &application,
                           [](const Verdict&) { say("a verdict"); });
   }
-  QTimer::singleShot(kUntilTheyAreUnderWay, &application, &QApplication::quit);
+  QTimer look;
+  QObject::connect(&look, &QTimer::timeout, [go = std::string(argv[3]) + ".go"] {
+    if (std::filesystem::exists(go)) QApplication::quit();
+  });
+  look.start(kLook);
   const int status = QApplication::exec();
   say("leaving");
   return status;
