@@ -201,10 +201,9 @@ class QuorvanceManager {
   /// badly, or stored: calls with their completions, reports, the state. True when it has, at once
   /// when nothing is pending; false when the time is over, when the state could not be stored, and
   /// at once inside a callback of the library, which would wait for itself, and once the process's
-  /// exit handlers have begun. Retries, loops and
-  /// traces are not waited for. Several threads may wait. Nothing needs the main queue, save for
-  /// the end of a finished screen and, while device facts hang, their time-out: where that queue is
-  /// the host's own loop, run it first.
+  /// exit handlers have begun. Retries, loops and traces are not waited for. Several threads may
+  /// wait. Nothing needs the main queue, save for the end of a finished screen and, while device
+  /// facts hang, their time-out: where that queue is the host's own loop, run it first.
   bool flush(std::chrono::milliseconds timeout);
   /// How many pieces of work flush would wait for now.
   std::size_t pending() const;

@@ -31,8 +31,7 @@ enum class VerdictReason {
   /// The server's certificate has expired, is another host's, or is of an unknown authority.
   certificate,
   /// The URL cannot be sent to, the body cannot be JSON, too many calls wait, the host's HTTP
-  /// options
-  /// cannot be used, or its beforeSend has kept the call back.
+  /// options cannot be used, or its beforeSend has kept the call back.
   cannotBeSent,
   /// There was no server URL yet.
   notSetUp,

@@ -14,10 +14,9 @@ namespace quorvance {
 inline constexpr std::chrono::seconds kMaxLockWait{1};
 
 /// The exclusive lock of a side file, which is made when missing; whoever removes it holds it, and
-/// whoever has waited for a removed one begins anew. It excludes
-/// other processes and other locks of this one, and is held until its end. A process that dies lets
-/// it go; of one that forks, the child's copy neither holds nor releases it once the parent has
-/// released it. Not thread-safe.
+/// whoever has waited for a removed one begins anew. It excludes other processes and other locks of
+/// this one, and is held until its end. A process that dies lets it go; of one that forks, the
+/// child's copy neither holds nor releases it once the parent has released it. Not thread-safe.
 class FileLock {
  public:
   enum class Outcome {

@@ -50,9 +50,8 @@ SmallFile readSmallFile(const std::string& path, std::size_t maxBytes);
 bool makePrivateFolder(const std::string& path);
 
 /// Whether the path leads to a folder of another user (but the administrator, and unless it is
-/// shared on purpose), or
-/// through a link of another user's that is not the administrator's: whatever lies there may be
-/// that user's making.
+/// shared on purpose), or through a link of another user's that is not the administrator's:
+/// whatever lies there may be that user's making.
 bool belongsToOthers(const std::string& path);
 
 /// Replaces or makes `path` with mode 0600 in one step: a reader sees the old bytes or the new.
