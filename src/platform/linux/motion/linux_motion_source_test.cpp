@@ -126,6 +126,20 @@ TEST_F(LinuxMotionSourceTest, ASensorThatHangsHoldsUpNobody) {
   }
 }
 
+// While one has a sensor of its own, the other reads one sensor alone, and nobody watches it.
+TEST_F(LinuxMotionSourceTest, ASensorThatRecoversIsReadWhileTheNextOneHangs) {
+  Inbox recovered;
+  Inbox hung;
+  sensors_->setHanging(SensorKind::gyroscope, true);
+  start(MotionSensor::gyroscope, recovered);
+  start(MotionSensor::accelerometer, hung);
+  ASSERT_TRUE(hung.waitForMore(5));
+  sensors_->setHanging(SensorKind::accelerometer, true);
+  ASSERT_TRUE(sensors_->waitForHang(SensorKind::accelerometer));
+  sensors_->setHanging(SensorKind::gyroscope, false);
+  EXPECT_TRUE(recovered.waitForMore(50));
+}
+
 TEST_F(LinuxMotionSourceTest, ASampleThatWaitsOnTheQueueOutlivesNeitherAnotherStartNorAStop) {
   Inbox replaced;
   Inbox stopped;

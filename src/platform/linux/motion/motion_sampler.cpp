@@ -184,7 +184,12 @@ void MotionSampler::serve(SensorChannel& channel, ThreadNumber me, Lock& lock) {
   if (due) read(channel, lock);
   if (!due || Clock::now() - began < kHungAfter) {
     channel.ownThread = kNoThread;
-    if (leader_ == kNoThread) leader_ = me;
+    // The leader may hang, and have had nothing until now that it could leave unread.
+    if (leader_ == kNoThread) {
+      leader_ = me;
+    } else if (watcher_ == kNoThread && isWatcherNeeded()) {
+      watcher_ = me;
+    }
     changed_.notify_all();
   }
   postAll(lock);
