@@ -81,11 +81,13 @@ inline void CheckPoint::setAdditionalData(Json additionalData) {
 }
 
 inline void CheckPoint::readAdditionalData(const Json& json) {
-  if (!json.is_object()) return;
-  const auto found = json.find("additionalData");
-  if (found == json.end() || !found->is_object()) return;
+  const auto* const members = json.get_ptr<const Json::object_t*>();
+  if (members == nullptr) return;
+  const auto found = members->find("additionalData");
+  if (found == members->end() || !found->second.is_object()) return;
   // One that is nested too deep to be copied is replaced by one that cannot be sent either.
-  setAdditionalData(fitsJsonDepth(*found) ? *found : Json{{"additionalData", notJson()}});
+  const bool fits = fitsJsonDepth(found->second);
+  setAdditionalData(fits ? found->second : Json{{"additionalData", notJson()}});
 }
 
 template <class Write>
