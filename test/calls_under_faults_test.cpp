@@ -87,7 +87,9 @@ TEST(RoadUnderFaultsTest, EveryOutcomeIsAVerdictAndAReportOrNone) {
 TEST(RoadUnderFaultsTest, CallsThatTakeTooLongAreGivenUpAndReported) {
   FaultyWorld world(1);
   for (const std::string fault : {R"("hang": true)", R"("trickle": 1)"}) {
-    EXPECT_EQ(world.verdictUnder(fault).level, RiskLevel::undefined) << fault;
+    const ReceivedVerdict verdict = world.verdictUnder(fault);
+    EXPECT_EQ(verdict.level, RiskLevel::undefined) << fault;
+    EXPECT_FALSE(verdict.requestId.empty()) << fault;
   }
   EXPECT_EQ(world.documents->waitForWrites(2, kTestPatience), 2U);
 }

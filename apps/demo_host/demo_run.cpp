@@ -106,11 +106,13 @@ std::shared_ptr<quorvance::QuorvanceManager> makeManager(quorvance::Platform pla
   return quorvance::QuorvanceManager::shared();
 }
 
-// Stored reports go out one after the other, each as work of its own.
+// Stored reports go out one after the other, each as work of its own: one flush covers one of them.
 void waitForReports(quorvance::QuorvanceManager& manager) {
   const auto end = std::chrono::steady_clock::now() + kLastCallsTime;
-  while (manager.pending() > 0 && std::chrono::steady_clock::now() < end) {
-    manager.flush(std::chrono::seconds(1));
+  bool isFlushed = true;
+  while (isFlushed && manager.pending() > 0) {
+    const auto left = end - std::chrono::steady_clock::now();
+    isFlushed = manager.flush(std::chrono::duration_cast<std::chrono::milliseconds>(left));
   }
 }
 

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -28,7 +29,8 @@ using testing::Not;
 using OrderedJson = nlohmann::ordered_json;
 
 // Two seconds of them are those that a hanging delegate of the host gets.
-constexpr std::int64_t kMaxCrashMilliseconds = 10'000;
+constexpr std::int64_t kMaxCrashMilliseconds = 3000;
+constexpr int kCrashAttempts = 3;  // of which a machine that pauses may spoil some
 constexpr std::size_t kMaxKept = 50;
 
 /// In which builds a kind means what its name says.
@@ -226,9 +228,13 @@ std::string describe(const CrashScene& scene) {
 class CrashMatrixTest : public testing::TestWithParam<CrashCase> {};
 
 TEST_P(CrashMatrixTest, LeavesWhatItMustAndEndsInTime) {
-  const CrashScene scene(GetParam().death, GetParam().circumstances);
-  expectCase(scene, GetParam());
-  if (HasFailure()) ADD_FAILURE() << describe(scene);
+  std::optional<CrashScene> scene;
+  for (int i = 0;
+       i < kCrashAttempts && (!scene || scene->end.milliseconds >= kMaxCrashMilliseconds); ++i) {
+    scene.emplace(GetParam().death, GetParam().circumstances);
+  }
+  expectCase(*scene, GetParam());
+  if (HasFailure()) ADD_FAILURE() << describe(*scene);
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, CrashMatrixTest, testing::ValuesIn(crashCasesOfThisBuild()),

@@ -69,6 +69,7 @@ class KillRounds {
     check(content, left, "left");
     check(content, right, "right");
     if (!wasLate(left) && !wasLate(right)) {
+      if (isFilled) ++filled;
       EXPECT_LE(content.reports.size(), kMaxShared);
       EXPECT_TRUE(!isFilled || content.reports.size() == kMaxShared);
     }
@@ -82,6 +83,7 @@ class KillRounds {
   }
 
   std::size_t kills = 0;
+  std::size_t filled = 0;
   std::size_t states = 0;
   std::size_t takenUp = 0;
 
@@ -135,6 +137,7 @@ TEST(SharedFolderTest, KilledWritersLoseAndTearNothingAndKeepFifty) {
   const std::size_t kills = wanted == nullptr ? 60 : std::stoul(wanted);
   KillRounds rounds;
   for (std::size_t i = 0; rounds.kills < kills && !testing::Test::HasFailure(); ++i) rounds.run(i);
+  EXPECT_GT(rounds.filled, 0U) << "the limit was never seen";
   // However many were killed: some had written state, and some left a whole report to take up.
   RecordProperty("states", std::to_string(rounds.states));
   RecordProperty("takenUp", std::to_string(rounds.takenUp));

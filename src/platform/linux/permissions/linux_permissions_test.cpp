@@ -167,24 +167,30 @@ TEST_F(PermissionsTest, AServiceThatGoesTellsNothingAndOneThatComesBackIsAskedAg
 
 // Until the first reading has ended, which a service that hangs puts off by its timeout.
 TEST_F(PermissionsTest, WhileNobodyAnswersLocationIsOnAndNothingDetermined) {
+  constexpr int kHangAttempts = 5;
+  constexpr std::chrono::milliseconds kMaxHangCost{1500};
   timeout_ = kBusTimeout;
   bus_.play("geo_clue(8)");
   for (const bool isDaemon : {false, true}) {
     const TalkingProcess& hung = isDaemon ? bus_.daemon() : bus_.mock();
     hung.signalWith(SIGSTOP);
-    const PermissionSources sources = makeSources();
-    LinuxAuthorization authorization(sources);
-    const auto start = std::chrono::steady_clock::now();
-    // Whoever waited for an answer here would wait for ever.
-    std::promise<void> mayAsk = holdThread();
-    EXPECT_TRUE(authorization.locationServicesEnabled());
-    EXPECT_EQ(authorization.status(Subject::location), Status::notDetermined);
-    EXPECT_EQ(authorization.status(Subject::camera), Status::notDetermined);
-    mayAsk.set_value();
-    EXPECT_TRUE(holds([&] { return !authorization.locationServicesEnabled(); }));
-    // The bus library's own timeout would be 25 seconds.
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
-    EXPECT_TRUE(holds([&] { return sources.store->permissions().isRead; }));
+    auto cost = std::chrono::steady_clock::duration::max();
+    // Again where the machine stood still meanwhile.
+    for (int i = 0; i < kHangAttempts && cost >= kMaxHangCost; ++i) {
+      const PermissionSources sources = makeSources();
+      LinuxAuthorization authorization(sources);
+      const auto start = std::chrono::steady_clock::now();
+      // Whoever waited for an answer here would wait for ever.
+      std::promise<void> mayAsk = holdThread();
+      EXPECT_TRUE(authorization.locationServicesEnabled());
+      EXPECT_EQ(authorization.status(Subject::location), Status::notDetermined);
+      EXPECT_EQ(authorization.status(Subject::camera), Status::notDetermined);
+      mayAsk.set_value();
+      EXPECT_TRUE(holds([&] { return !authorization.locationServicesEnabled(); }));
+      cost = std::chrono::steady_clock::now() - start;
+      EXPECT_TRUE(holds([&] { return sources.store->permissions().isRead; }));
+    }
+    EXPECT_LT(cost, kMaxHangCost);
     hung.signalWith(SIGCONT);
   }
 }
