@@ -24,6 +24,7 @@ void writeReport(const DemoOptions& options, const std::filesystem::path& log) {
                                     options.report->string()};
   if (options.reportIsPlain) words.emplace_back("--plain");
   std::vector<char*> command;
+  command.reserve(words.size() + 1);
   for (std::string& word : words) command.push_back(word.data());
   command.push_back(nullptr);
   pid_t child = -1;

@@ -23,6 +23,7 @@ TEST(ReportListingTest, TellsEachReportAndLeavesOthersOut) {
   std::filesystem::create_directory(folder.path() + "/bioFolder");
   const auto reports = listReports(folder.path());
   std::vector<std::string> lines;
+  lines.reserve(reports.size());
   for (const auto& report : reports) lines.push_back(report.category + " " + report.summary);
   EXPECT_THAT(lines,
               testing::ElementsAre("activity screenType startApp, userId u [31m",

@@ -119,6 +119,10 @@ std::optional<std::string> findText(const Json& object, std::string_view path) {
   return value->get<std::string>();
 }
 
+std::string memberPlace(const std::string& place, std::string_view key) {
+  return std::string(place).append(1, '.').append(key);
+}
+
 std::string quoteForMessage(const Json& value) {
   if (value.is_object()) return "an object";
   if (value.is_array()) return "an array of " + std::to_string(value.size());

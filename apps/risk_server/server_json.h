@@ -56,6 +56,9 @@ std::optional<std::int64_t> findInteger(const Json& object, std::string_view pat
 // What stands at a dotted path, or null.
 const Json* findPath(const Json& object, std::string_view path);
 
+// Where a member stands, for a message: its object's place, a dot, its key.
+std::string memberPlace(const std::string& place, std::string_view key);
+
 // A value for a message: compact JSON, shortened.
 std::string quoteForMessage(const Json& value);
 

@@ -68,7 +68,7 @@ void tellJson(const Value& value, JsonSink& sink, std::size_t depth = 0) {
 template <class Value>
 requires(!std::is_reference_v<Value>) void giveJson(JsonSink& sink, Value&& value) {
   if (void* const wanted = sink.valueOfType(jsonType<Value>())) {
-    *static_cast<Value*>(wanted) = std::move(value);
+    *static_cast<Value*>(wanted) = std::forward<Value>(value);
   } else {
     const JsonRemains remains(value);
     tellJson(value, sink);

@@ -119,7 +119,7 @@ std::string groupOrigin(const FieldOrigin& field, const Platform& platform) {
 std::span<const FieldOrigin> inspectedFields() { return kFields; }
 
 std::string sourceOf(const FieldOrigin& field, const Platform& platform) {
-  const std::string origin = groupOrigin(field, platform);
+  std::string origin = groupOrigin(field, platform);
   if (field.key == "model") return "SIMULATOR_MODEL_IDENTIFIER, " + origin;
   if (field.key == "kindModel") return origin + ", else \"computer\"";
   if (field.key == "storageSize") return origin + ", else 0";

@@ -46,6 +46,7 @@ std::vector<std::shared_ptr<View>> ObjectView<Object>::subviews() {
   const std::vector<Object*> children = childrenOf(*shown);
   if (!std::equal(children.begin(), children.end(), children_.begin(), children_.end())) {
     std::vector<std::shared_ptr<View>> made;
+    made.reserve(children.size());
     for (Object* const child : children) {
       made.push_back(std::make_shared<ObjectView<Object>>(child, ViewOptions()));
     }

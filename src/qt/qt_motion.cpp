@@ -62,7 +62,7 @@ bool isFinite(const MotionSample& sample) {
 /// up.
 QByteArray backendFor(const QByteArray& type) {
   const auto isReal = [](const QByteArray& backend) { return !backend.startsWith("dummy."); };
-  const QByteArray preferred = QSensor::defaultSensorForType(type);
+  QByteArray preferred = QSensor::defaultSensorForType(type);
   if (isReal(preferred)) return preferred;
   const QList<QByteArray> all = QSensor::sensorsForType(type);
   const auto real = std::find_if(all.begin(), all.end(), isReal);

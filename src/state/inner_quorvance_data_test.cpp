@@ -24,6 +24,7 @@ std::vector<StoredValue> valuesOfEightThreads(const std::function<StoredValue()>
   std::latch start(kThreads);
   std::vector<StoredValue> values(kThreads);
   std::vector<std::jthread> threads;
+  threads.reserve(kThreads);
   for (StoredValue& value : values) {
     threads.emplace_back([&] {
       start.arrive_and_wait();

@@ -17,10 +17,12 @@ void noteCall() {
 
 extern "C" {
 
+// NOLINTBEGIN(bugprone-reserved-identifier): the names are the C library's.
 void* __libc_malloc(std::size_t bytes);
 void* __libc_calloc(std::size_t count, std::size_t bytes);
 void* __libc_realloc(void* memory, std::size_t bytes);
 void __libc_free(void* memory);
+// NOLINTEND(bugprone-reserved-identifier)
 
 void* malloc(std::size_t bytes) {
   noteCall();

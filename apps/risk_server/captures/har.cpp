@@ -71,7 +71,7 @@ std::string headerOf(const Json& message, std::string_view name) {
 }
 
 std::string contentOf(const Json& content) {
-  const std::string text = findText(content, "text").value_or("");
+  std::string text = findText(content, "text").value_or("");
   if (findText(content, "encoding") != "base64") return text;
   std::string url = text.substr(0, text.find('='));
   for (char& c : url) c = c == '+' ? '-' : c == '/' ? '_' : c;

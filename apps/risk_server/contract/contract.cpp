@@ -63,11 +63,11 @@ const ServiceCall* Contract::find(const std::string& target) const {
 }
 
 std::string Contract::reasonForUnknown(const std::string& target) const {
-  const std::string reason = "no service at \"" + target + "\"";
+  std::string reason = "no service at \"" + target + "\"";
   const std::string squeezed = squeezeSlashes(target);
   for (const auto& [path, call] : calls_) {
     if (squeezeSlashes(path) == squeezed) {
-      return reason + "; the path is \"" + path + "\", slash for slash";
+      return reason.append("; the path is \"").append(path).append("\", slash for slash");
     }
   }
   return reason;

@@ -26,27 +26,27 @@ void allowOnly(const Json& rule, std::initializer_list<std::string_view> keys,
                const std::string& place) {
   for (const auto& [key, value] : rule.items()) {
     if (std::find(keys.begin(), keys.end(), key) == keys.end()) {
-      refuseRule(place + "." + key, "not a part of this kind of rule");
+      refuseRule(memberPlace(place, key), "not a part of this kind of rule");
     }
   }
 }
 
 const Json& requiredPart(const Json& rule, const std::string& key, const std::string& place) {
   const Json* part = findMember(rule, key);
-  if (part == nullptr) refuseRule(place + "." + key, "missing");
+  if (part == nullptr) refuseRule(memberPlace(place, key), "missing");
   return *part;
 }
 
 std::string textPart(const Json& rule, const std::string& key, const std::string& place) {
   const Json& part = requiredPart(rule, key, place);
-  if (!part.is_string()) refuseRule(place + "." + key, "expected a text");
+  if (!part.is_string()) refuseRule(memberPlace(place, key), "expected a text");
   return part.get<std::string>();
 }
 
 bool flagPart(const Json& rule, const std::string& key, const std::string& place) {
   const Json* part = findMember(rule, key);
   if (part == nullptr) return false;
-  if (!part->is_boolean()) refuseRule(place + "." + key, "expected a boolean");
+  if (!part->is_boolean()) refuseRule(memberPlace(place, key), "expected a boolean");
   return part->get<bool>();
 }
 
@@ -54,7 +54,7 @@ std::size_t countPart(const Json& rule, const std::string& key, std::size_t abse
                       const std::string& place) {
   const Json* part = findMember(rule, key);
   if (part == nullptr) return absent;
-  if (!part->is_number_unsigned()) refuseRule(place + "." + key, "expected a count");
+  if (!part->is_number_unsigned()) refuseRule(memberPlace(place, key), "expected a count");
   return part->get<std::size_t>();
 }
 
@@ -200,7 +200,7 @@ RulePointer ContractReader::readObject(const Json& rule, const std::string& plac
     for (const auto& [key, value] : fields->items()) {
       const bool required = key.empty() || key.back() != '?';
       const std::string name = required ? key : key.substr(0, key.size() - 1);
-      setField(shape, {name, required, read(value, place + ".fields." + key)});
+      setField(shape, {name, required, read(value, memberPlace(place + ".fields", key))});
     }
   }
   readOnly(rule, place, shape);
@@ -246,7 +246,7 @@ RulePointer ContractReader::readSelect(const Json& rule, const std::string& plac
   }
   std::vector<std::pair<std::string, RulePointer>> rules;
   for (const auto& [word, value] : cases.items()) {
-    rules.emplace_back(word, read(value, place + ".cases." + word));
+    rules.emplace_back(word, read(value, memberPlace(place + ".cases", word)));
   }
   return std::make_shared<SelectRule>(textPart(rule, "select", place), std::move(rules));
 }

@@ -99,7 +99,7 @@ bool framesTheReply(const std::string& name) {
 void readHeaders(Fault& fault, const Json& value, const std::string& place) {
   if (!value.is_object()) refuseFault(place, "expected an object of texts");
   for (const auto& [name, text] : value.items()) {
-    const std::string own = place + "." + name;
+    const std::string own = memberPlace(place, name);
     if (!isHeaderName(name)) refuseFault(own, "is no name of a header");
     if (framesTheReply(name)) refuseFault(own, "cannot be set");
     const std::string line = faultText(text, own);

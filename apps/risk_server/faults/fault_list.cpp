@@ -7,6 +7,7 @@ namespace risk_server {
 std::optional<std::uint64_t> FaultList::replace(std::vector<Fault> faults,
                                                 std::optional<std::uint64_t> onlyVersion) {
   std::vector<Entry> entries;
+  entries.reserve(faults.size());
   for (Fault& fault : faults) {
     entries.push_back({std::make_shared<const Fault>(std::move(fault)), 0, 0});
   }

@@ -22,7 +22,7 @@ void noteEffect(Effects& effects, KeyRole role, const std::string& key, const st
                       : role == KeyRole::kBody ? effects.body
                                                : effects.transfer;
   if (role != KeyRole::kHead && !slot.empty()) {
-    throw InputError(place + "." + key + ": cannot stand beside \"" + slot + "\"");
+    throw InputError(memberPlace(place, key) + ": cannot stand beside \"" + slot + "\"");
   }
   slot = key;
   effects.names += (effects.names.empty() ? "" : "+") + key;
@@ -32,7 +32,7 @@ Effects readKeys(Fault& fault, const std::string& place) {
   Effects effects;
   for (const auto& [key, value] : fault.given.items()) {
     const auto known = faultKeys().find(key);
-    const std::string own = place + "." + key;
+    const std::string own = memberPlace(place, key);
     if (known == faultKeys().end()) throw InputError(own + ": no known part of a fault");
     noteEffect(effects, known->second.role, key, place);
     known->second.read(fault, value, own);
@@ -51,7 +51,7 @@ void checkScope(const Fault& fault, const Contract& contract, const std::string&
 // A connection is neither of a path nor replied to.
 void checkAtAccept(const Fault& fault, const Effects& effects, const std::string& place) {
   if (!fault.atAccept) return;
-  const std::string own = place + "." + effects.transfer;
+  const std::string own = memberPlace(place, effects.transfer);
   if (effects.names != effects.transfer)
     throw InputError(own + ": is the only effect of its fault");
   if (fault.path != kEveryPath) throw InputError(own + ": its path is \"*\"");
@@ -62,14 +62,14 @@ void checkAtAccept(const Fault& fault, const Effects& effects, const std::string
 }
 
 void checkReply(const Fault& fault, const Effects& effects, const std::string& place) {
-  const std::string transfer = place + "." + effects.transfer;
+  const std::string transfer = memberPlace(place, effects.transfer);
   const bool saysSomething = fault.status || !fault.headers.empty() || fault.body;
   if (fault.delivery.sendsNothing() && saysSomething) {
     throw InputError(transfer + ": nothing is sent that could have a status, headers or a body");
   }
   const bool isBodiless = fault.status && statusForbidsBody(*fault.status);
   if (isBodiless && fault.body) {
-    throw InputError(place + "." + effects.body + ": replies of that status have no body");
+    throw InputError(memberPlace(place, effects.body) + ": replies of that status have no body");
   }
   if (fault.delivery.cutsBody() && (isBodiless || (fault.body && fault.body().empty()))) {
     throw InputError(transfer + ": there is no body to cut");

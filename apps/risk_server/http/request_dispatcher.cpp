@@ -62,7 +62,7 @@ bool isOrdinary(const HttpReply& reply) { return reply.delivery.isPlain() && !re
 
 void deliver(HttpReply reply, httplib::Response& response) {
   response.status = reply.status;
-  response.set_content(std::move(reply.body), kReplyContentType);
+  response.set_content(reply.body, kReplyContentType);
   if (!reply.allow.empty()) response.set_header("Allow", reply.allow);
   for (const auto& [name, value] : reply.headers) {
     response.headers.erase(name);

@@ -72,8 +72,8 @@ TEST_F(RequestGuardTest, programsAndTheOwnPagePass) {
   startWith({{"lab.example"}, ""});
   for (const char* lines : {"Host: 127.0.0.1:PORT\r\n", "Host: localhost:PORT\r\n",
                             "Host: lab.example:PORT\r\nOrigin: http://lab.example:PORT\r\n",
-                            "Host: 127.0.0.1:PORT\r\nOrigin: http://127.0.0.1:PORT\r\n"
-                            "Sec-Fetch-Site: same-origin\r\n",
+                            ("Host: 127.0.0.1:PORT\r\nOrigin: http://127.0.0.1:PORT\r\n"
+                             "Sec-Fetch-Site: same-origin\r\n"),
                             "Host: 127.0.0.1:PORT\r\nSec-Fetch-Site: none\r\n"}) {
     EXPECT_EQ(statusOf("POST", "/control/faults", lines), "200") << lines;
     ASSERT_EQ(server_->faults().size(), 1U) << lines;

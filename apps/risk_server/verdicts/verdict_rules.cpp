@@ -172,9 +172,9 @@ VerdictRules::Rule VerdictRules::readRule(const Json& json, const std::string& p
     if (key == "risk") continue;
     const auto reader = conditionReaders().find(key);
     if (reader == conditionReaders().end()) {
-      throw InputError(place + "." + key + ": no known condition");
+      throw InputError(memberPlace(place, key) + ": no known condition");
     }
-    rule.conditions.push_back(reader->second(value, place + "." + key));
+    rule.conditions.push_back(reader->second(value, memberPlace(place, key)));
   }
   return rule;
 }

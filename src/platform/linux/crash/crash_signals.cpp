@@ -49,8 +49,10 @@ void catchSignals(SignalHandler handler) {
 const void* faultingInstruction(const void* context) {
   const auto* const state = static_cast<const ucontext_t*>(context);
 #if defined(__x86_64__)
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): a register holds a number
   return reinterpret_cast<const void*>(state->uc_mcontext.gregs[REG_RIP]);
 #elif defined(__aarch64__)
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): as above
   return reinterpret_cast<const void*>(state->uc_mcontext.pc);
 #else
   static_cast<void>(state);

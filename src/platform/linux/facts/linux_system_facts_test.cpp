@@ -66,12 +66,9 @@ TEST_F(LinuxSystemFactsTest, TheModelComesFromTheMostTellingSource) {
 }
 
 TEST_F(LinuxSystemFactsTest, TextThatNobodyCanReadIsNone) {
-  const std::string_view unreadable[] = {
-      "\x7f"
-      "ELF\x02\x01\x01",
-      "Book\x1b[2J14", "B\xff\xfeok", "Tab\tbook",
-      "Book\xc2\x9b"
-      "14"};
+  // Octal where a digit or a letter follows.
+  const std::string_view unreadable[] = {"\177ELF\x02\x01\x01", "Book\x1b[2J14", "B\xff\xfeok",
+                                         "Tab\tbook", "Book\xc2\23314"};
   for (const std::string_view text : unreadable) {
     folder_.put("proc/device-tree/model", text);
     folder_.put("sys/class/dmi/id/product_name", "Book 14\n");

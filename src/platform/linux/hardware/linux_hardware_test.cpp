@@ -50,8 +50,9 @@ class LinuxHardwareTest : public testing::Test {
   }
   void supply(const std::string& name,
               const std::vector<std::pair<std::string, std::string>>& files) const {
+    const std::string folder = "sys/class/power_supply/" + name + "/";
     for (const auto& [file, text] : files) {
-      folder_.put("sys/class/power_supply/" + name + "/" + file, text + "\n");
+      folder_.put(folder + file, text + "\n");
     }
   }
   /// "logical width x height, native width x height", "-" where unknown.
@@ -166,7 +167,7 @@ TEST(OrientationTest, IsTheEdgeOrTheFaceThatPointsDown) {
       {{0, -1, 0}, 1},       {{0, 1, 0}, 2},        {{-1, 0, 0}, 3},        {{1, 0, 0}, 4},
       {{0, 0, -1}, 5},       {{0, 0, 1}, 6},        {{0, -0.51, -0.86}, 1}, {{0, -0.49, -0.87}, 5},
       {{0.6, -0.7, 0.3}, 1}, {{0.7, -0.6, 0.3}, 4}, {{0, 0, 0}, 0},         {{0, -0.69, 0}, 0},
-      {{0, -1.31, 0}, 0},    {{NAN, -1, 0}, 0},     {{0, -INFINITY, 0}, 0},
+      {{0, -1.31, 0}, 0},    {{NAN, -1, 0}, 0},     {{0, -HUGE_VAL, 0}, 0},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(orientationOf(c.sample), c.orientation) << c.sample.x << " " << c.sample.y;

@@ -172,9 +172,9 @@ TEST_F(LogSinkTest, IsReplacedWhileOthersLog) {
   setIsInDebugMode(true);
   std::atomic<int> alive = 0;
   {
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < 4; ++i) {
-      threads.emplace_back([](const std::stop_token& stop) {
+    std::array<std::jthread, 4> threads;
+    for (std::jthread& thread : threads) {
+      thread = std::jthread([](const std::stop_token& stop) {
         while (!stop.stop_requested()) debugPrint("x");
       });
     }
