@@ -54,9 +54,11 @@ RunningCode::~RunningCode() { owner = before_; }
 
 extern "C" {
 
+// NOLINTBEGIN(bugprone-reserved-identifier): the names are the C library's.
 void* __libc_malloc(std::size_t bytes);
 void* __libc_calloc(std::size_t count, std::size_t bytes);
 void* __libc_realloc(void* memory, std::size_t bytes);
+// NOLINTEND(bugprone-reserved-identifier)
 
 void* malloc(std::size_t bytes) { return quorvance::mustFail() ? nullptr : __libc_malloc(bytes); }
 
