@@ -54,7 +54,9 @@ std::string faultOfStatus(int status) {
 // A stream's head is our own: the parser announces a length.
 std::string headOfStream(const HttpReply& reply) {
   std::string head = "HTTP/1.1 " + std::to_string(reply.status) + " OK\r\nConnection: close\r\n";
-  for (const auto& [name, value] : reply.headers) head += name + ": " + value + "\r\n";
+  for (const auto& [name, value] : reply.headers) {
+    head.append(name).append(": ").append(value).append("\r\n");
+  }
   return head + "\r\n";
 }
 
