@@ -39,7 +39,7 @@ class CheckPoint : public CheckPointBase {
   /// Free-form data of the host; null when absent. Valid until it is set again.
   const Json* additionalData() const { return additionalData_.get(); }
   /// Replaces what was set; a JSON null clears it, and any other value but an object leaves it.
-  /// Data nested deeper than 128 levels makes a checkpoint that cannot be sent.
+  /// Data nested deeper than 126 levels makes a checkpoint that cannot be sent: a request has 128.
   void setAdditionalData(Json additionalData);
 
   /// "checkpoint_type", the class's own keys, and "additionalData" when present. This is what is
