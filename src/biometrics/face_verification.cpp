@@ -19,9 +19,6 @@ struct FaceVerification::Upload {
   Upload(std::shared_ptr<FaceVerification> verification,
          std::shared_ptr<ScreenListenerOwner> listenerOwner)
       : flow(std::move(verification)), owner(std::move(listenerOwner)) {}
-  ~Upload() { flow->isUploading_ = false; }
-  Upload(const Upload&) = delete;
-  Upload& operator=(const Upload&) = delete;
 
   const std::shared_ptr<FaceVerification> flow;
   const std::shared_ptr<ScreenListenerOwner> owner;
@@ -58,15 +55,27 @@ void FaceVerification::runFor(std::shared_ptr<ScreenListenerOwner> owner) {
 void FaceVerification::beginUpload(std::shared_ptr<ScreenListenerOwner> owner) {
   auto user = state_->readText(StoredKey::userId);
   if (!user) fatalError("the stored user cannot be read");
-  if (*user == kUnknownUser || isUploading_.exchange(true)) return;
+  if (*user == kUnknownUser) return;
   auto upload = std::make_shared<Upload>(shared_from_this(), std::move(owner));
   upload->image.userId = std::move(*user);
   upload->image.sessionId = state_->readText(StoredKey::sessionId);
+  if (!mayBegin(upload)) return;
   upload->unanswered = backgroundQueue_->prepare(
       WorkLane::completions,
       [raw = upload.get()](const auto& /*owner*/) { raw->flow->receive(*raw, Json()); });
   if (!upload->unanswered) return;
   backgroundQueue_->post(WorkLane::images, withinMemory([upload] { upload->flow->send(upload); }));
+}
+
+bool FaceVerification::mayBegin(const std::shared_ptr<Upload>& upload) {
+  const std::lock_guard lock(mutex_);
+  const std::shared_ptr<const Upload> other = latest_.lock();
+  const BioImageData& image = upload->image;
+  if (other && other->image.userId == image.userId && other->image.sessionId == image.sessionId) {
+    return false;
+  }
+  latest_ = upload;
+  return true;
 }
 
 void FaceVerification::send(const std::shared_ptr<Upload>& upload) {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <atomic>
 #include <memory>
+#include <mutex>
 
 #include "biometrics/screen_listener_owner.h"
 #include "quorvance/platform/authorization.h"
@@ -15,7 +15,7 @@ namespace quorvance {
 /// any thread.
 ///
 /// An upload is taken up on the host's thread, encoded and put together in the background, and
-/// sent; until its reply has come no other one is begun.
+/// sent; until its reply has come no other one of that user's session is begun.
 class FaceVerification : public std::enable_shared_from_this<FaceVerification> {
  public:
   /// Without a controller or without a source of permissions nothing ever happens.
@@ -29,11 +29,13 @@ class FaceVerification : public std::enable_shared_from_this<FaceVerification> {
   void runFor(std::shared_ptr<ScreenListenerOwner> owner);
 
  private:
-  /// One image on its way. Its end, wherever it comes, lets the next one begin.
+  /// One image on its way. Its end, wherever it comes, lets the next one of that session begin.
   struct Upload;
 
   bool isWanted() const;
   void beginUpload(std::shared_ptr<ScreenListenerOwner> owner);
+  /// False while another one of the same user's session is on its way.
+  bool mayBegin(const std::shared_ptr<Upload>& upload);
   void send(const std::shared_ptr<Upload>& upload);
   void receive(const Upload& upload, const Json& reply);
 
@@ -41,7 +43,8 @@ class FaceVerification : public std::enable_shared_from_this<FaceVerification> {
   const std::shared_ptr<AuthorizationSource> authorization_;
   const std::shared_ptr<InnerQuorvanceData> state_;
   const std::shared_ptr<BackgroundQueue> backgroundQueue_;
-  std::atomic<bool> isUploading_{false};
+  std::mutex mutex_;
+  std::weak_ptr<const Upload> latest_;
 };
 
 }  // namespace quorvance

@@ -100,7 +100,7 @@ TEST(FaceVerificationTest, ImageIsEncodedInTheBackgroundAndSentAsTheHostPutIt) {
   EXPECT_EQ(world.owner->bodies[0].size(), 1U);
 }
 
-TEST(FaceVerificationTest, OneUploadAtATimeUntilItsReplyOrItsEnd) {
+TEST(FaceVerificationTest, OneUploadAtATimeOfASessionUntilItsReplyOrItsEnd) {
   FaceWorld world;
   world.begin();
   world.time->run();
@@ -117,6 +117,11 @@ TEST(FaceVerificationTest, OneUploadAtATimeUntilItsReplyOrItsEnd) {
   world.beginAnother();
   EXPECT_EQ(world.owner->bodies.size(), 4U);
   EXPECT_THAT(world.face->replies, ElementsAre(R"({"match":true})", "null", "null"));
+  // Whoever comes after a logout does not wait for the image of who has gone.
+  world.state->startNewSession();
+  world.state->write(StoredKey::userId, std::string("u2"));
+  world.beginAnother();
+  EXPECT_EQ(world.owner->bodies.size(), 5U);
 }
 
 TEST(FaceVerificationTest, ReplyOfAUserWhoHasGoneIsNotHandedOn) {

@@ -55,7 +55,8 @@ inline namespace QUORVANCE_JSON_NAMESPACE {
 
 /// The host's face-verification controller. Every screen listener that is made while the
 /// configuration asks for face verification and the camera is authorised asks it: a scanned image
-/// that was not verified yet is uploaded, one upload at a time; without one, face capture starts.
+/// that was not verified yet is uploaded, one upload at a time of one user's session; without one,
+/// face capture starts.
 ///
 /// A host that only implements reset() takes no part. Throws nothing.
 class FaceDetection : public FaceDetectionBase {
