@@ -30,7 +30,7 @@ using OrderedJson = nlohmann::ordered_json;
 
 // Two seconds of them are those that a hanging delegate of the host gets.
 constexpr std::int64_t kMaxCrashMilliseconds = 3000;
-constexpr int kCrashAttempts = 3;  // of which a machine that pauses may spoil some
+constexpr int kCrashAttempts = 3;
 constexpr std::size_t kMaxKept = 50;
 
 /// In which builds a kind means what its name says.
@@ -227,10 +227,15 @@ std::string describe(const CrashScene& scene) {
 
 class CrashMatrixTest : public testing::TestWithParam<CrashCase> {};
 
+// By a machine that pauses; or one of several threads died when the signals had been reset already.
+bool isSpoilt(const CrashScene& scene, const CrashCase& one) {
+  return scene.end.milliseconds >= kMaxCrashMilliseconds ||
+         (one.circumstances == "on_eight_threads" && scene.end.signal == SIGSEGV);
+}
+
 TEST_P(CrashMatrixTest, LeavesWhatItMustAndEndsInTime) {
   std::optional<CrashScene> scene;
-  for (int i = 0;
-       i < kCrashAttempts && (!scene || scene->end.milliseconds >= kMaxCrashMilliseconds); ++i) {
+  for (int i = 0; i < kCrashAttempts && (!scene || isSpoilt(*scene, GetParam())); ++i) {
     scene.emplace(GetParam().death, GetParam().circumstances);
   }
   expectCase(*scene, GetParam());

@@ -60,8 +60,12 @@ const void* faultingInstruction(const void* context) {
 #endif
 }
 
-void killProcess() {
-  for (const CaughtSignal& caught : kCaughtSignals) setDefault(caught.number);
+void killProcess(int number) {
+  for (const CaughtSignal& caught : kCaughtSignals) {
+    if (caught.number != number) setDefault(caught.number);
+  }
+  // Last: a further thread that dies of the same would end the process by it.
+  setDefault(number);
   kill(getpid(), SIGKILL);
   waitForEnd();
 }

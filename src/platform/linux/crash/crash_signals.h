@@ -44,9 +44,9 @@ void catchSignals(SignalHandler handler);
 /// processor is not known. Async-signal-safe.
 const void* faultingInstruction(const void* context);
 
-/// Gives every signal of the table its default action and ends the process with SIGKILL.
-/// Async-signal-safe.
-[[noreturn]] void killProcess();
+/// Gives every signal of the table its default action, the one that the process dies of last, and
+/// ends the process with SIGKILL. Async-signal-safe.
+[[noreturn]] void killProcess(int number);
 
 /// Lets the signal that is being handled do to this process what it does by default, once the
 /// handler returns. Async-signal-safe.

@@ -119,7 +119,7 @@ void onFatalSignal(int number, siginfo_t* /*info*/, void* context) {
   allowLongFiles();
   reportSignal(*trap, number, faultingInstruction(context));
   std::set_terminate(&std::abort);
-  killProcess();
+  killProcess(number);
 }
 
 // Ordinary context, on the thread that threw.
