@@ -148,7 +148,10 @@ CURLcode CurlTransfer::start(HttpRequest request, HttpCompletion completion) {
   if (refusal_ != CURLE_OK) return refusal_;
   CURL* const handle = handle_.get();
   if (!setHeaders(request_.contentType)) return CURLE_OUT_OF_MEMORY;
-  curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, curlTimeoutMilliseconds(request_.timeout));
+  const long timeout = curlTimeoutMilliseconds(request_.timeout);
+  curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, timeout);
+  // Its own limit for the connection, 300 s, would cut a longer one short.
+  curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS, timeout);
   // Sent from where it stands, together with the head.
   curl_easy_setopt(handle, CURLOPT_POSTFIELDS, request_.body.data());
   curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE,
