@@ -164,9 +164,11 @@ void ManagerCore::arriveToCheckPoint(const CheckPointBase& checkPoint) {
 void ManagerCore::updateCheckPointStatus(CheckPointType type, const std::string& requestID,
                                          CheckPointStatus status,
                                          const std::optional<std::string>& transactionID) {
+  // Traced or not, a word outside a vocabulary stops the process.
+  const std::string typeWord = CheckPointTypeToString::toString(type);
   const OperationTrace trace(*context_->tracing, "updateCheckPointStatus", [&] {
-    return std::vector{CheckPointTypeToString::toString(type), requestID,
-                       CheckPointStatusToString::toString(status), textOrNil(transactionID)};
+    return std::vector{typeWord, requestID, CheckPointStatusToString::toString(status),
+                       textOrNil(transactionID)};
   });
   TransactionUpdate update{.requestID = requestID, .transactionID = {}, .status = status};
   if (type == CheckPointType::TRANSACTION) update.transactionID = transactionID;

@@ -219,6 +219,14 @@ TEST(CheckpointTest, OutcomeCarriesTheHostsRequestAndATransactionOnlyForTransact
             R"(["LOGIN","R-1","DENIED","T-1"])");
 }
 
+// Traced or not.
+TEST(CheckpointDeathTest, AnOutcomeOfATypeOutsideTheVocabularyStopsTheProcess) {
+  ManagerWorld world;
+  EXPECT_DEATH(world.manager->updateCheckPointStatus(static_cast<CheckPointType>(42), "R",
+                                                     CheckPointStatus::APPROVED, std::nullopt),
+               "fatal");
+}
+
 TEST(CheckpointTest, BadlyEncodedUserCostsNoVerdict) {
   ManagerWorld world;
   world.http->answer(ManagerWorld::kRiskPath, okReply(R"({"risk":1})"));
