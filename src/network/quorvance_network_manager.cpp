@@ -79,6 +79,8 @@ void QuorvanceNetworkManager::send(const PreparedCall& call, Json body, ReplyHan
 }
 
 void QuorvanceNetworkManager::sendImage(Json body, ReplyHandler handler) {
+  const JsonDiscarder discarder(body);
+  reserveMembers(body, 1);  // "version"
   const ServiceRow& row = rowOf(Service::sendBiometricImage);
   callMaker_->requestFromServer(identity_.current().serverUrl + std::string(row.path),
                                 std::move(body), state_->vendorIdentifier().value_or(std::string()),
