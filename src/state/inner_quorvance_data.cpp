@@ -229,11 +229,12 @@ void InnerQuorvanceData::forget() {
 }
 
 Session InnerQuorvanceData::currentSession() {
-  if (std::optional<Session> session = knownSession()) return std::move(*session);
-  // A first read makes both.
-  read(StoredKey::sessionId);
-  read(StoredKey::sessionTime);
-  return knownSession().value_or(Session());
+  for (;;) {
+    if (std::optional<Session> session = knownSession()) return std::move(*session);
+    // A first read makes both; an erasure may come in between.
+    read(StoredKey::sessionId);
+    read(StoredKey::sessionTime);
+  }
 }
 
 std::optional<Session> InnerQuorvanceData::knownSession() {
