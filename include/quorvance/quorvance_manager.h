@@ -181,10 +181,10 @@ class QuorvanceManager {
 
   /// Data about the user that the application has collected (contacts, photo counts, calendars
   /// ...): a JSON object that the next payload carries once, as "user_data". A session collects its
-  /// own (UserDataSource) and drops this; a change of details neither carries nor drops it.
-  /// Replaces what waits; a JSON null clears it. Anything else, and an object that cannot be
-  /// written (a number that is not finite, more than 128 levels), is ignored: it must not cost the
-  /// next checkpoint its verdict.
+  /// own (UserDataSource) and drops what was set before it, before logout() for one; a change of
+  /// details does neither. Replaces what waits; a JSON null clears it. Anything else, and an object
+  /// that cannot be written (a number that is not finite, more than 127 levels), is ignored: it
+  /// must not cost the next checkpoint its verdict.
   template <class Value = Json>
   void setPendingUserData(std::type_identity_t<Value> userData) {
     takePendingUserData(movableJsonSource(userData));

@@ -35,7 +35,9 @@ Json withShortTexts(const Json& value) {
 
 bool isNestedTooDeep(const Json& value) { return !fitsJsonDepth(value); }
 
-bool canBeWritten(const Json& value) { return fitsJsonDepth(value) && holdsWritable(value); }
+bool canBeWritten(const Json& value, std::size_t depth) {
+  return fitsJsonDepth(value, depth) && holdsWritable(value);
+}
 
 Json unwritableJson() { return notJson(); }
 

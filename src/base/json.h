@@ -22,8 +22,8 @@ inline constexpr std::size_t kMaxJsonValues = 65'536;
 /// Whether writing or copying the value would recurse beyond kMaxJsonDepth.
 bool isNestedTooDeep(const Json& value);
 
-/// Whether the writer takes the value; needs no memory.
-bool canBeWritten(const Json& value);
+/// Whether the writer takes the value, `depth` values around it; needs no memory.
+bool canBeWritten(const Json& value, std::size_t depth = 0);
 
 /// A value that the writer refuses: what cannot be copied into a body makes the body one that
 /// cannot be JSON.

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "base/json.h"
 
@@ -14,6 +15,17 @@ inline Json parsedJson(std::string_view text) {
   auto value = parseJson(text);
   if (!value) ADD_FAILURE() << "no JSON: " << text;
   return value.value_or(Json());
+}
+
+/// An empty object inside of others: as many levels.
+inline Json nestedObjects(std::size_t levels) {
+  Json value = Json::object();
+  for (std::size_t i = 1; i < levels; ++i) {
+    Json outer = makeObject(1);
+    putMember(outer, "a", std::move(value));
+    value = std::move(outer);
+  }
+  return value;
 }
 
 /// The compact text of a value that must be writable: compares order, numbers and spelling at once.

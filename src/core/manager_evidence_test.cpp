@@ -7,6 +7,7 @@
 #include "core/manager_world_test_support.h"
 #include "platform/testing/fake_motion.h"
 #include "quorvance/account_check_points.h"
+#include "state/class_flags.h"
 
 namespace quorvance {
 namespace {
@@ -166,15 +167,34 @@ TEST(EvidenceTest, PendingUserDataGoesOutWithTheNextPayloadOnce) {
   EXPECT_EQ(sent(Launch()), "none") << "a session collects its own and drops it";
 }
 
+// Its payload is made later, which must neither hand the data of whoever has gone to the next
+// checkpoint nor take the data of whoever has come.
+TEST(EvidenceTest, ASessionDropsWhatWasPendingWhenItWasAskedFor) {
+  ManagerWorld world;
+  world.setup();
+  world.manager->setPendingUserData(parsedJson(R"({"contacts":1})"));
+  setSessionDataCollect(true);
+  world.manager->logout();
+  EXPECT_FALSE(sessionDataCollect());
+  world.manager->arriveToCheckPoint(Launch());
+  world.manager->setPendingUserData(parsedJson(R"({"contacts":2})"));
+  setSessionDataCollect(true);
+  world.time->run();
+  EXPECT_TRUE(sessionDataCollect());
+  world.manager->arriveToCheckPoint(Launch());
+  world.time->run();
+  const auto events = world.http->sentTo(ManagerWorld::kEventPath);
+  ASSERT_EQ(events.size(), 2U);
+  EXPECT_FALSE(events[0].body.contains("user_data"));
+  EXPECT_EQ(textOf(events[1].body["user_data"]), R"({"contacts":2})");
+}
+
 TEST(EvidenceTest, UserDataThatCannotBeSentIsIgnored) {
   ManagerWorld world;
   world.setup();
-  Json deep = Json::object();
-  for (int i = 0; i < 200; ++i) {
-    Json outer = Json::object();
-    outer["a"] = std::move(deep);
-    deep = std::move(outer);
-  }
+  // The body around it is a level as well.
+  const Json deepest = nestedObjects(kMaxJsonDepth - 1);
+  const Json deep = nestedObjects(kMaxJsonDepth);
   Json endless = Json::object();
   endless["a"] = std::numeric_limits<double>::infinity();
   for (const Json& odd : {deep, endless, Json(7), Json("text"), Json::array()}) {
@@ -184,6 +204,10 @@ TEST(EvidenceTest, UserDataThatCannotBeSentIsIgnored) {
     EXPECT_FALSE(world.http->sentTo(ManagerWorld::kEventPath).back().body.contains("user_data"));
   }
   EXPECT_EQ(world.http->countTo(ManagerWorld::kEventPath), 5U);
+  world.manager->setPendingUserData(deepest);
+  world.manager->arriveToCheckPoint(Launch());
+  world.time->run();
+  EXPECT_TRUE(world.http->sentTo(ManagerWorld::kEventPath).back().body.contains("user_data"));
 }
 
 // Nothing runs after the call: the report is stored when it returns.

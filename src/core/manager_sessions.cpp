@@ -15,13 +15,15 @@ bool isAccepted(const ResponceObject& response) {
 
 }  // namespace
 
-// No trace entry, by contract. The snapshots are built in the background, once they have been read.
+// No trace entry, by contract. The snapshots are built in the background, once they have been read;
+// what a session clears it clears when it is asked for.
 RetriedExchange::Rules ManagerCore::sessionRules() {
   return {
       .service = Service::sendSessionData,
       .traceName = {},
+      .begin = [this] { context_->deviceData->beginSession(); },
       .whenReady = [this](Task task) { context_->deviceData->whenSessionIsReady(std::move(task)); },
-      .makeBody = [this] { return context_->deviceData->getJson(CheckPointType::GENERAL, true); },
+      .makeBody = [this] { return context_->deviceData->sessionPayload(); },
       .take = [this](const auto& answer) { return takeSessionAnswer(answer); },
       .isNeeded = [this] { return !isShutDown() && !isDataSendAfterSession(); }};
 }

@@ -67,6 +67,7 @@ void RetriedExchange::ask(const std::shared_ptr<const void>& owner,
 // one finds out when it is on again.
 void RetriedExchange::begin(const std::shared_ptr<Attempt>& attempt, const Settle& settle) const {
   if (!isCollectionEnabled()) return;
+  if (rules_.begin) rules_.begin();
   const OperationTrace trace(*context_->tracing, rules_.traceName);
   rules_.whenReady(withinMemory([this, attempt, kept = trace.continuation(),
                                  erasures = context_->state->erasures(), draft = settle()] {

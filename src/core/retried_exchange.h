@@ -34,6 +34,8 @@ class RetriedExchange {
     Service service;
     /// Of its trace entry; empty for none.
     std::string_view traceName;
+    /// What happens at once when a turn begins; empty for nothing.
+    std::function<void()> begin = {};
     /// Runs the task once the body can be made.
     std::function<void(Task)> whenReady;
     std::function<Json()> makeBody;

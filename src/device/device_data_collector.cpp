@@ -43,6 +43,11 @@ std::string writePermissionList(const std::vector<MobilePermission>& permissions
   return stored;
 }
 
+bool canBeUserData(const Json& userData) {
+  constexpr std::size_t kBodiesAround = 1;
+  return userData.is_object() && canBeWritten(userData, kBodiesAround);
+}
+
 DeviceDataCollector::DeviceDataCollector(const Platform& platform,
                                          std::shared_ptr<InnerQuorvanceData> state)
     : state_(std::move(state)),
@@ -97,7 +102,7 @@ Json DeviceDataCollector::simDataJson(const DeviceFacts& facts) const {
 Json DeviceDataCollector::collectUserData() const {
   if (!userData_) return Json::object();
   Json collected = writtenJson<Json>([this](JsonSink& sink) { userData_->writeUserData(sink); });
-  if (collected.is_object() && canBeWritten(collected)) return collected;
+  if (canBeUserData(collected)) return collected;
   discardJson(collected);
   debugPrint("the collected user data cannot be sent");
   return Json::object();

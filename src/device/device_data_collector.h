@@ -23,6 +23,9 @@ namespace quorvance {
 std::vector<MobilePermission> readPermissionList(std::string_view stored);
 std::string writePermissionList(const std::vector<MobilePermission>& permissions);
 
+/// Whether a body may have this as its "user_data": an object that can be written inside of it.
+bool canBeUserData(const Json& userData);
+
 /// What the motion sensors say at an emulator check: an emulator's do not move. No record carries
 /// it.
 struct SensorCheck {

@@ -49,16 +49,12 @@ Json DeviceDataManager::configurationBody() const {
 Json DeviceDataManager::deviceIdBody() const { return collector_.deviceIdBody(); }
 
 Json DeviceDataManager::getJson(CheckPointType type, std::optional<bool> collectAll) {
-  Json payload = makeObject(kPayloadMembers);
   // Before the flag is read, and nothing pending is dropped.
-  if (type == CheckPointType::UPDATE_DETAILS) return payload;
-  JsonDiscarder discarder(payload);
-  state_->currentSession().putInto(payload);
+  if (type == CheckPointType::UPDATE_DETAILS) return makeObject(kPayloadMembers);
   if (!collectAll) fatalError("a payload was asked for without saying whether to collect all");
-  putMember(payload, "checkpoint_additional_data", buildAdditionalData());
-  if (*collectAll) putSnapshots(payload);
-  // Last, since want of memory above must not lose it, and what a session's own collection has set
-  // meanwhile goes as well. Room for it is there.
+  Json payload = *collectAll ? sessionPayload() : commonPayload();
+  JsonDiscarder discarder(payload);
+  // Last, since want of memory above must not lose it. Room for it is there.
   std::optional<Json> pending = collector_.takePendingUserData();
   const JsonDiscarder pendingDiscarder(pending);
   if (!*collectAll && pending) putMember(payload, "user_data", std::move(*pending));
@@ -67,12 +63,31 @@ Json DeviceDataManager::getJson(CheckPointType type, std::optional<bool> collect
   return payload;
 }
 
-void DeviceDataManager::putSnapshots(Json& payload) const {
+void DeviceDataManager::beginSession() {
+  std::optional<Json> pending = collector_.takePendingUserData();
+  const JsonDiscarder discarder(pending);
+  setSessionDataCollect(false);
+}
+
+Json DeviceDataManager::sessionPayload() {
+  Json payload = commonPayload();
+  JsonDiscarder discarder(payload);
   const std::shared_ptr<const DeviceFacts> facts = facts_->snapshot();
   putMember(payload, "device_data", collector_.deviceDataJson(*facts));
   putMember(payload, "sim_data", collector_.simDataJson(*facts));
   putMember(payload, "user_data", collector_.collectUserData());
   putMember(payload, "settings_data", collector_.settingDataJson(*facts));
+  discarder.keep();
+  return payload;
+}
+
+Json DeviceDataManager::commonPayload() {
+  Json payload = makeObject(kPayloadMembers);
+  JsonDiscarder discarder(payload);
+  state_->currentSession().putInto(payload);
+  putMember(payload, "checkpoint_additional_data", buildAdditionalData());
+  discarder.keep();
+  return payload;
 }
 
 Json DeviceDataManager::buildAdditionalData() {
@@ -90,7 +105,7 @@ Json DeviceDataManager::buildAdditionalData() {
 void DeviceDataManager::setPendingUserData(Json userData) {
   if (userData.is_null()) {
     collector_.takePendingUserData();
-  } else if (userData.is_object() && canBeWritten(userData)) {
+  } else if (canBeUserData(userData)) {
     collector_.setPendingUserData(std::move(userData));
   }
 }

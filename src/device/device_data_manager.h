@@ -33,9 +33,15 @@ class DeviceDataManager {
   Json deviceIdBody() const;
   /// The whole set for a session (`collectAll` true; then background only, since user data is
   /// collected), the session and the permissions for a checkpoint (false). The facts are those of
-  /// one moment. UPDATE_DETAILS carries nothing at all, and that is decided first; an absent
-  /// `collectAll` is a programming error otherwise.
+  /// one moment. Clears what waits to be sent. UPDATE_DETAILS carries and clears nothing at all,
+  /// and that is decided first; an absent `collectAll` is a programming error otherwise.
   Json getJson(CheckPointType type, std::optional<bool> collectAll);
+  // The same in two steps, for a session whose payload is made later than it was asked for: data
+  // that the host gave before goes with none, what it gives in between with the next checkpoint.
+  /// Clears what waits to be sent.
+  void beginSession();
+  /// The whole set; clears nothing. Background only.
+  Json sessionPayload();
   /// The permissions and the position of now, and what was asked for.
   Json buildAdditionalData();
 
@@ -52,7 +58,7 @@ class DeviceDataManager {
   SensorCheck sensorCheck() const;
 
  private:
-  void putSnapshots(Json& payload) const;
+  Json commonPayload();
 
   const std::shared_ptr<InnerQuorvanceData> state_;
   const std::shared_ptr<DeviceFactsCache> facts_;

@@ -118,12 +118,7 @@ TEST(DeviceDataManagerTest, PendingUserDataIsDroppedOnceASessionsOwnHasBeenColle
 TEST(DeviceDataManagerTest, CollectedUserDataThatCannotBeSentCountsAsNone) {
   const auto userData = std::make_shared<RefreshingUserData>();
   PayloadWorld world([&](Platform& seam) { seam.userData = userData; });
-  Json deep = Json::object();
-  for (std::size_t i = 0; i < kMaxJsonDepth; ++i) {
-    Json outer = Json::object();
-    outer["a"] = std::move(deep);
-    deep = std::move(outer);
-  }
+  const Json deep = nestedObjects(kMaxJsonDepth);
   Json endless = Json::object();
   endless["a"] = unwritableJson();
   const DebugLines debug;

@@ -24,16 +24,6 @@ static_assert(areMadeFromSomething<CheckPoint, Login, Register, AddPaymentMethod
 static_assert(areMadeFromNoBareType<Launch, General, Login, Register, UpdateUserInfo,
                                     PasswordChange, Transaction, AddPaymentMethod>);
 
-Json deepObject(std::size_t depth) {
-  Json value = Json::object();
-  for (std::size_t i = 1; i < depth; ++i) {
-    Json outer = makeObject(1);
-    putMember(outer, "d", std::move(value));
-    value = std::move(outer);
-  }
-  return value;
-}
-
 TEST(CheckPointTest, WritesItsTypeAndTheObjectThatTheHostAttached) {
   CheckPoint checkPoint(CheckPointType::LOGIN);
   const std::string data = R"({"z":null,"a":[1,1.0,true,""],"n":{"k":{}}})";
@@ -87,11 +77,11 @@ TEST(CheckPointDeathTest, DataNestedWithoutEndDoesNotEndTheProcess) {
   EXPECT_EXIT(
       {
         CheckPoint checkPoint(CheckPointType::GENERAL);
-        checkPoint.setAdditionalData(deepObject(200'000));
+        checkPoint.setAdditionalData(nestedObjects(200'000));
         const bool isWritten = writeJson(checkPoint.getJson()).has_value();
         Json json = makeObject(2);
         putMember(json, "checkpoint_type", Json("GENERAL"));
-        putMember(json, "additionalData", deepObject(200'000));
+        putMember(json, "additionalData", nestedObjects(200'000));
         CheckPoint::parse(json);
         std::_Exit(isWritten ? 1 : 0);
       },

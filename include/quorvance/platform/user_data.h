@@ -28,7 +28,7 @@ inline namespace QUORVANCE_JSON_NAMESPACE {
 class UserDataSource : public UserDataSourceBase {
  public:
   /// A JSON object; it is sent as it stands. One that cannot be written (a NaN, an infinity, nested
-  /// deeper than 128), and what is no object, counts as an empty one.
+  /// deeper than 127), and what is no object, counts as an empty one.
   virtual Json collect() = 0;
 
   void writeUserData(JsonSink& sink) override { giveJson(sink, collect()); }
